@@ -1,0 +1,47 @@
+# The front door: `make demo` runs the main job, `make test` builds and passes the tests. CMake does the work.
+.PHONY: all build packages test demo sanitize tsan tidy format rules bench consumer clean
+.DEFAULT_GOAL := build
+
+packages:
+	@tools/install-packages
+
+# A goal of its own, so that packages are installed before anything else under `make -j`.
+build/%/build.ninja: packages CMakeLists.txt CMakePresets.json
+	@cmake --preset $* >/dev/null || cmake --preset $*
+
+all build: build/release/build.ninja
+	@cmake --build --preset release
+
+test: build
+	@ctest --preset release
+
+demo: build
+	@build/release/host/velorn --version
+	@build/release/host/velorn demo
+
+sanitize: build/dev/build.ninja
+	@cmake --build --preset dev
+	@ctest --preset dev
+
+tsan: build/tsan/build.ninja
+	@cmake --build --preset tsan
+	@ctest --preset tsan
+
+tidy: build/tidy/build.ninja
+	@cmake --build --preset tidy
+
+rules: packages
+	@tools/check-includes
+	@tools/check-format
+
+format: packages
+	@tools/check-format --fix
+
+bench: build
+	@bench/run
+
+consumer: build
+	@tests/consumer/run build/release
+
+clean:
+	@rm -rf build

@@ -1,0 +1,49 @@
+# velorn_room(<folder> SOURCES <file>... USES <room or library>... TESTS <file>...)
+#
+# Declares a room: an object library velorn_<folder> ('/' becomes '_') of the sources in <folder>, what it uses,
+# and one test program per file of tests/<folder>, which CTest knows as <folder>/<file without ending>.
+# Tests of platform rooms link the shared platform; tests of the library's rooms link the objects of their room
+# and of all rooms below it, and the shared platform, never the shared library.
+function(velorn_room folder)
+  cmake_parse_arguments(PARSE_ARGV 1 ROOM "" "" "SOURCES;USES;TESTS")
+  string(REPLACE "/" "_" name "velorn_${folder}")
+  list(TRANSFORM ROOM_SOURCES PREPEND ${PROJECT_SOURCE_DIR}/${folder}/)
+  add_library(${name} OBJECT ${ROOM_SOURCES})
+  # HDF5, GeographicLib and the like stay inside; only rooms are passed on.
+  set(rooms ${ROOM_USES})
+  list(FILTER rooms INCLUDE REGEX "^velorn_")
+  set(libraries ${ROOM_USES})
+  list(FILTER libraries EXCLUDE REGEX "^velorn_")
+  target_link_libraries(${name} PUBLIC ${rooms} PRIVATE velorn_options ${libraries})
+
+  set(objects "")
+  if(folder MATCHES "^platform/")
+    set_property(GLOBAL APPEND PROPERTY VELORN_PLATFORM_ROOMS ${name})
+  else()
+    set(objects ${name})
+    foreach(used IN LISTS ROOM_USES)
+      get_property(below GLOBAL PROPERTY VELORN_OBJECTS_OF_${used})
+      list(APPEND objects ${below})
+    endforeach()
+    list(REMOVE_DUPLICATES objects)
+    set_property(GLOBAL PROPERTY VELORN_OBJECTS_OF_${name} "${objects}")
+    set_property(GLOBAL APPEND PROPERTY VELORN_ROOMS ${name})
+  endif()
+
+  if(VELORN_TESTS)
+    foreach(file IN LISTS ROOM_TESTS)
+      velorn_test(${folder} ${file} LINKS ${objects} velorn_platform)
+    endforeach()
+  endif()
+endfunction()
+
+# velorn_test(<folder> <file> LINKS <library>...): one test program of tests/<folder>, run by CTest in a folder of its own.
+function(velorn_test folder file)
+  cmake_parse_arguments(PARSE_ARGV 2 TEST "" "" "LINKS")
+  cmake_path(GET file STEM stem)
+  string(REPLACE "/" "_" target "${folder}_${stem}")
+  add_executable(${target} ${PROJECT_SOURCE_DIR}/tests/${folder}/${file})
+  target_link_libraries(${target} PRIVATE velorn_options velorn_test_support ${TEST_LINKS})
+  add_test(NAME ${folder}/${stem} COMMAND ${target})
+  set_tests_properties(${folder}/${stem} PROPERTIES TIMEOUT 900)
+endfunction()

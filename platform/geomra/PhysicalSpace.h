@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// Points and vectors of physical space: three contiguous doubles each, in metres unless the owner
+// says otherwise. The two are distinct types, so that "point + point" does not compile; a column of
+// N is N x 3 doubles in memory.
+#pragma once
+
+#include <type_traits>
+
+namespace Geomra::PhysicalSpace {
+
+/// Difference of two points, a direction, or three angles; the frame and unit are the owner's.
+struct vector {
+  double x = 0.0;
+  double y = 0.0;
+  double z = 0.0;
+
+  friend constexpr bool operator==(const vector&, const vector&) = default;
+  friend constexpr vector operator+(const vector& a, const vector& b) {
+    return {a.x + b.x, a.y + b.y, a.z + b.z};
+  }
+  friend constexpr vector operator-(const vector& a, const vector& b) {
+    return {a.x - b.x, a.y - b.y, a.z - b.z};
+  }
+  friend constexpr vector operator*(double factor, const vector& v) {
+    return {factor * v.x, factor * v.y, factor * v.z};
+  }
+};
+
+/// A place; the frame and unit are the owner's.
+struct point {
+  double x = 0.0;
+  double y = 0.0;
+  double z = 0.0;
+
+  friend constexpr bool operator==(const point&, const point&) = default;
+  friend constexpr vector operator-(const point& a, const point& b) {
+    return {a.x - b.x, a.y - b.y, a.z - b.z};
+  }
+  friend constexpr point operator+(const point& a, const vector& b) {
+    return {a.x + b.x, a.y + b.y, a.z + b.z};
+  }
+  friend constexpr point operator-(const point& a, const vector& b) {
+    return {a.x - b.x, a.y - b.y, a.z - b.z};
+  }
+};
+
+/// Scalar product.
+constexpr double dot(const vector& a, const vector& b) {
+  return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+// A column of these goes to disk and back in one call.
+static_assert(sizeof(point) == 3 * sizeof(double) && std::is_trivially_copyable_v<point>);
+static_assert(sizeof(vector) == 3 * sizeof(double) && std::is_trivially_copyable_v<vector>);
+
+}  // namespace Geomra::PhysicalSpace

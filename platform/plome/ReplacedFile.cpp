@@ -1,0 +1,118 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/plome/ReplacedFile.h"
+
+#include <atomic>
+#include <cerrno>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Plome {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string systemFault(int code) {
+  return std::generic_category().message(code);
+}
+
+fs::path behindSymbolicLink(const fs::path& target) {
+  std::error_code ignored;
+  if (!fs::is_symlink(target, ignored)) return target;
+  const fs::path real = fs::canonical(target, ignored);
+  return real.empty() ? target : real;
+}
+
+fs::path temporaryBeside(const fs::path& target) {
+  static std::atomic<unsigned> count{0};
+  fs::path name = target;
+  name += "." + std::to_string(getpid()) + "-" + std::to_string(count++) + ".part";
+  return name;
+}
+
+/// Closes a file descriptor at the end of a scope.
+class Descriptor {
+ public:
+  Descriptor(const fs::path& path, int flags)
+      : value_(open(path.c_str(), flags | O_CLOEXEC, 0666)) {}
+  ~Descriptor() {
+    if (value_ >= 0) close(value_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  operator int() const {
+    return value_;
+  }  // NOLINT(google-explicit-constructor): stands for the number
+
+ private:
+  int value_;
+};
+
+/// @return 0 or the error number
+int flushToDisk(const fs::path& path, int flags) {
+  const Descriptor file(path, flags);
+  if (file < 0 || fsync(file) != 0) return errno;
+  return 0;
+}
+
+int flushFolder(const fs::path& folder) {
+  const int fault = flushToDisk(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY);
+  return fault == EINVAL ? 0 : fault;  // a file system that does not flush folders
+}
+
+void keepPermissions(const fs::path& from, const fs::path& to) {
+  struct stat status {};
+  if (stat(from.c_str(), &status) == 0) chmod(to.c_str(), status.st_mode & 07777U);
+}
+
+int writeWhole(const fs::path& path, std::string_view content) {
+  const Descriptor file(path, O_WRONLY | O_CREAT | O_EXCL);
+  if (file < 0) return errno;
+  while (!content.empty()) {
+    const auto written = write(file, content.data(), content.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return errno;
+    content.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return 0;
+}
+
+}  // namespace
+
+ReplacedFile::ReplacedFile(const fs::path& target)
+    : target_(behindSymbolicLink(target)), temporary_(temporaryBeside(target_)) {}
+
+ReplacedFile::~ReplacedFile() {
+  if (!replaced_) unlink(temporary_.c_str());
+}
+
+std::string ReplacedFile::replace(bool toDisk) {
+  const auto refused = [this](int code) { return target_.string() + ": " + systemFault(code); };
+  struct stat status {};
+  if (stat(target_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    return target_.string() + ": is not a regular file and is not replaced";
+  }
+  keepPermissions(target_, temporary_);
+  if (toDisk) {
+    if (const int fault = flushToDisk(temporary_, O_RDONLY)) return refused(fault);
+  }
+  if (rename(temporary_.c_str(), target_.c_str()) != 0) return refused(errno);
+  replaced_ = true;
+  // The new content is in place from here on; a folder that cannot be flushed is not worth a
+  // failure that would make the caller believe the old file were still there.
+  if (toDisk) flushFolder(target_.parent_path());
+  return {};
+}
+
+std::string replaceFile(const fs::path& target, std::string_view content) {
+  ReplacedFile file(target);
+  if (const int fault = writeWhole(file.temporary(), content)) {
+    return target.string() + ": " + systemFault(fault);
+  }
+  return file.replace();
+}
+
+}  // namespace Plome

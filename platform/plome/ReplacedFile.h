@@ -1,0 +1,52 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// A file that is written beside its target and takes its place whole, or not at all.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "platform/Export.h"
+
+namespace Plome {
+
+/// Writes `target` anew without ever showing a half-written file under its name:
+///
+///     Plome::ReplacedFile file("strip.kx");      // creates nothing
+///     writeSomething(file.temporary());          // a name in the same folder, ending in ".part"
+///     std::string fault = file.replace();        // flush to disk, rename over the target, flush
+///     the folder
+///
+/// Until replace() succeeds the target stays as it was; without it the destructor removes the
+/// temporary. A process that is killed leaves its ".part" file behind, which nothing ever reads. A
+/// target that is a symbolic link stays one: the file it points to is replaced. The permissions of
+/// a file that is replaced are kept.
+class VELORN_PLATFORM_EXPORT ReplacedFile {
+ public:
+  explicit ReplacedFile(const std::filesystem::path& target);
+  ~ReplacedFile();
+  ReplacedFile(const ReplacedFile&) = delete;
+  ReplacedFile& operator=(const ReplacedFile&) = delete;
+
+  const std::filesystem::path& temporary() const { return temporary_; }
+
+  /// @param toDisk  false leaves the flushing to the system: the rename is still whole for other
+  /// processes, but a
+  ///                crash of the machine may lose the new content
+  /// @return        empty, or "<target>: <fault>"; the target is then as before
+  std::string replace(bool toDisk = true);
+
+ private:
+  std::filesystem::path target_;
+  std::filesystem::path temporary_;
+  bool replaced_ = false;
+};
+
+/// Writes `content` as the whole of `target`, by way of a ReplacedFile.
+/// @return empty, or "<target>: <fault>"; the target is then as before
+VELORN_PLATFORM_EXPORT std::string replaceFile(const std::filesystem::path& target,
+                                               std::string_view content);
+
+}  // namespace Plome

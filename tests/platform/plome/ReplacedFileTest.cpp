@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/plome/ReplacedFile.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace fs = std::filesystem;
+using Plome::ReplacedFile;
+using Plome::replaceFile;
+using testing::HasSubstr;
+
+namespace {
+
+std::size_t entriesOf(const fs::path& folder) {
+  return static_cast<std::size_t>(
+      std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+}
+
+}  // namespace
+
+TEST(ReplacedFile, TakesItsPlaceWholeAndLeavesNothingBeside) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(replaceFile(folder / "a.txt", "old"), "");
+  {
+    ReplacedFile file(folder / "a.txt");
+    writeContent(file.temporary(), "new");
+    EXPECT_EQ(contentOf(folder / "a.txt"), "old");
+    EXPECT_EQ(file.replace(), "");
+  }
+  EXPECT_EQ(contentOf(folder / "a.txt"), "new");
+  EXPECT_EQ(entriesOf(folder.path()), 1u);
+}
+
+TEST(ReplacedFile, AbandonedOrFailedLeavesTheTarget) {
+  const TemporaryFolder folder;
+  writeContent(folder / "a.txt", "old");
+  {
+    const ReplacedFile file(folder / "a.txt");
+    writeContent(file.temporary(), "half");
+  }
+  EXPECT_EQ(contentOf(folder / "a.txt"), "old");
+  {
+    ReplacedFile nothingWritten(folder / "a.txt");
+    EXPECT_THAT(nothingWritten.replace(), HasSubstr((folder / "a.txt").string() + ": "));
+  }
+  EXPECT_EQ(contentOf(folder / "a.txt"), "old");
+  EXPECT_EQ(entriesOf(folder.path()), 1u);
+
+  fs::create_directory(folder / "sub");
+  EXPECT_THAT(replaceFile(folder / "sub", "x"), HasSubstr("is not a regular file"));
+  EXPECT_THAT(replaceFile(folder / "no/such.txt", "x"), HasSubstr("No such file"));
+  EXPECT_EQ(entriesOf(folder.path()), 2u);
+}
+
+TEST(ReplacedFile, KeepsSymbolicLinksAndPermissions) {
+  const TemporaryFolder folder;
+  fs::create_directory(folder / "data");
+  writeContent(folder / "data/real.txt", "old");
+  fs::permissions(folder / "data/real.txt", fs::perms::owner_all | fs::perms::group_read);
+  fs::create_symlink("data/real.txt", folder / "link.txt");
+  EXPECT_EQ(replaceFile(folder / "link.txt", "new"), "");
+  EXPECT_TRUE(fs::is_symlink(folder / "link.txt"));
+  EXPECT_EQ(contentOf(folder / "data/real.txt"), "new");
+  EXPECT_EQ(fs::status(folder / "data/real.txt").permissions(),
+            fs::perms::owner_all | fs::perms::group_read);
+}

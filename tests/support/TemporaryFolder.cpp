@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/support/TemporaryFolder.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+TemporaryFolder::TemporaryFolder() {
+  std::string name = (std::filesystem::temp_directory_path() / "velorn-test-XXXXXX").string();
+  if (!mkdtemp(name.data())) throw std::runtime_error("cannot make a folder like " + name);
+  path_ = name;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+std::string contentOf(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+void writeContent(const std::filesystem::path& file, const std::string& content) {
+  std::ofstream stream(file, std::ios::binary);
+  stream.write(content.data(), static_cast<std::streamsize>(content.size()));
+  stream.close();
+  if (!stream) throw std::runtime_error("cannot write " + file.string());
+}
+
+std::string outputOf(const std::string& shellCommand) {
+  std::FILE* const pipe = popen(shellCommand.c_str(), "r");
+  if (!pipe) throw std::runtime_error("cannot run " + shellCommand);
+  std::string output;
+  for (int character; (character = std::fgetc(pipe)) != EOF;)
+    output += static_cast<char>(character);
+  if (const int status = pclose(pipe)) {
+    throw std::runtime_error(shellCommand + " ended with status " + std::to_string(status) + "\n" +
+                             output);
+  }
+  return output;
+}

@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+/// A new empty folder, removed with all its content when it goes out of scope.
+class TemporaryFolder {
+ public:
+  TemporaryFolder();
+  ~TemporaryFolder();
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  const std::filesystem::path& path() const { return path_; }
+  std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+/// The whole content of a file, or an empty text when there is none.
+std::string contentOf(const std::filesystem::path& file);
+
+/// Writes a file for a test; throws when it cannot.
+void writeContent(const std::filesystem::path& file, const std::string& content);
+
+/// What a command prints on its standard output; throws, with its status, when it does not end with
+/// 0.
+std::string outputOf(const std::string& shellCommand);
