@@ -17,7 +17,7 @@ test: build
 
 demo: build
 	@build/release/host/velorn --version
-	@build/release/host/velorn demo
+	@build/release/host/velorn --help
 
 sanitize: build/dev/build.ninja
 	@cmake --build --preset dev

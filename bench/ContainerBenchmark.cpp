@@ -123,13 +123,16 @@ void writeFully(int file, const void* data, std::size_t size) {
   }
 }
 
+/// As the container does it: a new file, flushed, that takes the place of the old one.
 void writeRaw(const Bundle& strip, const std::filesystem::path& path) {
-  const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+  const auto temporary = path.string() + ".part";
+  const int file = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666);
   forEachColumn(strip, [&](const Field&, const void* data, std::size_t size) {
     writeFully(file, data, size);
   });
   fsync(file);
   close(file);
+  std::filesystem::rename(temporary, path);
 }
 
 /// Reads the same arrays, each into a new array of its own, as the container does.

@@ -62,7 +62,7 @@ std::string Grid::unequalLengths() const {
         if (!field->hasChunk(fragment)) continue;
         const std::string column = chartName + "/" + fieldName;
         const auto& first =
-            firsts.try_emplace(fragment, column, field->size(fragment)).first->second;
+            firsts.try_emplace(fragment, First{column, field->size(fragment)}).first->second;
         if (first.values == field->size(fragment)) continue;
         return fmt::format("fragment {}: {} holds {} values, {} {}", fragment.number, first.column,
                            first.values, column, field->size(fragment));

@@ -3,6 +3,7 @@
 #include "platform/strandel/RangeOfRows.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -17,31 +18,48 @@ bool isNotANumber(T value) {
   return false;
 }
 
-/// Range of one component of `count` > 0 rows.
+/// Smallest and largest value per lane; value i of a block is in lane i, so that a lane stays with
+/// one of one or three components, and the compiler can keep the lanes in vector registers.
 template <typename T>
-void growComponent(const T* first, std::size_t count, std::size_t stride, double& minimum,
-                   double& maximum) {
-  T low = *first, high = *first;
-  bool invalid = false;
-  for (std::size_t i = 0; i < count; ++i) {
-    const T value = first[i * stride];
-    low = value < low ? value : low;
-    high = high < value ? value : high;
-    invalid |= isNotANumber(value);
-  }
-  if (invalid || std::isnan(minimum)) {
-    minimum = maximum = std::numeric_limits<double>::quiet_NaN();
-    return;
-  }
-  minimum = std::min(minimum, static_cast<double>(low));
-  maximum = std::max(maximum, static_cast<double>(high));
-}
+struct Lanes {
+  static constexpr std::size_t count = 24;
+  std::array<T, count> low;
+  std::array<T, count> high;
+  std::array<bool, count> invalid{};
 
+  Lanes(const T* row, std::size_t components) {
+    for (std::size_t lane = 0; lane < count; ++lane)
+      low[lane] = high[lane] = row[lane % components];
+  }
+  void add(const T* values, std::size_t until) {
+    for (std::size_t lane = 0; lane < until; ++lane) {
+      const T value = values[lane];
+      low[lane] = value < low[lane] ? value : low[lane];
+      high[lane] = high[lane] < value ? value : high[lane];
+      invalid[lane] = invalid[lane] || isNotANumber(value);
+    }
+  }
+};
+
+/// Grows \p range by \p count > 0 rows.
 template <typename T>
 void grow(const void* rows, std::size_t count, std::size_t components, ValueRange& range) {
   const auto* values = static_cast<const T*>(rows);
-  for (std::size_t c = 0; c < components; ++c) {
-    growComponent(values + c, count, components, range.minimum[c], range.maximum[c]);
+  Lanes<T> lanes(values, components);
+  std::size_t left = count * components;
+  for (; left >= Lanes<T>::count; left -= Lanes<T>::count, values += Lanes<T>::count) {
+    lanes.add(values, Lanes<T>::count);
+  }
+  lanes.add(values, left);
+  for (std::size_t lane = 0; lane < Lanes<T>::count; ++lane) {
+    double& minimum = range.minimum[lane % components];
+    double& maximum = range.maximum[lane % components];
+    if (lanes.invalid[lane] || isNotANumber(lanes.low[lane]) || std::isnan(minimum)) {
+      minimum = maximum = std::numeric_limits<double>::quiet_NaN();
+    } else {
+      minimum = std::min(minimum, static_cast<double>(lanes.low[lane]));
+      maximum = std::max(maximum, static_cast<double>(lanes.high[lane]));
+    }
   }
 }
 

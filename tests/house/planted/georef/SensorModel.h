@@ -1,0 +1,1 @@
+// georef/SensorModel.h

@@ -1,0 +1,2 @@
+#include "georef/SensorModel.h"
+#include <ceres/ceres.h>

@@ -1,0 +1,1 @@
+#include <velorn/InputParameter.h>
