@@ -8,10 +8,12 @@
 
 #include <type_traits>
 
+#include "platform/Export.h"
+
 namespace Geomra::PhysicalSpace {
 
 /// Difference of two points, a direction, or three angles; the frame and unit are the owner's.
-struct vector {
+struct VELORN_PLATFORM_EXPORT vector {
   double x = 0.0;
   double y = 0.0;
   double z = 0.0;
@@ -29,7 +31,7 @@ struct vector {
 };
 
 /// A place; the frame and unit are the owner's.
-struct point {
+struct VELORN_PLATFORM_EXPORT point {
   double x = 0.0;
   double y = 0.0;
   double z = 0.0;

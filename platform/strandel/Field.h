@@ -23,7 +23,7 @@ namespace Strandel {
 
 /// Names one piece of every field of a grid; the points of a grid are its fragments' points in
 /// ascending number.
-struct FragmentId {
+struct VELORN_PLATFORM_EXPORT FragmentId {
   std::uint32_t number = 0;
   friend auto operator<=>(const FragmentId&, const FragmentId&) = default;
 };
