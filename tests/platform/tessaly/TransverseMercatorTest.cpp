@@ -1,0 +1,168 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include <charconv>
+#include <cmath>
+#include <numbers>
+#include <sstream>
+#include <stdexcept>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/tessaly/TransverseMercator.h"
+#include "tests/platform/tessaly/Places.h"
+#include "tests/support/TemporaryFolder.h"
+
+using Tessaly::Ellipsoid;
+using Tessaly::inverseTransverseMercatorProjection;
+using Tessaly::transverseMercatorProjection;
+using Zone = Tessaly::TransverseMercatorProjectionParameter;
+
+class ProjectedPlace : public testing::TestWithParam<Place> {};
+
+TEST_P(ProjectedPlace, AgreesWithOtherProgramsBothWays) {
+  const Place& place = GetParam();
+  const point projected = transverseMercatorProjection(place.geographic, place.zone(), true);
+  EXPECT_LT(apart(projected, place.projected), betweenPrograms);
+  const point geographic = inverseTransverseMercatorProjection(place.projected, place.zone(), true);
+  EXPECT_LT(apartOnEarth(geographic, place.geographic), betweenPrograms);
+  EXPECT_LE(std::abs(geographic.x), std::numbers::pi);
+  EXPECT_EQ(projected.z, place.geographic.z);
+  EXPECT_EQ(geographic.z, place.projected.z);
+}
+
+TEST_P(ProjectedPlace, IsTheSameWithEitherFlag) {
+  const auto zone = GetParam().zone();
+  EXPECT_EQ(transverseMercatorProjection(GetParam().geographic, zone, true),
+            transverseMercatorProjection(GetParam().geographic, zone, false));
+  EXPECT_EQ(inverseTransverseMercatorProjection(GetParam().projected, zone, true),
+            inverseTransverseMercatorProjection(GetParam().projected, zone, false));
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, ProjectedPlace, testing::ValuesIn(placesOfTheTable()), nameOf);
+
+namespace {
+
+std::string text(double value) {
+  char digits[32];
+  return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
+}
+
+// What GeographicLib's tool with the exact projection makes of geographic points [m].
+std::vector<point> projectedByTool(const std::vector<point>& places, double meridian,
+                                   const std::string& flattening) {
+  std::string lines;
+  for (const auto& p : places) lines += text(p.x / degree) + " " + text(p.y / degree) + "\n";
+  const TemporaryFolder folder;
+  writeContent(folder / "places", lines);
+  std::istringstream output(outputOf("TransverseMercatorProj -t -w -p 9 -k 0.9996 -l " +
+                                     text(meridian) + " -e 6378137 " + flattening +
+                                     " --input-file " + (folder / "places").string()));
+  output.imbue(std::locale::classic());
+  std::vector<point> projected;
+  double x = 0, y = 0, convergence = 0, scale = 0;
+  while (output >> x >> y >> convergence >> scale) {
+    projected.push_back({x + 500000.0, y, places.at(projected.size()).z});
+  }
+  return projected;
+}
+
+struct System {
+  unsigned int epsg;
+  double meridian;  // [deg]
+  const char* flattening;
+};
+
+}  // namespace
+
+TEST(TransverseMercator, AgreesWithTheExactProjectionAtRandomPlaces) {
+  for (const auto& system :
+       {System{32601, -177, "1/298.257223563"}, System{32660, 177, "1/298.257223563"},
+        System{25832, 9, "1/298.257222101"}}) {
+    const auto zone = Zone::UTMfromEPSG(system.epsg);
+    const auto places = randomPlaces(system.meridian, 500, system.epsg);
+    const auto wanted = projectedByTool(places, system.meridian, system.flattening);
+    ASSERT_EQ(wanted.size(), places.size());
+    for (std::size_t i = 0; i < places.size(); ++i) {
+      SCOPED_TRACE(testing::Message() << "seed " << system.epsg << ", place " << i);
+      EXPECT_LT(apart(transverseMercatorProjection(places[i], zone, true), wanted[i]),
+                betweenPrograms);
+      EXPECT_LT(apartOnEarth(inverseTransverseMercatorProjection(wanted[i], zone, true), places[i]),
+                betweenPrograms);
+    }
+  }
+}
+
+TEST(TransverseMercator, ThereAndBackIsTheSamePoint) {
+  for (unsigned int epsg = 32601; epsg <= 32660; ++epsg) {
+    const auto zone = Zone::UTMfromEPSG(epsg);
+    for (const point& place : randomPlaces(zone.getCentralMeridian() / degree, 50, epsg)) {
+      const point projected = transverseMercatorProjection(place, zone, true);
+      EXPECT_LT(apartOnEarth(inverseTransverseMercatorProjection(projected, zone, true), place),
+                thereAndBack)
+          << "seed " << epsg;
+    }
+  }
+}
+
+TEST(TransverseMercator, TakesALongitudeAnyTurnsAway) {
+  const auto zone = Zone::UTMfromEPSG(32601);
+  const point place{-180.5 * degree, 52 * degree, 7};
+  const point projected = transverseMercatorProjection(place, zone, true);
+  for (const double turns : {-1.0, 1.0, 2.0}) {
+    const point turned{place.x + turns * 2 * std::numbers::pi, place.y, place.z};
+    // The longitude itself is rounded to 9e-16 rad at two turns: 6e-9 m on the equator.
+    EXPECT_LT(apart(transverseMercatorProjection(turned, zone, true), projected), betweenPrograms);
+  }
+  EXPECT_NEAR(inverseTransverseMercatorProjection(projected, zone, true).x, 179.5 * degree, 4e-15);
+}
+
+TEST(TransverseMercator, ParameterFollowsTheCode) {
+  const auto first = Zone::UTMfromEPSG(32601), last = Zone::UTMfromEPSG(32660);
+  EXPECT_DOUBLE_EQ(first.getCentralMeridian(), -177 * degree);
+  EXPECT_DOUBLE_EQ(last.getCentralMeridian(), 177 * degree);
+  EXPECT_EQ(last.getEllipsoid(), Ellipsoid::wgs84());
+  const auto west = Zone::UTMfromEPSG(25828), east = Zone::UTMfromEPSG(25837);
+  EXPECT_DOUBLE_EQ(west.getCentralMeridian(), -15 * degree);
+  EXPECT_DOUBLE_EQ(east.getCentralMeridian(), 39 * degree);
+  EXPECT_EQ(west.getEllipsoid(), Ellipsoid::grs80());
+  EXPECT_EQ(east.getScaleAtCentralMeridian(), 0.9996);
+  EXPECT_EQ(east.getFalseEasting(), 500000.0);
+  EXPECT_EQ(east.getFalseNorthing(), 0.0);
+}
+
+TEST(TransverseMercator, ACodeThatIsNoNorthernUtmZoneIsRefusedByName) {
+  for (const unsigned int epsg : {0u, 4326u, 25827u, 25838u, 32600u, 32661u, 32732u, 4294967295u}) {
+    EXPECT_THAT([&] { Zone::UTMfromEPSG(epsg); },
+                testing::ThrowsMessage<std::invalid_argument>(
+                    testing::HasSubstr("EPSG code " + std::to_string(epsg) + " ")));
+  }
+}
+
+TEST(TransverseMercator, ADefaultParameterProjectsAboutGreenwich) {
+  const Zone none;
+  const auto zone31 = Zone::UTMfromEPSG(32631);
+  const point atGreenwich{2 * degree, 50 * degree, 9}, in31{5 * degree, 50 * degree, 9};
+  const point projected = transverseMercatorProjection(atGreenwich, none, true);
+  EXPECT_LT(apart(projected, transverseMercatorProjection(in31, zone31, true)), thereAndBack);
+  EXPECT_LT(apartOnEarth(inverseTransverseMercatorProjection(projected, none, true), atGreenwich),
+            thereAndBack);
+  EXPECT_EQ(none.getEllipsoid(), Ellipsoid::wgs84());
+}
+
+TEST(TransverseMercator, OfNonFiniteInputIsNotANumber) {
+  const auto zone = Zone::UTMfromEPSG(25832);
+  const auto hasNoPlace = [](const point& p) { return std::isnan(p.x) && std::isnan(p.y); };
+  for (const double bad : {notANumber, infinity, -infinity}) {
+    for (const auto member : {&point::x, &point::y}) {
+      point onEarth{9 * degree, 48 * degree, 100}, onMap{5e5, 5e6, 100};
+      onEarth.*member = onMap.*member = bad;
+      EXPECT_TRUE(hasNoPlace(transverseMercatorProjection(onEarth, zone, true)));
+      EXPECT_TRUE(hasNoPlace(inverseTransverseMercatorProjection(onMap, zone, true)));
+    }
+    EXPECT_TRUE(hasNoPlace(transverseMercatorProjection({bad, 90 * degree, 0}, zone, true)));
+    EXPECT_FALSE(isFinite(transverseMercatorProjection({0.1, 0.8, bad}, zone, true)));
+    EXPECT_FALSE(isFinite(inverseTransverseMercatorProjection({5e5, 5e6, bad}, zone, true)));
+  }
+  EXPECT_TRUE(hasNoPlace(transverseMercatorProjection({0.1, 91 * degree, 0}, zone, true)));
+}
