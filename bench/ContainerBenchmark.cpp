@@ -203,21 +203,23 @@ Strip& strip() {
 template <typename Action>
 void measure(benchmark::State& state, const Action& action) {
   Strip& all = strip();
-  for (auto _ : state) action(all);
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * all.bytes));
+  for ([[maybe_unused]] auto _ : state) action(all);
+  state.SetBytesProcessed(
+      static_cast<std::int64_t>(static_cast<std::size_t>(state.iterations()) * all.bytes));
 }
 
 template <typename Action>
 void measureCold(benchmark::State& state, const std::filesystem::path Strip::*path,
                  const Action& action) {
   Strip& all = strip();
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     state.PauseTiming();
     dropFromCache(all.*path);
     state.ResumeTiming();
     action(all);
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * all.bytes));
+  state.SetBytesProcessed(
+      static_cast<std::int64_t>(static_cast<std::size_t>(state.iterations()) * all.bytes));
 }
 
 void writeRawFile(benchmark::State& state) {
@@ -240,7 +242,7 @@ void readContainerCold(benchmark::State& state) {
 }
 void openForGpsRange(benchmark::State& state) {
   Strip& all = strip();
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     Bundle bundle;
     orThrow(storage.load(all.container, bundle));
     const auto times = bundle.slice(0)->uniqueGrid()->chart(scannerChartName)->field("GPSTime");
