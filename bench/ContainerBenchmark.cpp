@@ -203,7 +203,7 @@ Strip& strip() {
 template <typename Action>
 void measure(benchmark::State& state, const Action& action) {
   Strip& all = strip();
-  for ([[maybe_unused]] auto _ : state) action(all);
+  for (auto _ : state) action(all);
   state.SetBytesProcessed(
       static_cast<std::int64_t>(static_cast<std::size_t>(state.iterations()) * all.bytes));
 }
@@ -212,7 +212,7 @@ template <typename Action>
 void measureCold(benchmark::State& state, const std::filesystem::path Strip::*path,
                  const Action& action) {
   Strip& all = strip();
-  for ([[maybe_unused]] auto _ : state) {
+  for (auto _ : state) {
     state.PauseTiming();
     dropFromCache(all.*path);
     state.ResumeTiming();
@@ -242,7 +242,7 @@ void readContainerCold(benchmark::State& state) {
 }
 void openForGpsRange(benchmark::State& state) {
   Strip& all = strip();
-  for ([[maybe_unused]] auto _ : state) {
+  while (state.KeepRunning()) {
     Bundle bundle;
     orThrow(storage.load(all.container, bundle));
     const auto times = bundle.slice(0)->uniqueGrid()->chart(scannerChartName)->field("GPSTime");

@@ -43,9 +43,7 @@ class Descriptor {
   }
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
-  operator int() const {
-    return value_;
-  }  // NOLINT(google-explicit-constructor): stands for the number
+  int value() const { return value_; }
 
  private:
   int value_;
@@ -54,7 +52,7 @@ class Descriptor {
 /// @return 0 or the error number
 int flushToDisk(const fs::path& path, int flags) {
   const Descriptor file(path, flags);
-  if (file < 0 || fsync(file) != 0) return errno;
+  if (file.value() < 0 || fsync(file.value()) != 0) return errno;
   return 0;
 }
 
@@ -70,9 +68,9 @@ void keepPermissions(const fs::path& from, const fs::path& to) {
 
 int writeWhole(const fs::path& path, std::string_view content) {
   const Descriptor file(path, O_WRONLY | O_CREAT | O_EXCL);
-  if (file < 0) return errno;
+  if (file.value() < 0) return errno;
   while (!content.empty()) {
-    const auto written = write(file, content.data(), content.size());
+    const auto written = write(file.value(), content.data(), content.size());
     if (written < 0 && errno == EINTR) continue;
     if (written < 0) return errno;
     content.remove_prefix(static_cast<std::size_t>(written));

@@ -30,7 +30,7 @@ std::vector<T> randomValues(std::size_t count, std::mt19937_64& random) {
 
 template <typename T>
 FieldPtr fill(Chart& chart, const std::string& name, std::size_t points, std::mt19937_64& random) {
-  const auto field = chart.makeField(name, valueTypeOf<T>());
+  auto field = chart.makeField(name, valueTypeOf<T>());
   field->template setValues<T>({0}, randomValues<T>(points, random));
   field->template setValues<T>({1}, randomValues<T>(points / 2, random));
   return field;

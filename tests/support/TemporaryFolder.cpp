@@ -35,7 +35,7 @@ std::string outputOf(const std::string& shellCommand) {
   std::FILE* const pipe = popen(shellCommand.c_str(), "r");
   if (!pipe) throw std::runtime_error("cannot run " + shellCommand);
   std::string output;
-  for (int character; (character = std::fgetc(pipe)) != EOF;)
+  for (int character = 0; (character = std::fgetc(pipe)) != EOF;)
     output += static_cast<char>(character);
   if (const int status = pclose(pipe)) {
     throw std::runtime_error(shellCommand + " ended with status " + std::to_string(status) + "\n" +

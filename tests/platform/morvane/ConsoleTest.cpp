@@ -36,6 +36,7 @@ TEST(Console, LinesOfManyThreadsDoNotMix) {
   std::multiset<std::string> seen;  // not guarded: calls of the target never overlap
   const ConsoleRedirection redirection([&](std::string_view line) { seen.emplace(line); });
   std::vector<std::thread> writers;
+  writers.reserve(threads);
   for (int thread = 0; thread < threads; ++thread) {
     writers.emplace_back([thread] {
       for (int line = 0; line < lines; ++line)

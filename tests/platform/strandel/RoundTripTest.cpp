@@ -24,7 +24,7 @@ const MyStorage unprotected(0, 1, 1, 1);
 
 std::string whole(const Bundle& bundle) {
   std::string fault;
-  const std::string text = contentOf(bundle, fault);
+  std::string text = contentOf(bundle, fault);
   EXPECT_EQ(fault, "");
   return text;
 }
@@ -228,7 +228,7 @@ TEST(Strandel, SaveRefusesWhatCannotBeStoredAndKeepsTheFile) {
   const auto refused = [&](auto&& change) {
     Bundle strip = smallStrip();
     change(*strip.slice(0)->uniqueGrid());
-    const auto fault = storage.save(strip, path, "wd");
+    auto fault = storage.save(strip, path, "wd");
     EXPECT_EQ(contentOf(path), "old");
     EXPECT_THAT(fault, HasSubstr("Strandel::MyStorage::save: " + path.string() + ": /0/strip"));
     return fault;

@@ -8,6 +8,7 @@
 #include "platform/tessaly/EarthCentredCoordinates.h"
 #include "tests/platform/tessaly/Places.h"
 
+using Geomra::PhysicalSpace::point;
 using Tessaly::cartesianToEllipsoidalWithConvergedInfo;
 using Tessaly::Ellipsoid;
 using Tessaly::ellipsoidalToCartesian;

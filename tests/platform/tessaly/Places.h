@@ -22,8 +22,6 @@
 #include "platform/geomra/PhysicalSpace.h"
 #include "platform/tessaly/TransverseMercator.h"
 
-using Geomra::PhysicalSpace::point;
-
 inline constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double infinity = std::numeric_limits<double>::infinity();
 inline constexpr double degree = std::numbers::pi / 180.0;
@@ -32,9 +30,9 @@ inline constexpr double degree = std::numbers::pi / 180.0;
 struct Place {
   std::string name, tool;
   unsigned int epsg = 0;
-  point geographic;    // [rad], [rad], [m]
-  point projected;     // [m]
-  point earthCentred;  // [m]
+  Geomra::PhysicalSpace::point geographic;    // [rad], [rad], [m]
+  Geomra::PhysicalSpace::point projected;     // [m]
+  Geomra::PhysicalSpace::point earthCentred;  // [m]
 
   Tessaly::TransverseMercatorProjectionParameter zone() const {
     return Tessaly::TransverseMercatorProjectionParameter::UTMfromEPSG(epsg);
@@ -71,10 +69,11 @@ inline std::string nameOf(const testing::TestParamInfo<Place>& row) {
 }
 
 /// Geographic points [rad], [rad], [m] up to 3.5° beside a meridian [deg], 0 to 84° north.
-inline std::vector<point> randomPlaces(double meridian, std::size_t count, std::uint64_t seed) {
+inline std::vector<Geomra::PhysicalSpace::point> randomPlaces(double meridian, std::size_t count,
+                                                              std::uint64_t seed) {
   std::mt19937_64 random(seed);
   std::uniform_real_distribution<double> beside(-3.5, 3.5), latitude(0, 84), height(-100, 5000);
-  std::vector<point> places(count);
+  std::vector<Geomra::PhysicalSpace::point> places(count);
   for (auto& place : places) {
     place = {(meridian + beside(random)) * degree, latitude(random) * degree, height(random)};
   }
@@ -82,18 +81,19 @@ inline std::vector<point> randomPlaces(double meridian, std::size_t count, std::
 }
 
 /// Distance of two projected or two earth-centred points [m].
-inline double apart(const point& a, const point& b) {
+inline double apart(const Geomra::PhysicalSpace::point& a, const Geomra::PhysicalSpace::point& b) {
   return std::sqrt(dot(b - a, b - a));
 }
 
 /// Distance of two neighbouring geographic points [m]; longitudes may be turns apart.
-inline double apartOnEarth(const point& a, const point& b) {
+inline double apartOnEarth(const Geomra::PhysicalSpace::point& a,
+                           const Geomra::PhysicalSpace::point& b) {
   constexpr double radius = 6.4e6;
   const double longitudes = std::remainder(b.x - a.x, 2.0 * std::numbers::pi);
   return std::hypot(radius * std::cos(a.y) * longitudes, radius * (b.y - a.y), b.z - a.z);
 }
 
-inline bool isFinite(const point& p) {
+inline bool isFinite(const Geomra::PhysicalSpace::point& p) {
   return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
 

@@ -10,6 +10,7 @@
 #include "platform/tessaly/PolarCoordinates.h"
 #include "tests/platform/tessaly/Places.h"
 
+using Geomra::PhysicalSpace::point;
 using Tessaly::cartesianCoordinatesFromPolar;
 using Tessaly::polarCoordinatesFromCartesian;
 

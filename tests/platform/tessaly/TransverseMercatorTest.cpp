@@ -13,6 +13,7 @@
 #include "tests/platform/tessaly/Places.h"
 #include "tests/support/TemporaryFolder.h"
 
+using Geomra::PhysicalSpace::point;
 using Tessaly::Ellipsoid;
 using Tessaly::inverseTransverseMercatorProjection;
 using Tessaly::transverseMercatorProjection;
