@@ -36,7 +36,7 @@ Moments momentsOf(std::span<const Real> values) {
   const double mean = meanOf(values);
   if (!std::isfinite(mean)) return result;
 
-  const double n = static_cast<double>(values.size());
+  const auto n = static_cast<double>(values.size());
   const double squares = squaresAround(mean, values);
   const auto [minimum, maximum] = std::minmax_element(values.begin(), values.end());
   result.mean = mean;

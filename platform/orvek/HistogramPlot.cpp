@@ -123,7 +123,9 @@ std::string countAxis(std::uint64_t highest) {
   const double top = std::max(1.0, static_cast<double>(highest));
   const double step = std::max(1.0, roundStep(top / 6.0));
   std::string tics;
-  for (double tic = 0.0; tic <= top * 1.05; tic += step) {
+  const auto count = static_cast<int>(top * 1.05 / step);
+  for (int i = 0; i <= count; ++i) {
+    const double tic = i * step;
     tics += fmt::format("{}{} {:.0f}", tics.empty() ? "" : ", ",
                         quoted(grouped(static_cast<unsigned long long>(tic)), 40), tic);
   }

@@ -96,6 +96,7 @@ std::vector<std::string> environmentWithPlainLocale() {
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (std::string& text : texts) pointers.push_back(text.data());
   pointers.push_back(nullptr);
   return pointers;
@@ -157,7 +158,7 @@ void listen(Descriptor& pipe, std::chrono::milliseconds patience, std::string& s
 /// @return how the process ended, in words; nothing while it runs
 std::optional<std::string> endOf(pid_t process, int options) {
   int status = 0;
-  pid_t ended;
+  pid_t ended = 0;
   do {
     ended = waitpid(process, &status, options);
   } while (ended < 0 && errno == EINTR);

@@ -31,6 +31,11 @@ void writeContent(const std::filesystem::path& file, const std::string& content)
   if (!stream) throw std::runtime_error("cannot write " + file.string());
 }
 
+std::string variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value ? value : "";
+}
+
 std::string outputOf(const std::string& shellCommand) {
   std::FILE* const pipe = popen(shellCommand.c_str(), "r");
   if (!pipe) throw std::runtime_error("cannot run " + shellCommand);

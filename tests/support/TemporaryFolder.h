@@ -26,6 +26,9 @@ std::string contentOf(const std::filesystem::path& file);
 /// Writes a file for a test; throws when it cannot.
 void writeContent(const std::filesystem::path& file, const std::string& content);
 
+/// A variable of the environment; empty when it is not set.
+std::string variable(const char* name);
+
 /// What a command prints on its standard output; throws, with its status, when it does not end with
 /// 0.
 std::string outputOf(const std::string& shellCommand);

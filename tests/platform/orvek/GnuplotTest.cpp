@@ -33,7 +33,7 @@ namespace {
 /// A folder with a program `gnuplot` that is first in PATH for as long as this lives.
 class FakeGnuplot {
  public:
-  explicit FakeGnuplot(const std::string& shellScript) : path_(std::getenv("PATH")) {
+  explicit FakeGnuplot(const std::string& shellScript) : path_(variable("PATH")) {
     writeContent(folder_ / "gnuplot", "#!/bin/sh\n" + shellScript);
     fs::permissions(folder_ / "gnuplot", fs::perms::owner_all);
     setenv("PATH", (folder_.path().string() + ":" + path_).c_str(), 1);
@@ -89,7 +89,7 @@ TEST_F(FailingGnuplot, IsNamedWithWhatItSaid) {
 
 TEST_F(FailingGnuplot, ThatIsMissingIsToldApart) {
   const TemporaryFolder empty;
-  const std::string path = std::getenv("PATH");
+  const std::string path = variable("PATH");
   setenv("PATH", empty.path().c_str(), 1);
   const std::string fault = drawPdf("plot x\n", pdf_);
   setenv("PATH", path.c_str(), 1);
@@ -106,7 +106,7 @@ TEST_F(FailingGnuplot, ThatWritesNoWholePageIsNoSuccess) {
 }
 
 TEST_F(FailingGnuplot, ThatDoesNotReadItsScriptBlocksNothing) {
-  const std::string longScript(20'000'000, '#');
+  const std::string longScript(std::size_t{1} << 20U, '#');
   EXPECT_EQ(faultOf("exec <&-; exit 2", 60s, longScript), "gnuplot ended with status 2");
 }
 

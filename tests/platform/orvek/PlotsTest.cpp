@@ -225,7 +225,7 @@ TEST_F(Plots, RefuseWhatIsNoPairOfFilesAndNoSizeOfPaper) {
 
 TEST_F(Plots, WithoutGnuplotWarnAndKeepTheOldPage) {
   writeContent(pdf_, "old");
-  const std::string path = std::getenv("PATH");
+  const std::string path = variable("PATH");
   setenv("PATH", folder_.path().c_str(), 1);
   Statistic statistic = normalDifferences(10);
   const std::string histogramFault = draw(statistic, "New");

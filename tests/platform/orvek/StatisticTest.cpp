@@ -102,7 +102,7 @@ TEST(Statistic, RefusesARangeThatMakesNoBinsAndNamesIt) {
         << lower << " " << upper << " " << width;
   }
   try {
-    Statistic(2.5, -2.5, 0.125);
+    const Statistic refused(2.5, -2.5, 0.125);
     FAIL();
   } catch (const std::invalid_argument& fault) {
     EXPECT_THAT(fault.what(), HasSubstr("2.5 to -2.5 in bins of 0.125: the lower bound must be"));
@@ -181,14 +181,14 @@ TEST(StatisticFiles, OfAnotherKindAreRefusedByNameAndLine) {
     Summary summary;
     summary.median = 42.0;
     writeContent(folder / "s.txt", content);
-    const std::string fault = readSummary(folder / "s.txt", summary);
+    std::string fault = readSummary(folder / "s.txt", summary);
     EXPECT_EQ(summary.median, 42.0);
     return fault;
   };
   const auto histogramFault = [&](const std::string& content) {
     Bins bins;
     writeContent(folder / "h.txt", content);
-    const std::string fault = readHistogram(folder / "h.txt", bins);
+    std::string fault = readHistogram(folder / "h.txt", bins);
     EXPECT_TRUE(bins.edges.empty());
     return fault;
   };
