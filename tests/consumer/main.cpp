@@ -1,10 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// A host other than ours: it redirects the console, makes the library warn, and catches the line. Were the platform
-// linked twice, the library would print on a console of its own.
-#include <velorn/FileContainer.h>
-
+// A host other than ours: it redirects the console, makes the library warn, and catches the line.
+// Were the platform linked twice, the library would print on a console of its own.
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -13,6 +11,7 @@
 
 #include "platform/morvane/Console.h"
 #include "platform/plome/StringList.h"
+#include <velorn/FileContainer.h>
 
 int main() {
   const auto folder = std::filesystem::temp_directory_path() / "velorn-consumer";
@@ -21,10 +20,12 @@ int main() {
     std::ofstream(folder / name).put('\n');
     return (folder / name).string();
   };
-  const std::string strip = file("strip.kx"), truth = file("truth.kx"), trajectory = file("traj.kx");
+  const std::string strip = file("strip.kx"), truth = file("truth.kx"),
+                    trajectory = file("traj.kx");
 
   std::vector<std::string> caught;
-  const Morvane::ConsoleRedirection redirection([&](std::string_view line) { caught.emplace_back(line); });
+  const Morvane::ConsoleRedirection redirection(
+      [&](std::string_view line) { caught.emplace_back(line); });
   Velorn::FileContainer files;
   const auto strips = std::make_shared<Plome::StringList>(Plome::StringList{strip, strip});
   const std::string fault = files.add(strips, truth, trajectory);
