@@ -116,14 +116,14 @@ void fromEarthCentred(benchmark::State& state) {
   });
 }
 
-// The baseline comes first.
-BENCHMARK(projectGeographicLib);
-BENCHMARK(project);
-BENCHMARK(unprojectGeographicLib);
-BENCHMARK(unproject);
-BENCHMARK(toEarthCentredGeographicLib);
-BENCHMARK(toEarthCentred);
-BENCHMARK(fromEarthCentredGeographicLib);
-BENCHMARK(fromEarthCentred);
+// Of each group the first is the baseline; an iteration is 1024 points.
+BENCHMARK(projectGeographicLib)->Name("Project1024Points/GeographicLib");
+BENCHMARK(project)->Name("Project1024Points/Tessaly");
+BENCHMARK(unprojectGeographicLib)->Name("Unproject1024Points/GeographicLib");
+BENCHMARK(unproject)->Name("Unproject1024Points/Tessaly");
+BENCHMARK(toEarthCentredGeographicLib)->Name("ToEarthCentred1024Points/GeographicLib");
+BENCHMARK(toEarthCentred)->Name("ToEarthCentred1024Points/Tessaly");
+BENCHMARK(fromEarthCentredGeographicLib)->Name("FromEarthCentred1024Points/GeographicLib");
+BENCHMARK(fromEarthCentred)->Name("FromEarthCentred1024Points/Tessaly");
 
 }  // namespace
