@@ -60,7 +60,7 @@ std::string Grid::unequalLengths() const {
     for (const auto& [fieldName, field] : chart->fields()) {
       for (const auto fragment : field->fragments()) {
         if (!field->hasChunk(fragment)) continue;
-        const std::string column = chartName + "/" + fieldName;
+        const auto column = fmt::format("{}/{}", chartName, fieldName);
         const auto& first =
             firsts.try_emplace(fragment, First{column, field->size(fragment)}).first->second;
         if (first.values == field->size(fragment)) continue;

@@ -26,6 +26,10 @@ class ColumnSource {
   ValueType valueType() const { return type_; }
   std::size_t rows() const { return rows_; }
 
+  /// What can be told of rows [first, first + count) without taking memory for them.
+  /// @return empty, or why they cannot be read, with file and object
+  virtual std::string check(std::size_t /*first*/, std::size_t /*count*/) const { return {}; }
+
   /// Copies rows [first, first + count) to `out`; the caller has checked that they exist.
   /// @return empty, or what is wrong, with file and object
   virtual std::string read(std::size_t first, std::size_t count, void* out) const = 0;

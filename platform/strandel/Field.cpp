@@ -66,6 +66,7 @@ Read<T> Field::values(FragmentId fragment, std::size_t first, std::size_t count)
       memory && count == source->rows()) {
     return {memory->values(), {}};
   }
+  if (auto fault = source->check(first, count); !fault.empty()) return {{}, fault};
   try {
     auto rows = std::make_shared<std::vector<T>>(count);
     if (auto fault = source->read(first, count, rows->data()); !fault.empty()) return {{}, fault};
@@ -114,6 +115,7 @@ RangeRead Field::range() const {
   }
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): T is a type
 #define VELORN_FIELD_OF(T)                                                       \
   template Read<T> Field::values<T>(FragmentId, std::size_t, std::size_t) const; \
   template std::string Field::setValues<T>(FragmentId, std::shared_ptr<const std::vector<T>>)
@@ -128,6 +130,7 @@ VELORN_FIELD_OF(std::int8_t);
 VELORN_FIELD_OF(std::int16_t);
 VELORN_FIELD_OF(std::int32_t);
 VELORN_FIELD_OF(std::int64_t);
+// NOLINTEND(bugprone-macro-parentheses)
 #undef VELORN_FIELD_OF
 
 }  // namespace Strandel

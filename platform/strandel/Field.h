@@ -25,6 +25,7 @@ namespace Strandel {
 /// ascending number.
 struct VELORN_PLATFORM_EXPORT FragmentId {
   std::uint32_t number = 0;
+  // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the zero of the comparison for one
   friend auto operator<=>(const FragmentId&, const FragmentId&) = default;
 };
 

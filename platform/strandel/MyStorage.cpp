@@ -35,10 +35,12 @@ std::string guarded(const char* operation, const fs::path& path, const Action& a
 }
 
 void checkMode(const std::string& mode, const fs::path& path) {
-  if (mode != "w" && mode != "wd")
+  if (mode != "w" && mode != "wd") {
     throw Hdf5::Fault("unknown open mode \"" + mode + "\"; \"w\" and \"wd\" are known");
-  if (mode == "w" && fs::exists(path))
+  }
+  if (mode == "w" && fs::exists(path)) {
     throw Hdf5::Fault("exists already; the mode \"wd\" replaces it");
+  }
 }
 
 void clearTouched(const Bundle& bundle) {

@@ -5,6 +5,10 @@
 #include <limits>
 #include <optional>
 
+#include <fmt/format.h>
+
+#include "platform/strandel/hdf5/References.h"
+
 namespace Strandel::Hdf5 {
 namespace {
 
@@ -79,15 +83,15 @@ std::string readVariableText(const OpenAttribute& open) {
 std::optional<Attribute> readAttribute(const OpenAttribute& open) {
   const H5T_class_t kind = H5Tget_class(open.type.id());
   const H5S_class_t shape = H5Sget_simple_extent_type(open.space.id());
-  if (shape == H5S_SIMPLE && kind == H5T_FLOAT) {
+  const bool fits = H5Tget_size(open.type.id()) <= 8;
+  if (shape == H5S_SIMPLE && kind == H5T_FLOAT && fits) {
     const int rank = H5Sget_simple_extent_ndims(open.space.id());
     if (rank != 1 || H5Sget_simple_extent_npoints(open.space.id()) != 3) return {};
     return readAs<point>(open, H5T_NATIVE_DOUBLE);
   }
   if (shape != H5S_SCALAR) return {};
-  if (kind == H5T_INTEGER && H5Tget_size(open.type.id()) <= 8) return readInteger(open);
-  if (kind == H5T_FLOAT && H5Tget_size(open.type.id()) <= 8)
-    return readAs<double>(open, H5T_NATIVE_DOUBLE);
+  if (kind == H5T_INTEGER && fits) return readInteger(open);
+  if (kind == H5T_FLOAT && fits) return readAs<double>(open, H5T_NATIVE_DOUBLE);
   if (kind == H5T_STRING) {
     return H5Tis_variable_str(open.type.id()) > 0 ? readVariableText(open) : readFixedText(open);
   }
@@ -101,6 +105,10 @@ void write(hid_t object, const std::string& name, hid_t type, hid_t space, const
   checked(H5Awrite(attribute.id(), type, value), fault);
 }
 
+/// What a header with a checksum can hold besides the attribute's name.
+constexpr std::size_t longestText = 60000;
+constexpr std::size_t longestName = 4000;
+
 struct Writer {
   hid_t object;
   const std::string& name;
@@ -111,6 +119,13 @@ struct Writer {
   }
   void operator()(double value) const { write(object, name, H5T_IEEE_F64LE, scalar.id(), &value); }
   void operator()(const std::string& value) const {
+    if (value.find('\0') != std::string::npos) {
+      throw Fault("attribute " + name + ": a text with a zero byte cannot be written");
+    }
+    if (value.size() > longestText) {
+      throw Fault(fmt::format("attribute {}: a text of {} bytes; {} fit into an attribute", name,
+                              value.size(), longestText));
+    }
     // Fixed length: texts of variable length lie in a heap without checksums.
     const Handle type = checked(H5Tcopy(H5T_C_S1), H5Tclose, "no memory for an attribute");
     checked(H5Tset_size(type.id(), std::max<std::size_t>(value.size(), 1)),
@@ -142,6 +157,9 @@ AttributesRead readAttributes(hid_t object) {
 }
 
 void writeAttribute(hid_t object, const std::string& name, const Attribute& value) {
+  if (name.empty() || name.size() > longestName || name.find('\0') != std::string::npos) {
+    throw Fault(fmt::format("\"{}\" cannot be the name of an attribute", name));
+  }
   std::visit(Writer{object, name}, value);
 }
 
@@ -150,12 +168,22 @@ void writeAttributes(hid_t object, const Attributes& attributes) {
 }
 
 void copyAttribute(hid_t from, hid_t to, const std::string& name) {
+  refuseReferences(from, name);
   const OpenAttribute open = opened(from, name);
   const auto count = checked(H5Sget_simple_extent_npoints(open.space.id()), open.fault());
   std::vector<char> bytes(static_cast<std::size_t>(count) * H5Tget_size(open.type.id()) + 1);
   checked(H5Aread(open.attribute.id(), open.type.id(), bytes.data()), open.fault());
   write(to, name, open.type.id(), open.space.id(), bytes.data());
   H5Dvlen_reclaim(open.type.id(), open.space.id(), H5P_DEFAULT, bytes.data());
+}
+
+void copyAttributes(hid_t from, hid_t to) {
+  for (const auto& name : attributeNames(from)) copyAttribute(from, to, name);
+}
+
+void setCommonProperties(hid_t creation) {
+  checked(H5Pset_obj_track_times(creation, false), "cannot prepare the HDF5 library");
+  checked(H5Pset_attr_phase_change(creation, 65535, 0), "cannot prepare the HDF5 library");
 }
 
 }  // namespace Strandel::Hdf5

@@ -25,5 +25,11 @@ void writeAttributes(hid_t object, const Attributes& attributes);
 
 /// Copies one attribute of any type as it is.
 void copyAttribute(hid_t from, hid_t to, const std::string& name);
+void copyAttributes(hid_t from, hid_t to);
+
+/// Creation properties that every object of a file has: no times, so that equal content gives equal
+/// files, and all attributes in the object's header, which has a checksum (a large number of them
+/// would go to a heap whose large entries have none).
+void setCommonProperties(hid_t creation);
 
 }  // namespace Strandel::Hdf5

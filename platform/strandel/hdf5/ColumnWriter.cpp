@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include "platform/strandel/hdf5/AttributeFile.h"
 #include "platform/strandel/hdf5/Fletcher32.h"
 #include "platform/strandel/hdf5/Types.h"
 
@@ -22,8 +23,7 @@ hsize_t chunkRowsOf(const ColumnSource& column) {
 
 Handle creationOf(const ColumnSource* column, int rank, const ColumnStyle& style) {
   Handle properties = checked(H5Pcreate(H5P_DATASET_CREATE), H5Pclose, notWritten);
-  // Without times, equal content gives equal files.
-  checked(H5Pset_obj_track_times(properties.id(), false), notWritten);
+  setCommonProperties(properties.id());
   if (!column || column->rows() == 0) return properties;
   const hsize_t chunk[2] = {chunkRowsOf(*column), 3};
   checked(H5Pset_chunk(properties.id(), rank, chunk), notWritten);

@@ -5,11 +5,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <functional>
+#include <memory>
 #include <new>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "platform/strandel/hdf5/HeapCheck.h"
 
 namespace Strandel::Hdf5 {
 namespace {
@@ -23,10 +27,8 @@ struct DriverInfo {
 struct OpenFile {
   H5FD_t base;
   int descriptor;
-  haddr_t end;   // of the addresses in use
-  haddr_t size;  // of the file
-  dev_t device;
-  ino_t inode;
+  haddr_t end;        // of the addresses in use
+  haddr_t size;       // of the file
   WriteState* state;  // null for a file that is only read
 };
 
@@ -63,23 +65,24 @@ H5FD_t* openFile(const char* name, unsigned flags, hid_t access, haddr_t) {
   posix_fadvise(descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
   file->descriptor = descriptor;
   file->size = static_cast<haddr_t>(status.st_size);
-  file->device = status.st_dev;
-  file->inode = status.st_ino;
   file->state = info ? info->state : nullptr;
   return &file->base;
 }
 
 herr_t closeFile(H5FD_t* file) {
-  close(fileOf(file).descriptor);
-  delete &fileOf(file);
+  const OpenFile& closed = fileOf(file);
+  // Some network file systems tell only now that the disk is full.
+  if (close(closed.descriptor) != 0 && closed.state && closed.state->error == 0) {
+    closed.state->error = errno;
+  }
+  delete &closed;
   return 0;
 }
 
+/// Every opening stands alone, also a second one of the same file: else the library would serve it
+/// from what it remembers of the first, although another program may have changed the file since.
 int compareFiles(const H5FD_t* a, const H5FD_t* b) {
-  const OpenFile &first = fileOf(a), &second = fileOf(b);
-  if (first.device != second.device) return first.device < second.device ? -1 : 1;
-  if (first.inode != second.inode) return first.inode < second.inode ? -1 : 1;
-  return 0;
+  return a == b ? 0 : std::less<>()(a, b) ? -1 : 1;
 }
 
 herr_t features(const H5FD_t*, unsigned long* flags) {
@@ -99,8 +102,8 @@ haddr_t endOfFile(const H5FD_t* file, H5FD_mem_t) {
   return fileOf(file).size;
 }
 
-herr_t readBytes(H5FD_t* file, H5FD_mem_t, hid_t, haddr_t address, std::size_t size, void* buffer) {
-  OpenFile& from = fileOf(file);
+/// @return false where the file ends, or cannot be read
+bool readWhole(const OpenFile& from, haddr_t address, std::size_t size, void* buffer) {
   auto* bytes = static_cast<char*>(buffer);
   while (size > 0) {
     const auto got = pread(from.descriptor, bytes, size, static_cast<off_t>(address));
@@ -109,14 +112,31 @@ herr_t readBytes(H5FD_t* file, H5FD_mem_t, hid_t, haddr_t address, std::size_t s
     // may not.
     if (got == 0 && from.state) {
       std::memset(bytes, 0, size);
-      return 0;
+      return true;
     }
-    if (got <= 0) return -1;
+    if (got <= 0) return false;
     bytes += got;
     address += static_cast<haddr_t>(got);
     size -= static_cast<std::size_t>(got);
   }
-  return 0;
+  return true;
+}
+
+/// @return false when a heap begins with what was read and is damaged
+bool heapIsSound(const OpenFile& from, haddr_t address, std::size_t size, const void* buffer) {
+  const auto* bytes = static_cast<const unsigned char*>(buffer);
+  const auto wanted = size < heapHeaderBytes ? std::nullopt : heapSize(bytes);
+  if (!wanted || from.state) return true;
+  if (*wanted <= size) return isSoundHeap(bytes, *wanted);
+  if (*wanted > from.size) return false;
+  std::unique_ptr<unsigned char[]> heap(new (std::nothrow) unsigned char[*wanted]);
+  return heap && readWhole(from, address, *wanted, heap.get()) && isSoundHeap(heap.get(), *wanted);
+}
+
+herr_t readBytes(H5FD_t* file, H5FD_mem_t, hid_t, haddr_t address, std::size_t size, void* buffer) {
+  const OpenFile& from = fileOf(file);
+  return readWhole(from, address, size, buffer) && heapIsSound(from, address, size, buffer) ? 0
+                                                                                            : -1;
 }
 
 herr_t writeBytes(H5FD_t* file, H5FD_mem_t, hid_t, haddr_t address, std::size_t size,

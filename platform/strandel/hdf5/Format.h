@@ -5,7 +5,7 @@
 #pragma once
 
 #include <array>
-#include <string_view>
+#include <string>
 
 namespace Strandel::Hdf5 {
 
@@ -14,6 +14,12 @@ inline constexpr const char* formatName = "kx";
 inline constexpr const char* versionAttribute = "version";
 inline constexpr int formatVersion = 1;
 inline constexpr const char* timeAttribute = "time";
+
+/// Absolute name of a member of an object.
+inline std::string joined(std::string object, const std::string& name) {
+  if (object != "/") object += '/';
+  return object += name;
+}
 
 // Of a field: what its values are, and the stored range with the number of values that it was
 // computed from.

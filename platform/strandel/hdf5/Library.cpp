@@ -5,9 +5,16 @@
 namespace Strandel::Hdf5 {
 namespace {
 
-// Never destroyed: a bundle that lives until the process ends still closes its file under it.
+/// Never destroyed: a bundle that lives until the process ends still closes its file under it.
+///
+/// The library is told not to clean up at the end of the process. Everything that is written is
+/// closed long before; and after it has met a damaged object it cannot clean up, but complains on
+/// the standard error. (Without effect where the program itself uses the library and did so first.)
 std::recursive_mutex& mutex() {
-  static auto* const instance = new std::recursive_mutex;
+  static auto* const instance = [] {
+    H5dont_atexit();
+    return new std::recursive_mutex;
+  }();
   return *instance;
 }
 

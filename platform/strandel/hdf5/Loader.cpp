@@ -18,10 +18,6 @@ using FilePtr = std::shared_ptr<const StoredFile>;
 
 constexpr const char* unreadable = "unreadable, the file is damaged";
 
-std::string joined(const std::string& object, const std::string& name) {
-  return object == "/" ? "/" + name : object + "/" + name;
-}
-
 [[noreturn]] void refuse(const std::string& object, const std::string& fault) {
   throw Fault(object + ": " + fault);
 }
@@ -107,8 +103,11 @@ OpenGroup openGroup(const FilePtr& file, const std::string& object) {
 
 /// Takes the format's own attributes out of those that the user sees.
 template <std::size_t N>
-void removeReserved(Attributes& attributes, const std::array<const char*, N>& names) {
-  for (const char* name : names) attributes.remove(name);
+void removeReserved(OpenGroup& open, const std::array<const char*, N>& names) {
+  for (const char* name : names) {
+    open.attributes.remove(name);
+    std::erase(open.stored->foreignAttributes, name);
+  }
 }
 
 FragmentId fragmentNamed(const std::string& name, const std::string& object) {
@@ -146,7 +145,7 @@ class Loader {
     Bundle bundle;
     OpenGroup root = openGroup(file_, "/");
     checkFormat(root.attributes);
-    removeReserved(root.attributes, reservedOfRoot);
+    removeReserved(root, reservedOfRoot);
     root.foreign(root.members.datasets);
     for (const auto& name : root.members.groups) addSlice(bundle, "/" + name);
     root.handTo(bundle);
@@ -172,7 +171,7 @@ class Loader {
     if (!time || !std::isfinite(*time))
       refuse(object, "has no attribute \"time\" with a finite number");
     if (bundle.slice(*time)) refuse(object, fmt::format("is a second slice of time {}", *time));
-    removeReserved(open.attributes, reservedOfSlice);
+    removeReserved(open, reservedOfSlice);
     open.foreign(open.members.datasets);
     const auto slice = bundle.makeSlice(*time);
     for (const auto& name : open.members.groups) addGrid(*slice, name, joined(object, name));
@@ -230,7 +229,7 @@ class Loader {
     for (const auto& member : open.members.datasets)
       addFragment(*field, member, joined(open.object, member));
     field->setStoredRange(storedRange(open.attributes, *field));
-    removeReserved(open.attributes, reservedOfField);
+    removeReserved(open, reservedOfField);
     open.foreign(open.members.groups);
     open.handTo(*field);
     return field;

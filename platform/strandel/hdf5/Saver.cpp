@@ -9,6 +9,7 @@
 
 #include "platform/strandel/hdf5/AttributeFile.h"
 #include "platform/strandel/hdf5/Format.h"
+#include "platform/strandel/hdf5/References.h"
 #include "platform/strandel/hdf5/StoredColumn.h"
 
 namespace Strandel::Hdf5 {
@@ -41,9 +42,12 @@ void copyForeign(const Node& node, hid_t group) {
     if (!node.attributes().holds(name)) copyAttribute(from.id(), group, name);
   }
   for (const auto& name : stored->foreignObjects) {
-    if (H5Lexists(group, name.c_str(), H5P_DEFAULT) > 0) continue;
+    if (H5Lexists(group, name.c_str(), H5P_DEFAULT) > 0) {
+      throw Fault(fmt::format("\"{}\" is the name of something else that lies here", name));
+    }
+    refuseReferencesBelow(from.id(), name);
     checked(H5Ocopy(from.id(), name.c_str(), group, name.c_str(), H5P_DEFAULT, H5P_DEFAULT),
-            notWritten);
+            name + ": cannot be copied from " + stored->file->path().string());
   }
 }
 
@@ -59,6 +63,12 @@ void writeRange(hid_t group, const Field& field, const std::optional<ValueRange>
   write(minimumAttribute, range->minimum);
   write(maximumAttribute, range->maximum);
   writeAttribute(group, rangeCountAttribute, static_cast<std::int64_t>(field.size()));
+}
+
+bool isForeign(const Bundle& bundle, const std::string& name) {
+  if (!bundle.stored()) return false;
+  const auto& names = bundle.stored()->foreignObjects;
+  return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 class Saver {
@@ -81,9 +91,9 @@ class Saver {
   void create(const std::filesystem::path& path) {
     const Handle access = accessForWriting(state_);
     const Handle creation = checked(H5Pcreate(H5P_FILE_CREATE), H5Pclose, notWritten);
-    checked(H5Pset_obj_track_times(creation.id(), false), notWritten);
+    setCommonProperties(creation.id());
     groupCreation_ = checked(H5Pcreate(H5P_GROUP_CREATE), H5Pclose, notWritten);
-    checked(H5Pset_obj_track_times(groupCreation_.id(), false), notWritten);
+    setCommonProperties(groupCreation_.id());
     file_ = checked(H5Fcreate(path.c_str(), H5F_ACC_EXCL, creation.id(), access.id()), H5Fclose,
                     notWritten);
   }
@@ -94,8 +104,10 @@ class Saver {
     writeAttribute(root.id(), versionAttribute, std::int64_t{formatVersion});
     named("/", [&] { writeNode(root.id(), bundle, reservedOfRoot); });
     int number = 0;
-    for (const auto& slice : bundle.slices())
+    for (const auto& slice : bundle.slices()) {
+      while (isForeign(bundle, std::to_string(number))) ++number;
       writeSlice(root.id(), *slice, std::to_string(number++));
+    }
     named("/", [&] { copyForeign(bundle, root.id()); });
   }
 
@@ -105,7 +117,7 @@ class Saver {
       writeNode(group.id(), slice, reservedOfSlice);
       writeAttribute(group.id(), timeAttribute, slice.time());
       for (const auto& [gridName, grid] : slice.grids())
-        writeGrid(group.id(), *grid, "/" + name + "/" + gridName);
+        writeGrid(group.id(), *grid, joined("/" + name, gridName));
       copyForeign(slice, group.id());
     });
   }
@@ -113,10 +125,13 @@ class Saver {
   void writeGrid(hid_t slice, const Grid& grid, const std::string& object) {
     named(object, [&] {
       if (const auto fault = grid.unequalLengths(); !fault.empty()) throw Fault(fault);
+      if (grid.chart(waveformsName)) {
+        throw Fault(fmt::format("a chart cannot be named \"{}\"", waveformsName));
+      }
       const Handle group = makeGroup(slice, grid.name());
       writeNode(group.id(), grid, none);
       for (const auto& [name, chart] : grid.charts())
-        writeChart(group.id(), *chart, object + "/" + name);
+        writeChart(group.id(), *chart, joined(object, name));
       if (grid.waveforms()) {
         const Handle waveforms = makeGroup(group.id(), waveformsName);
         writeNode(waveforms.id(), *grid.waveforms(), none);
@@ -131,7 +146,7 @@ class Saver {
       const Handle group = makeGroup(grid, chart.name());
       writeNode(group.id(), chart, none);
       for (const auto& [name, field] : chart.fields())
-        linkOrWriteField(group.id(), field, object + "/" + name);
+        linkOrWriteField(group.id(), field, joined(object, name));
       copyForeign(chart, group.id());
     });
   }
@@ -167,14 +182,11 @@ class Saver {
   bool writeFragment(hid_t group, const Field& field, FragmentId fragment, RangeOfRows& range) {
     const std::string name = std::to_string(fragment.number);
     const auto* column = field.chunk(fragment);
-    if (const auto* stored = dynamic_cast<const StoredColumn*>(column)) {
-      checked(H5Ocopy(stored->file()->id(), stored->object().c_str(), group, name.c_str(),
-                      H5P_DEFAULT, H5P_DEFAULT),
-              "cannot be copied from " + stored->file()->path().string());
-      return true;
-    }
-    writeColumn(group, name, field.valueType(), column, style_, state_, range);
-    return false;
+    const auto* stored = dynamic_cast<const StoredColumn*>(column);
+    const bool copied = stored && stored->copyChunks(group, name);
+    if (!copied) writeColumn(group, name, field.valueType(), column, style_, state_, range);
+    if (stored) stored->copyAttributesTo(group, name);
+    return copied;
   }
 
   Handle makeGroup(hid_t parent, const std::string& name) const {

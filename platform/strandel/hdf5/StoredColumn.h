@@ -20,12 +20,23 @@ class StoredColumn final : public ColumnSource {
                std::size_t rows)
       : ColumnSource(type, rows), file_(std::move(file)), object_(std::move(object)) {}
 
+  std::string check(std::size_t first, std::size_t count) const override;
   std::string read(std::size_t first, std::size_t count, void* out) const override;
 
-  const std::shared_ptr<const StoredFile>& file() const { return file_; }
-  const std::string& object() const { return object_; }
+  /// Copies values that lie in chunks to a new dataset, as they lie, once their checksums are
+  /// checked.
+  /// @return false, and nothing is done, when they lie as one piece
+  /// @throws Fault
+  bool copyChunks(hid_t group, const std::string& name) const;
+
+  /// Copies the dataset's attributes to that of `name` in `group`.
+  void copyAttributesTo(hid_t group, const std::string& name) const;
 
  private:
+  /// Calls action(dataset, layout); whatever goes wrong becomes one text.
+  template <typename Action>
+  std::string guarded(const Action& action) const;
+
   std::shared_ptr<const StoredFile> file_;
   std::string object_;
 };
