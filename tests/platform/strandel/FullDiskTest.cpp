@@ -1,0 +1,140 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include <csignal>
+#include <cstdlib>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include "platform/strandel/Bundle.h"
+#include "platform/strandel/MyStorage.h"
+#include "tests/platform/strandel/Processes.h"
+#include "tests/support/SmallStrip.h"
+
+using namespace Strandel;
+using testing::HasSubstr;
+
+namespace {
+
+const MyStorage storage(0, 0, 0, 1);
+const MyStorage compressed(1, 0, 0, 1);
+
+std::string text(const Bundle& bundle) {
+  std::string fault;
+  const std::string content = contentOf(bundle, fault);
+  EXPECT_EQ(fault, "");
+  return content;
+}
+
+std::filesystem::path pathFromParent(const char* variable) {
+  const char* const value = std::getenv(variable);
+  return value ? value : "not run by a test";
+}
+
+void limitFileSize(rlim_t bytes) {
+  rlimit limit{};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  limit.rlim_cur = bytes;
+  setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+std::size_t filesIn(const std::filesystem::path& folder) {
+  const std::filesystem::directory_iterator all(folder);
+  return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+/// Saves for which there is no room: of new values, and of values that lie in another file.
+void failAndGoOn(const std::filesystem::path& path, const std::string& reason) {
+  letHdf5EndWithTheProcess();
+  const std::string before = contentOf(path);
+  const auto files = filesIn(path.parent_path());
+  Bundle made = smallStrip(3000, 2), loaded;
+  ASSERT_EQ(storage.load(pathFromParent("VELORN_TEST_SOURCE"), loaded), "");
+  for (auto& [with, bundle] :
+       {std::pair{&storage, &made}, {&compressed, &made}, {&storage, &loaded}}) {
+    EXPECT_EQ(with->save(*bundle, path, "wd"),
+              "Strandel::MyStorage::save: " + path.string() + ": " + reason);
+    EXPECT_TRUE(contentOf(path) == before);
+    EXPECT_EQ(filesIn(path.parent_path()), files);
+  }
+}
+
+void saveSmall(const std::filesystem::path& path) {
+  Bundle small = smallStrip(1, 3), read;
+  ASSERT_EQ(storage.save(small, path, "wd"), "");
+  ASSERT_EQ(storage.load(path, read), "");
+  EXPECT_TRUE(text(read) == text(small));
+}
+
+/// The folder of the process with the limit, and a large file elsewhere.
+std::string environment(const TemporaryFolder& folder, const TemporaryFolder& elsewhere) {
+  Bundle large = smallStrip(3000, 2);
+  EXPECT_EQ(compressed.save(large, elsewhere / "large.kx", "wd"), "");
+  return "VELORN_TEST_FOLDER='" + folder.path().string() + "' VELORN_TEST_SOURCE='" +
+         (elsewhere / "large.kx").string() + "'";
+}
+
+}  // namespace
+
+// Run by the tests below: a process that met a full disk ends as any other, through the handlers
+// that the HDF5 library has for its end.
+
+TEST(FullDiskInOwnProcess, DISABLED_FileSizeLimit) {
+  const auto folder = pathFromParent("VELORN_TEST_FOLDER");
+  const auto limit = static_cast<rlim_t>(std::atol(std::getenv("VELORN_TEST_LIMIT")));
+  std::signal(SIGXFSZ, SIG_IGN);
+  limitFileSize(limit);
+  failAndGoOn(folder / "a.kx", "File too large");
+  // A file that grows is longer for a moment than it will be.
+  if (limit < 2 * std::filesystem::file_size(folder / "small.kx")) limitFileSize(RLIM_INFINITY);
+  saveSmall(folder / "a.kx");
+}
+
+TEST(FullDiskInOwnProcess, DISABLED_SmallFileSystem) {
+  const auto folder = pathFromParent("VELORN_TEST_FOLDER");
+  const auto path = folder / "a.kx";
+  Bundle old = smallStrip(100);
+  ASSERT_EQ(storage.save(old, path, "w"), "");
+  for (std::size_t full = 0; full <= 440; full += 20) {  // KiB of 512
+    writeContent(folder / "filler", std::string(full << 10, 'x'));
+    failAndGoOn(path, "No space left on device");
+    std::filesystem::remove(folder / "filler");
+  }
+  saveSmall(path);
+}
+
+TEST(FullDisk, AFileSizeLimitAnywhereInTheFileKeepsTheOldFileAndTheProcess) {
+  const TemporaryFolder folder, elsewhere;
+  Bundle old = smallStrip(100), small = smallStrip(1, 3);
+  ASSERT_EQ(storage.save(old, folder / "old.kx", "w"), "");
+  ASSERT_EQ(storage.save(small, folder / "small.kx", "w"), "");
+  const auto variables = environment(folder, elsewhere);
+  const auto size = std::filesystem::file_size(elsewhere / "large.kx");
+#ifdef VELORN_SANITIZED
+  constexpr std::size_t limits = 24;
+#else
+  constexpr std::size_t limits = 96;
+#endif
+  for (std::size_t i = 0; i < limits; ++i) {
+    std::filesystem::copy_file(folder / "old.kx", folder / "a.kx",
+                               std::filesystem::copy_options::overwrite_existing);
+    const auto limit = i * (size - 1) / (limits - 1);
+    SCOPED_TRACE(limit);
+    runInOwnProcess("FullDiskInOwnProcess.DISABLED_FileSizeLimit",
+                    variables + " VELORN_TEST_LIMIT=" + std::to_string(limit));
+  }
+}
+
+TEST(FullDisk, AFullFileSystemKeepsTheOldFileAndTheProcess) {
+  const TemporaryFolder folder, elsewhere;
+  const auto variables = environment(folder, elsewhere);
+  // In a name space of its own the mount ends with the process.
+  const std::string mounted =
+      " unshare -m sh -c 'mount -t tmpfs -o size=512k none \"$VELORN_TEST_FOLDER\" && exec \"$0\" "
+      "\"$@\"' ";
+  if (std::system((variables + mounted + "true 2>/dev/null").c_str()) != 0) {
+    GTEST_SKIP() << "mounting is not permitted";
+  }
+  runInOwnProcess("FullDiskInOwnProcess.DISABLED_SmallFileSystem", variables + mounted);
+}
