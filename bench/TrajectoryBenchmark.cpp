@@ -169,7 +169,7 @@ auto columnOf(const Strandel::Chart& chart, const char* name) {
 /// All five are held to the end, as the import does.
 void readColumns(benchmark::State& state) {
   file();
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     Strandel::Bundle bundle;
     orThrow(Strandel::MyStorage(0, 0, 1, 1).load(file(), bundle));
     const auto chart = bundle.slice(0)->uniqueGrid()->cartesian();
@@ -185,7 +185,7 @@ void readColumns(benchmark::State& state) {
 
 void import(benchmark::State& state) {
   file();
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     Velorn::Trajectory trajectory({file()});
     orThrow(trajectory.importTrajectory());
     benchmark::DoNotOptimize(trajectory.numberOfRecords());

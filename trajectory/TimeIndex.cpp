@@ -7,8 +7,6 @@
 #include <limits>
 #include <new>
 
-#include "trajectory/Growth.h"
-
 namespace Velorn {
 namespace {
 
@@ -25,23 +23,33 @@ bool isBeforeOrOlder(const TimeIndex::Entry& a, const TimeIndex::Entry& b) {
 }  // namespace
 
 void TimeIndex::append(const std::vector<double>& times, std::uint64_t firstRecord) {
-  growFor(entries_, times.size());
+  growFor(times.size());
   for (const double time : times) entries_.push_back({time, firstRecord++});
 }
 
+void TimeIndex::dropFrom(std::uint64_t record) {
+  while (!entries_.empty() && entries_.back().record >= record) entries_.pop_back();
+}
+
 void TimeIndex::build() {
-  if (!std::is_sorted(entries_.begin(), entries_.end(), isBefore)) {
+  if (!isAscending()) {
     std::sort(entries_.begin(), entries_.end(), isBeforeOrOlder);
+    keepLastOfEqualTimes();
   }
-  keepLastOfEqualTimes();
   makeCells();
+}
+
+/// Without equal times, that is.
+bool TimeIndex::isAscending() const {
+  const auto isNotBefore = [](const Entry& a, const Entry& b) { return !isBefore(a, b); };
+  return std::adjacent_find(entries_.begin(), entries_.end(), isNotBefore) == entries_.end();
 }
 
 void TimeIndex::keepLastOfEqualTimes() {
   std::size_t kept = 0;
-  for (std::size_t i = 0; i < entries_.size(); ++i) {
-    if (kept > 0 && entries_[kept - 1].time == entries_[i].time) --kept;
-    entries_[kept++] = entries_[i];
+  for (const Entry entry : entries_) {
+    if (kept > 0 && entries_[kept - 1].time == entry.time) --kept;
+    entries_[kept++] = entry;
   }
   entries_.resize(kept);
 }

@@ -16,6 +16,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "trajectory/Growth.h"
+
 namespace Velorn {
 
 /// Distinct time stamps in ascending order, each with the number of its record. Searches may run at
@@ -33,6 +35,14 @@ class TimeIndex {
   /// @throws std::bad_alloc; the index is then as before
   void append(const std::vector<double>& times, std::uint64_t firstRecord);
 
+  /// Makes room for so many records more.
+  /// @throws std::bad_alloc; the index is then as before
+  void growFor(std::size_t records) { Velorn::growFor(entries_, records); }
+
+  /// Takes back the records from this number on; there must have been no build since they were
+  /// added.
+  void dropFrom(std::uint64_t record);
+
   /// Sorts what was added unless it is in order, and of equal times keeps the last record.
   void build();
 
@@ -48,6 +58,7 @@ class TimeIndex {
   std::size_t bytes() const;
 
  private:
+  bool isAscending() const;
   void keepLastOfEqualTimes();
   void makeCells();
   std::size_t cellOf(double t) const;

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
 #include <cmath>
 #include <new>
 #include <system_error>
@@ -24,6 +25,7 @@ using Projection = Tessaly::TransverseMercatorProjectionParameter;
 constexpr std::uint32_t noCode = 0xFFFFFFFF;
 constexpr double noLength = -9999.0;
 constexpr double radiansPerDegree = 0.017453292519943295;
+constexpr std::size_t rowsAtOnce = 1 << 18;  // some megabytes per column
 
 bool isNorthernUtm(std::uint32_t epsg) {
   const bool wgs84 = epsg >= 32601 && epsg <= 32660;
@@ -45,6 +47,7 @@ bool isFinite(const point& p) {
 
 }  // namespace
 
+// NOLINTNEXTLINE(modernize-pass-by-value): the interface takes a reference
 Trajectory::Trajectory(const std::vector<fs::path>& paths) : files(paths) {}
 
 bool Trajectory::week_number_exists(const unsigned int& week) const {
@@ -54,7 +57,7 @@ bool Trajectory::week_number_exists(const unsigned int& week) const {
 std::map<unsigned int, TimeRange> Trajectory::timeRanges() const {
   std::map<unsigned int, TimeRange> ranges;
   for (const auto& [week, index] : weeks) {
-    if (index->size() > 0) ranges[week] = {index->first().time, index->last().time};
+    ranges[week] = {index->first().time, index->last().time};
   }
   return ranges;
 }
@@ -67,6 +70,8 @@ std::string Trajectory::importTrajectory() {
     message = fmt::format("Trajectory::importTrajectory: not enough memory after {} records",
                           positions.size());
   }
+  // Of weeks with bad fragments only.
+  std::erase_if(weeks, [](const auto& week) { return week.second->size() == 0; });
   for (const auto& [week, index] : weeks) index->build();
   return message;
 }
@@ -156,28 +161,50 @@ std::string Trajectory::readFragments(const Strandel::Chart& chart, std::uint32_
   const auto field = chart.field("Positions");
   if (!field) return "Trajectory::importTrajectory: no Positions!";
   for (const auto id : field->fragments()) {
-    TrajectoryFragment fragment;
-    if (auto fault = readTrajectoryFragment(chart, id, file, fragment); !fault.empty()) {
-      return fault;
-    }
-    append(fragment, week);
+    TrajectoryFragment fragment(chart, id, file);
+    appendFragment(fragment, week);
+    if (!fragment.fault().empty()) return fragment.fault();
   }
   return {};
 }
 
-/// All or nothing: memory is taken before the first record is added.
-void Trajectory::append(const TrajectoryFragment& fragment, std::uint32_t week) {
-  const std::size_t count = fragment.positions->size();
-  if (count == 0) return;  // makes no week
-  growFor(positions, count);
-  growFor(attitudes, count);
+/// All records or, after a fault, none.
+void Trajectory::appendFragment(TrajectoryFragment& fragment, std::uint32_t week) {
+  const std::size_t size = fragment.size(), before = positions.size();
+  if (size == 0) return;  // makes no week
+  growFor(positions, size);
+  growFor(attitudes, size);
   if (!weeks.contains(week)) weeks.emplace(week, std::make_shared<TimeIndex>());
-  weeks.at(week)->append(*fragment.times, positions.size());
-  positions.insert(positions.end(), fragment.positions->begin(), fragment.positions->end());
-  const auto &roll = *fragment.roll, &pitch = *fragment.pitch, &yaw = *fragment.yaw;
-  for (std::size_t j = 0; j < count; ++j) {
-    attitudes.push_back(
-        {roll[j] * radiansPerDegree, pitch[j] * radiansPerDegree, yaw[j] * radiansPerDegree});
+  TimeIndex& index = *weeks.at(week);
+  index.growFor(size);
+  for (std::size_t row = 0; row < size && fragment.fault().empty(); row += rowsAtOnce) {
+    appendRows(fragment, row, std::min(rowsAtOnce, size - row), index);
+  }
+  if (fragment.fault().empty()) return;
+  positions.resize(before);
+  attitudes.resize(before);
+  index.dropFrom(before);
+}
+
+/// Each column is let go before the next is read, so that all of them take the same memory. The
+/// index comes last: it never holds a record that is not there.
+void Trajectory::appendRows(TrajectoryFragment& fragment, std::size_t row, std::size_t count,
+                            TimeIndex& index) {
+  const std::uint64_t record = positions.size();
+  const TrajectoryFragment::Rows rows{row, count};
+  if (const auto read = fragment.positions(rows)) {
+    positions.insert(positions.end(), read->begin(), read->end());
+  }
+  appendAngles(fragment.roll(rows), fragment.pitch(rows), fragment.yaw(rows));
+  if (const auto read = fragment.times(rows)) index.append(*read, record);
+}
+
+/// @param roll, pitch, yaw  [degree]; nothing happens when one is empty
+void Trajectory::appendAngles(const Angles& roll, const Angles& pitch, const Angles& yaw) {
+  if (!roll || !pitch || !yaw) return;
+  for (std::size_t j = 0; j < roll->size(); ++j) {
+    attitudes.push_back({(*roll)[j] * radiansPerDegree, (*pitch)[j] * radiansPerDegree,
+                         (*yaw)[j] * radiansPerDegree});
   }
 }
 

@@ -30,7 +30,7 @@ class Slice;
 namespace Velorn {
 
 class TimeIndex;
-struct TrajectoryFragment;
+class TrajectoryFragment;
 
 /// First and last time stamp of a week [s of week].
 struct TimeRange {
@@ -47,7 +47,7 @@ class VELORN_EXPORT Trajectory {
   /// Keeps the paths; reads nothing.
   explicit Trajectory(const std::vector<std::filesystem::path>& files);
 
-  /// Reads all files, one fragment at a time. Their records may come in any order of time and in
+  /// Reads all files, some records at a time. Their records may come in any order of time and in
   /// any number of files; of two records of one week with equal times the one read later holds.
   /// Called again it starts anew.
   /// @return empty, or one message; throws nothing. A fault in a slice leaves out the rest of that
@@ -93,6 +93,8 @@ class VELORN_EXPORT Trajectory {
                              Geomra::PhysicalSpace::vector& attitude, const bool& report) const;
 
  private:
+  using Angles = std::shared_ptr<const std::vector<double>>;
+
   void clear();
   std::string readFiles();
   std::string readFile(const std::filesystem::path& file);
@@ -101,7 +103,10 @@ class VELORN_EXPORT Trajectory {
   std::string readMounting(const Strandel::Chart& chart, const std::filesystem::path& file);
   std::string readFragments(const Strandel::Chart& chart, std::uint32_t week,
                             const std::filesystem::path& file);
-  void append(const TrajectoryFragment& fragment, std::uint32_t week);
+  void appendFragment(TrajectoryFragment& fragment, std::uint32_t week);
+  void appendRows(TrajectoryFragment& fragment, std::size_t row, std::size_t count,
+                  TimeIndex& index);
+  void appendAngles(const Angles& roll, const Angles& pitch, const Angles& yaw);
   const TimeIndex* searchable(std::uint32_t week) const;
 
   // Time stamps to places in positions and attitudes, by week. Shared only by copies, and an import

@@ -26,6 +26,7 @@ inline Record recordOf(double time, double x) {
 
 inline std::vector<Record> recordsAt(const std::vector<double>& times, double firstX = 0) {
   std::vector<Record> records;
+  records.reserve(times.size());
   for (const double time : times) {
     records.push_back(recordOf(time, firstX + 10 * static_cast<double>(records.size())));
   }
@@ -82,6 +83,7 @@ class TrajectoryFile {
   static void fill(Strandel::Chart& chart, const std::string& name, std::uint32_t fragment,
                    const std::vector<Record>& records, Of of) {
     std::vector<T> values;
+    values.reserve(records.size());
     for (const auto& record : records) values.push_back(of(record));
     chart.field(name)->setValues<T>({fragment}, std::move(values));
   }

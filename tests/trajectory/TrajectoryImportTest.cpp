@@ -270,12 +270,37 @@ TEST_F(TrajectoryImport, WarnsOfFilesInDifferentProjections) {
 }
 
 // The storage refuses such a file; a bundle in memory is not checked by anybody else.
-TEST_F(TrajectoryImport, RefusesColumnsOfUnequalLengthAndKeepsTheFragmentBefore) {
+TEST_F(TrajectoryImport, RefusesColumnsOfUnequalLength) {
   const TrajectoryFile file({recordsAt({1, 2, 3})});
-  Velorn::TrajectoryFragment fragment;
-  ASSERT_EQ(readTrajectoryFragment(*file.chart(), {0}, "t.kx", fragment), "");
+  const fs::path name = "t.kx";
+  EXPECT_EQ(Velorn::TrajectoryFragment(*file.chart(), {0}, name).size(), 3U);
   file.chart()->field("Pitch")->setValues<double>({0}, {1, 2});
-  EXPECT_EQ(readTrajectoryFragment(*file.chart(), {0}, "t.kx", fragment), noData);
+  Velorn::TrajectoryFragment fragment(*file.chart(), {0}, name);
+  EXPECT_EQ(fragment.fault(), noData);
+  EXPECT_EQ(fragment.size(), 0U);
+  EXPECT_EQ(fragment.positions({0, 3}), nullptr);
   EXPECT_THAT(console, ElementsAre(HasSubstr("Pitch: 2 values, Positions has 3")));
-  EXPECT_EQ(fragment.pitch->size(), 3U);
+}
+
+// More records than are read at once.
+TEST_F(TrajectoryImport, TakesBackALongFragmentWhoseLastValueIsNotFinite) {
+  std::vector<Record> records;
+  records.reserve(600000);
+  for (int i = 0; i < 600000; ++i) records.push_back(recordOf(0.005 * i, i));
+  const auto good = save(TrajectoryFile({records}), "good.kx");
+  Trajectory whole({good});
+  ASSERT_EQ(whole.importTrajectory(), "");
+  EXPECT_EQ(whole.numberOfRecords(), records.size());
+  for (const int i : {0, 262143, 262144, 262145, 524288, 599999}) {
+    EXPECT_EQ(xAt(whole, 0.005 * i), i);
+  }
+
+  records.back().degrees.z = std::nan("");
+  const auto before = save(TrajectoryFile({recordsAt({1, 2, 3})}, 1), "before.kx");
+  Trajectory trajectory({before, save(TrajectoryFile({records}), "bad.kx")});
+  EXPECT_THAT(trajectory.importTrajectory(), HasSubstr("Yaw of record 599999 in fragment 0"));
+  EXPECT_EQ(trajectory.numberOfRecords(), 3U);
+  EXPECT_THAT(trajectory.timeRanges(), ElementsAre(Pair(1U, TimeRange{1, 3})));
+  EXPECT_FALSE(trajectory.week_number_exists(week));
+  EXPECT_EQ(xAt(trajectory, 2, 1), 10);
 }
