@@ -283,7 +283,7 @@ TEST_F(TrajectoryImport, RefusesColumnsOfUnequalLength) {
 }
 
 // More records than are read at once.
-TEST_F(TrajectoryImport, TakesBackALongFragmentWhoseLastValueIsNotFinite) {
+TEST_F(TrajectoryImport, TakesBackALongFragmentWhoseLastValueIsNotFiniteAndGoesOn) {
   std::vector<Record> records;
   records.reserve(600000);
   for (int i = 0; i < 600000; ++i) records.push_back(recordOf(0.005 * i, i));
@@ -297,10 +297,17 @@ TEST_F(TrajectoryImport, TakesBackALongFragmentWhoseLastValueIsNotFinite) {
 
   records.back().degrees.z = std::nan("");
   const auto before = save(TrajectoryFile({recordsAt({1, 2, 3})}, 1), "before.kx");
-  Trajectory trajectory({before, save(TrajectoryFile({records}), "bad.kx")});
+  TrajectoryFile bad({records});
+  bad.addSlice({recordsAt({4, 5, 6})}, 3, 1);
+  Trajectory trajectory({before, bad.save(folder / "bad.kx")});
   EXPECT_THAT(trajectory.importTrajectory(), HasSubstr("Yaw of record 599999 in fragment 0"));
-  EXPECT_EQ(trajectory.numberOfRecords(), 3U);
-  EXPECT_THAT(trajectory.timeRanges(), ElementsAre(Pair(1U, TimeRange{1, 3})));
+  EXPECT_EQ(trajectory.numberOfRecords(), 6U);
+  EXPECT_THAT(trajectory.timeRanges(),
+              ElementsAre(Pair(1U, TimeRange{1, 3}), Pair(3U, TimeRange{4, 6})));
   EXPECT_FALSE(trajectory.week_number_exists(week));
-  EXPECT_EQ(xAt(trajectory, 2, 1), 10);
+  point position;
+  vector attitude;
+  ASSERT_TRUE(trajectory.interpolateTrajectory(5, 3, position, attitude, true));
+  EXPECT_EQ(position.x, 10);
+  EXPECT_DOUBLE_EQ(attitude.x, 1 * 0.017453292519943295);
 }
