@@ -17,7 +17,8 @@ constexpr const char* description =
     "trajectory from overlapping strips and ground truth, and georeferences every strip anew.\n";
 
 constexpr const char* footer =
-    "This version holds the foundation (containers, projections, plots, run configuration);\n"
+    "This version holds the foundation (containers, projections, plots, run configuration,\n"
+    "trajectory, sections and unknowns);\n"
     "the commands that simulate, import, adjust and report follow.";
 
 int run(int argc, char** argv) {
