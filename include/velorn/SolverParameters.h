@@ -76,6 +76,19 @@ class VELORN_EXPORT SolverParameters {
                                        const Geomra::PhysicalSpace::point& leverArm,
                                        const Geomra::PhysicalSpace::point& misalignment);
 
+  /// Reads sections and unknowns back from the files that an earlier run wrote, whose strips are
+  /// matched with those of this object by file name; sections are numbered in the order of this
+  /// object's strips. docs/parameter-files.md says what the files
+  /// hold and what is checked. Where the companion of writeExactParameters lies beside the
+  /// parameter file the unknowns are exact, otherwise those of the text with its 15 decimals.
+  /// intervalTime, minTime and maxTime of the strips are in no file and get their defaults; no
+  /// operation after the division reads them.
+  /// @return empty, or "SolverParameters::restore: <file>: line <n>: <fault>"; this object is then
+  ///         as before
+  std::string restore(const std::filesystem::path& sectionFile,
+                      const std::filesystem::path& parameterFile,
+                      const std::filesystem::path& stripIdFile);
+
   /// The section with the greatest start that is not after `t`; beyond the strip's last time its
   /// last section.
   /// @param t  [GPS seconds]
