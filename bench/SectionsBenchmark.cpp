@@ -101,7 +101,7 @@ void readField(const Chart& chart, const std::string& name) {
 
 void readStripWhole(benchmark::State& state) {
   const auto& path = files().strip;
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     Bundle bundle;
     orThrow(storage.load(path, bundle));
     const auto grid = bundle.slice(0)->uniqueGrid();
@@ -119,7 +119,7 @@ void readStripWhole(benchmark::State& state) {
 void divide(benchmark::State& state, const std::filesystem::path& path) {
   Velorn::InputParameter configuration;
   configuration.DefaultInterval = {1, 1, 1};
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     Velorn::SolverParameters parameters({path}, configuration);
     orThrow(parameters.setSections("LINEAR", {}, {}, {}, "", {}, {}));
     if (parameters.numberOfSectionsForAllStrips() < 10) throw std::runtime_error("few sections");

@@ -41,9 +41,11 @@ Section refused(const std::string& message) {
 
 }  // namespace
 
+// NOLINTBEGIN(modernize-pass-by-value): the caller keeps both, a copy is what is wanted.
 SolverParameters::SolverParameters(const std::vector<std::filesystem::path>& strips,
                                    const InputParameter& parameter)
     : stripFiles(strips), inputParameter(parameter) {}
+// NOLINTEND(modernize-pass-by-value)
 
 std::string SolverParameters::readSectionsAndParameter(
     const std::string& sectionFileName, const std::string& parameterFileName,

@@ -33,7 +33,8 @@ std::vector<std::uint64_t> answersOf(const SolverParameters& model) {
   }
   for (unsigned i = 0; i < 12; ++i) add(model.getRangeAngleOffset(i));
   for (unsigned strip = 0; strip < 2; ++strip) {
-    for (double t = 1000.0; t < 1400.0; t += 1.7) {
+    for (int i = 0; i < 240; ++i) {
+      const double t = 1000.0 + 1.7 * i;
       const auto section = model.getSectionInStrip(strip, t);
       answers.push_back(section.sectionID);
       answers.push_back(static_cast<std::uint64_t>(section.type));
@@ -119,7 +120,8 @@ TEST_F(Restore, KnowsTheStripsByTheirFileNamesAndNumbersTheSectionsAnew) {
   SolverParameters elsewhere({"/other/b.kx", "c/a.kx"}, configuration);
   ASSERT_EQ(restore(elsewhere), "");
   ASSERT_EQ(restore(written), "");
-  for (double t = 1000.8; t < 1400; t += 20) {
+  for (int i = 0; i < 20; ++i) {
+    const double t = 1000.8 + 20 * i;
     for (const unsigned strip : {0u, 1u}) {
       const Section here = written.getSectionInStrip(strip, t);
       const Section there = elsewhere.getSectionInStrip(1 - strip, t);

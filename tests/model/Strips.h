@@ -27,7 +27,7 @@ class Flight : public testing::Test {
   }
 
   std::filesystem::path save(const std::string& name, Strandel::Bundle& bundle) const {
-    const auto path = folder / name;
+    auto path = folder / name;
     const auto fault = configuration.Storage->save(bundle, path, "wd");
     if (!fault.empty()) throw std::runtime_error(fault);
     return path;
@@ -39,6 +39,7 @@ class Flight : public testing::Test {
     const auto chart =
         bundle.makeSlice(0)->makeGrid("strip")->makeChart(Strandel::scannerChartName);
     std::vector<Geomra::PhysicalSpace::point> points;
+    points.reserve(times.size());
     for (const double time : times) points.push_back({time, 2, 3});
     chart->makeField("GPSTime", Strandel::ValueType::Double)->setValues<double>({0}, times);
     chart->makeField("Positions", Strandel::ValueType::Point)
