@@ -349,20 +349,19 @@ TEST_F(Ranges, AreReadFromTheStripWithoutItsPoints) {
   chart->field("Positions")
       ->setValues<Geomra::PhysicalSpace::point>({0}, {{0, 0, 0}, {7.25, 0, 0}, {9, 0, 0}});
   strips = {save("a.kx", strip)};
-  damage(strips[0], 7.25);
-  auto parameters = model();
-  EXPECT_EQ(divide(parameters, "LINEAR"), "");  // nobody saw the damage of the positions
-
   Strandel::Bundle loaded;
   ASSERT_EQ(configuration.Storage->load(strips[0], loaded), "");
   const auto fields = loaded.grids()[0]->chart(Strandel::scannerChartName);
-  EXPECT_FALSE(fields->field("Positions")->values<Geomra::PhysicalSpace::point>({0}));
   fields->field("GPSTime")->setStoredRange(std::nullopt);
-  strips = {save("b.kx", loaded)};
-  auto fromTimes = model();
-  EXPECT_EQ(divide(fromTimes, "LINEAR"), "");
-  EXPECT_EQ(fromTimes.getSectionInStrip(0, 1250.0).t, 1000.0);
+  strips.push_back(save("b.kx", loaded));
+  for (const auto& path : strips) damage(path, 7.25);
+  EXPECT_FALSE(fields->field("Positions")->values<Geomra::PhysicalSpace::point>({0}));
 
+  auto parameters = model();
+  EXPECT_EQ(divide(parameters, "LINEAR"), "");  // nobody saw the damage of the positions
+  EXPECT_EQ(parameters.getSectionInStrip(1, 1250.0).t, 1000.0);
+
+  strips = {strips[1]};
   damage(strips[0], 1234.5);
   auto fromDamagedTimes = model();
   EXPECT_THAT(divide(fromDamagedTimes, "LINEAR"), HasSubstr("Have no TimeRange: "));
