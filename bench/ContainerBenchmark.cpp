@@ -4,7 +4,6 @@
 // A strip of 10 million points through the container against the same bytes through plain write and
 // read, on the same disk in the same run. VELORN_BENCH_FOLDER names the folder (default: the
 // system's temporary folder), VELORN_BENCH_POINTS another number of points.
-#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -13,6 +12,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "bench/Settings.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 
@@ -24,19 +24,8 @@ namespace {
 
 const MyStorage storage(0, 0, 0, 1);
 
-std::string setting(const char* name, const std::string& otherwise) {
-  const char* const value = std::getenv(name);
-  return value ? value : otherwise;
-}
-
 std::size_t points() {
   return std::stoul(setting("VELORN_BENCH_POINTS", "10000000"));
-}
-
-std::filesystem::path fileNamed(const std::string& name) {
-  const auto folder =
-      setting("VELORN_BENCH_FOLDER", std::filesystem::temp_directory_path().string());
-  return std::filesystem::path(folder) / ("velorn-bench-" + std::to_string(getpid()) + "-" + name);
 }
 
 /// Values that differ from each other, cheaply.
@@ -75,10 +64,6 @@ Bundle makeStrip() {
   fill<vector>(*scanner, "Waveforms.DirectionDelta");
   scanner->shareField(world->field("GPSTime"));
   return bundle;
-}
-
-void orThrow(const std::string& fault) {
-  if (!fault.empty()) throw std::runtime_error(fault);
 }
 
 /// Calls `use(field, values)` with every array of a bundle; a shared field once.
@@ -175,7 +160,7 @@ void dropFromCache(const std::filesystem::path& path) {
 /// The strip in memory and on disk, both ways; the files go with the process.
 struct Strip {
   Bundle bundle = makeStrip();
-  std::filesystem::path raw = fileNamed("raw"), container = fileNamed("strip.kx");
+  std::filesystem::path raw = benchmarkFile("raw"), container = benchmarkFile("strip.kx");
   std::vector<std::size_t> sizes;
   std::size_t bytes = 0;
 

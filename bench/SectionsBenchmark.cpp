@@ -4,7 +4,6 @@
 // What the division of a strip of 2 million points into sections takes against reading the strip.
 // VELORN_BENCH_FOLDER names the folder of the strip (default: the system's temporary folder),
 // VELORN_BENCH_STRIP_POINTS another number of points.
-#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
@@ -12,8 +11,8 @@
 #include <vector>
 
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
+#include "bench/Settings.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include <velorn/SolverParameters.h>
@@ -25,15 +24,6 @@ using Geomra::PhysicalSpace::vector;
 namespace {
 
 const MyStorage storage(0, 0, 1, 1);
-
-std::string setting(const char* name, const std::string& otherwise) {
-  const char* const value = std::getenv(name);
-  return value ? value : otherwise;
-}
-
-void orThrow(const std::string& fault) {
-  if (!fault.empty()) throw std::runtime_error(fault);
-}
 
 template <typename T>
 void fill(Chart& chart, const std::string& name, const T& value, std::size_t count) {
@@ -64,10 +54,7 @@ FieldPtr gpsTimes(const Bundle& bundle) {
 
 /// The strip with and without the stored range of its times; the files go with the process.
 struct Files {
-  std::filesystem::path folder =
-      std::filesystem::path(
-          setting("VELORN_BENCH_FOLDER", std::filesystem::temp_directory_path().string())) /
-      ("velorn-bench-sections-" + std::to_string(getpid()));
+  std::filesystem::path folder = benchmarkFile("sections");
   std::filesystem::path strip = folder / "strip.kx", withoutRange = folder / "without.kx";
 
   Files() {

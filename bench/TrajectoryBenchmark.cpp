@@ -7,17 +7,15 @@
 //
 //     VELORN_BENCH_RECORDS   records of the trajectory, 7200000 unless set
 //     VELORN_BENCH_FOLDER    where the file lies, the temporary folder unless set
-#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <random>
-#include <stdexcept>
 #include <string>
 
 #include <benchmark/benchmark.h>
 #include <malloc.h>
-#include <unistd.h>
 
+#include "bench/Settings.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "trajectory/TimeIndex.h"
@@ -28,18 +26,9 @@ namespace {
 using Geomra::PhysicalSpace::point;
 using Velorn::TimeIndex;
 
-std::string setting(const char* name, const std::string& otherwise) {
-  const char* const value = std::getenv(name);
-  return value ? value : otherwise;
-}
-
 std::size_t records() {
   static const std::size_t number = std::stoul(setting("VELORN_BENCH_RECORDS", "7200000"));
   return number;
-}
-
-void orThrow(const std::string& fault) {
-  if (!fault.empty()) throw std::runtime_error(fault);
 }
 
 double timeOf(std::size_t record) {
@@ -121,10 +110,7 @@ void lookUp(benchmark::State& state) {
 
 /// A file with the trajectory; it goes with the process.
 struct File {
-  std::filesystem::path path =
-      std::filesystem::path(
-          setting("VELORN_BENCH_FOLDER", std::filesystem::temp_directory_path().string())) /
-      ("velorn-bench-" + std::to_string(getpid()) + "-trajectory.kx");
+  std::filesystem::path path = benchmarkFile("trajectory.kx");
 
   File() {
     Strandel::Bundle bundle;
