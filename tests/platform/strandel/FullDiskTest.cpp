@@ -1,9 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <system_error>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
@@ -13,7 +14,6 @@
 #include "tests/support/SmallStrip.h"
 
 using namespace Strandel;
-using testing::HasSubstr;
 
 namespace {
 
@@ -22,7 +22,7 @@ const MyStorage compressed(1, 0, 0, 1);
 
 std::string text(const Bundle& bundle) {
   std::string fault;
-  const std::string content = contentOf(bundle, fault);
+  std::string content = contentOf(bundle, fault);
   EXPECT_EQ(fault, "");
   return content;
 }
@@ -45,7 +45,7 @@ std::size_t filesIn(const std::filesystem::path& folder) {
 }
 
 /// Saves for which there is no room: of new values, and of values that lie in another file.
-void failAndGoOn(const std::filesystem::path& path, const std::string& reason) {
+void failAndGoOn(const std::filesystem::path& path, int error) {
   letHdf5EndWithTheProcess();
   const std::string before = contentOf(path);
   const auto files = filesIn(path.parent_path());
@@ -53,8 +53,8 @@ void failAndGoOn(const std::filesystem::path& path, const std::string& reason) {
   ASSERT_EQ(storage.load(pathFromParent("VELORN_TEST_SOURCE"), loaded), "");
   for (auto& [with, bundle] :
        {std::pair{&storage, &made}, {&compressed, &made}, {&storage, &loaded}}) {
-    EXPECT_EQ(with->save(*bundle, path, "wd"),
-              "Strandel::MyStorage::save: " + path.string() + ": " + reason);
+    EXPECT_EQ(with->save(*bundle, path, "wd"), "Strandel::MyStorage::save: " + path.string() +
+                                                   ": " + std::generic_category().message(error));
     EXPECT_TRUE(contentOf(path) == before);
     EXPECT_EQ(filesIn(path.parent_path()), files);
   }
@@ -82,10 +82,10 @@ std::string environment(const TemporaryFolder& folder, const TemporaryFolder& el
 
 TEST(FullDiskInOwnProcess, DISABLED_FileSizeLimit) {
   const auto folder = pathFromParent("VELORN_TEST_FOLDER");
-  const auto limit = static_cast<rlim_t>(std::atol(std::getenv("VELORN_TEST_LIMIT")));
+  const auto limit = rlim_t{std::stoul(variable("VELORN_TEST_LIMIT"))};
   std::signal(SIGXFSZ, SIG_IGN);
   limitFileSize(limit);
-  failAndGoOn(folder / "a.kx", "File too large");
+  failAndGoOn(folder / "a.kx", EFBIG);
   // A file that grows is longer for a moment than it will be.
   if (limit < 2 * std::filesystem::file_size(folder / "small.kx")) limitFileSize(RLIM_INFINITY);
   saveSmall(folder / "a.kx");
@@ -98,7 +98,7 @@ TEST(FullDiskInOwnProcess, DISABLED_SmallFileSystem) {
   ASSERT_EQ(storage.save(old, path, "w"), "");
   for (std::size_t full = 0; full <= 440; full += 20) {  // KiB of 512
     writeContent(folder / "filler", std::string(full << 10, 'x'));
-    failAndGoOn(path, "No space left on device");
+    failAndGoOn(path, ENOSPC);
     std::filesystem::remove(folder / "filler");
   }
   saveSmall(path);

@@ -62,7 +62,9 @@ def show(name, object):
         print('  ', object.dtype, object.shape, object[()].tobytes().hex())
 show('/', file)
 file.visititems(show)
-print([sorted(chart) for chart in file['0/strip'].values()])
+for slice in file.values():
+    if isinstance(slice, h5py.Group):
+        print([sorted(chart) for chart in slice['strip'].values()])
 )");
 }
 
@@ -102,8 +104,10 @@ with h5py.File("strip.kx", "r+") as file:
     w["GPSTime"].attrs["lists"] = np.array(["a", "bb"], dtype=object)
     file.attrs["nothing"] = h5py.Empty("f4")
     file["quality"] = np.arange(7)
-    file["0/strip/Waveforms/shapes"] = np.eye(3)
-    file.create_group("0/strip/StandardCartesianChart3D/GPSTime/drift")["model"] = [1.0, 2.0]
+    file.move("0", "1")
+    file["0"] = np.arange(3)           # where a slice would get its name
+    file["1/strip/Waveforms/shapes"] = np.eye(3)
+    file.create_group("1/strip/StandardCartesianChart3D/GPSTime/drift")["model"] = [1.0, 2.0]
 )");
   const std::string before = allByH5py(folder.path(), "strip.kx");
   Bundle strip = loaded(folder / "strip.kx");
