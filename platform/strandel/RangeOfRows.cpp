@@ -10,7 +10,7 @@
 namespace Strandel {
 namespace {
 
-constexpr std::size_t blockRows = 1 << 16;
+constexpr std::size_t blockBytes = 1 << 20;  // a chunk, which is read as a whole anyway
 
 template <typename T>
 bool isNotANumber(T value) {
@@ -107,7 +107,8 @@ std::string RangeOfRows::add(const ColumnSource& column) {
     add(rows, column.rows());
     return {};
   }
-  std::vector<double> block(std::min(blockRows, column.rows()) * infoOf(type_).components);
+  const std::size_t blockRows = std::min(blockBytes / rowBytes(type_), column.rows());
+  std::vector<double> block(blockRows * rowBytes(type_) / sizeof(double) + 1);
   for (std::size_t first = 0; first < column.rows(); first += blockRows) {
     const std::size_t count = std::min(blockRows, column.rows() - first);
     if (auto fault = column.read(first, count, block.data()); !fault.empty()) return fault;

@@ -59,7 +59,7 @@ bool removeParts(const std::filesystem::path& folder) {
 TEST(AtomicSave, KilledAtAnyMomentLeavesTheOldFileOrTheNewOneWhole) {
   const TemporaryFolder folder;
   const auto path = folder / "a.kx";
-  Bundle oldStrip = smallStrip(4000, 1), newStrip = smallStrip(4000, 2);
+  Bundle oldStrip = smallStrip(2500, 1), newStrip = smallStrip(2500, 2);
   const std::string oldContent = whole(oldStrip), newContent = whole(newStrip);
   ASSERT_EQ(storage.save(oldStrip, path, "w"), "");
   const std::string oldBytes = contentOf(path);

@@ -15,10 +15,12 @@
 #ifdef VELORN_SANITIZED
 /// For the leak sanitizer: the HDF5 library forgets some hundred bytes with every object whose
 /// checksum is wrong.
+// NOLINTBEGIN(bugprone-reserved-identifier, misc-definitions-in-headers): its name, one file each
 extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions() {
   return "leak:libhdf5";
 }
+// NOLINTEND(bugprone-reserved-identifier, misc-definitions-in-headers)
 #endif
 
 /// As in a program that uses the HDF5 library itself and did so first: the library then has
