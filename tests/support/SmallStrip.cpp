@@ -5,6 +5,7 @@
 #include <random>
 
 #include <fmt/format.h>
+#include <gtest/gtest.h>
 
 using namespace Strandel;
 using Geomra::PhysicalSpace::point;
@@ -159,5 +160,12 @@ std::string contentOf(const Bundle& bundle, std::string& fault) {
       }
     }
   }
+  return text;
+}
+
+std::string intactContentOf(const Bundle& bundle) {
+  std::string fault;
+  std::string text = contentOf(bundle, fault);
+  EXPECT_EQ(fault, "");
   return text;
 }

@@ -17,3 +17,6 @@ Strandel::Bundle smallStrip(std::size_t points = 100, unsigned seed = 1);
 /// Everything that a bundle holds as one text, the data read and written in hexadecimal; where data
 /// cannot be read the message stands instead, and `fault` receives the first one.
 std::string contentOf(const Strandel::Bundle& bundle, std::string& fault);
+
+/// The same of a bundle that must be readable; the test fails when it is not.
+std::string intactContentOf(const Strandel::Bundle& bundle);

@@ -20,13 +20,6 @@ namespace {
 const MyStorage storage(0, 0, 0, 1);
 const MyStorage compressed(1, 0, 0, 1);
 
-std::string text(const Bundle& bundle) {
-  std::string fault;
-  std::string content = contentOf(bundle, fault);
-  EXPECT_EQ(fault, "");
-  return content;
-}
-
 std::filesystem::path pathFromParent(const char* variable) {
   const char* const value = std::getenv(variable);
   return value ? value : "not run by a test";
@@ -64,7 +57,7 @@ void saveSmall(const std::filesystem::path& path) {
   Bundle small = smallStrip(1, 3), read;
   ASSERT_EQ(storage.save(small, path, "wd"), "");
   ASSERT_EQ(storage.load(path, read), "");
-  EXPECT_TRUE(text(read) == text(small));
+  EXPECT_TRUE(intactContentOf(read) == intactContentOf(small));
 }
 
 /// The folder of the process with the limit, and a large file elsewhere.

@@ -24,13 +24,6 @@ const MyStorage storage(0, 0, 0, 1);
 const MyStorage compressed(1, 0, 0, 1);
 const MyStorage unprotected(0, 1, 1, 1);
 
-std::string whole(const Bundle& bundle) {
-  std::string fault;
-  std::string text = contentOf(bundle, fault);
-  EXPECT_EQ(fault, "");
-  return text;
-}
-
 Bundle loaded(const std::filesystem::path& path) {
   Bundle bundle;
   EXPECT_EQ(storage.load(path, bundle), "");
@@ -57,7 +50,8 @@ TEST_P(RoundTrip, KeepsEveryValueAttributeAndName) {
     const TemporaryFolder folder;
     Bundle strip = smallStrip(points);
     ASSERT_EQ(GetParam()->save(strip, folder / "a.kx", "w"), "");
-    EXPECT_TRUE(whole(loaded(folder / "a.kx")) == whole(strip)) << points << " points";
+    EXPECT_TRUE(intactContentOf(loaded(folder / "a.kx")) == intactContentOf(strip))
+        << points << " points";
   }
 }
 
@@ -95,14 +89,14 @@ TEST(Strandel, AnInPlaceChangeChangesThatFieldAlone) {
   EXPECT_FALSE(positions->touched());
   ASSERT_EQ(positions->setValues<point>({1}, std::vector<point>(50, {1, 2, 3})), "");
   EXPECT_TRUE(positions->touched());
-  const std::string wanted = whole(read);
+  const std::string wanted = intactContentOf(read);
   ASSERT_EQ(storage.save(read, folder / "a.kx", "wd"), "");
   EXPECT_FALSE(positions->touched());
-  EXPECT_TRUE(whole(loaded(folder / "a.kx")) == wanted);
+  EXPECT_TRUE(intactContentOf(loaded(folder / "a.kx")) == wanted);
   // The bundle goes on with the data of the file it came from, which is gone from the folder by
   // now.
   ASSERT_EQ(storage.save(read, folder / "b.kx", "w"), "");
-  EXPECT_TRUE(whole(loaded(folder / "b.kx")) == wanted);
+  EXPECT_TRUE(intactContentOf(loaded(folder / "b.kx")) == wanted);
 }
 
 TEST(Strandel, AnAbsentChunkIsKnownWithoutValues) {
