@@ -37,6 +37,30 @@ function(velorn_room folder)
   endif()
 endfunction()
 
+# velorn_host_room(<folder> SOURCES <file>... USES <target>... TESTS <file>...)
+#
+# The same for a part of the program in host/: its tests link its objects, those of the parts it uses, and the two shared
+# libraries, as the program does. A part passes on what it uses.
+function(velorn_host_room folder)
+  cmake_parse_arguments(PARSE_ARGV 1 ROOM "" "" "SOURCES;USES;TESTS")
+  string(REPLACE "/" "_" name "velorn_${folder}")
+  list(TRANSFORM ROOM_SOURCES PREPEND ${PROJECT_SOURCE_DIR}/${folder}/)
+  add_library(${name} OBJECT ${ROOM_SOURCES})
+  target_link_libraries(${name} PUBLIC velorn velorn_platform ${ROOM_USES} PRIVATE velorn_options)
+  set(parts ${name})
+  foreach(used IN LISTS ROOM_USES)
+    get_property(below GLOBAL PROPERTY VELORN_OBJECTS_OF_${used})
+    list(APPEND parts ${below})
+  endforeach()
+  list(REMOVE_DUPLICATES parts)
+  set_property(GLOBAL PROPERTY VELORN_OBJECTS_OF_${name} "${parts}")
+  if(VELORN_TESTS)
+    foreach(file IN LISTS ROOM_TESTS)
+      velorn_test(${folder} ${file} LINKS ${parts} velorn velorn_platform)
+    endforeach()
+  endif()
+endfunction()
+
 # velorn_test(<folder> <file> LINKS <library>...): one test program of tests/<folder>, run by CTest in a folder of its own.
 function(velorn_test folder file)
   cmake_parse_arguments(PARSE_ARGV 2 TEST "" "" "LINKS")

@@ -7,6 +7,9 @@
 #include <exception>
 #include <iostream>
 
+#include "host/Failure.h"
+#include "host/commands/Commands.h"
+
 namespace {
 
 /// Status of a call that the program does not understand; a job that fails ends with 1.
@@ -25,8 +28,13 @@ int run(int argc, char** argv) {
   CLI::App app(description, "velorn");
   app.set_version_flag("--version", "velorn " VELORN_VERSION);
   app.footer(footer);
+  app.require_subcommand(0, 1);
+  addSimulate(app);
+  addGeoreference(app);
+  addInfo(app);
   try {
     app.parse(argc, argv);
+    if (!app.get_subcommands().empty()) return 0;
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : misuse;
   }
@@ -39,6 +47,9 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     return run(argc, argv);
+  } catch (const Failure& failure) {
+    std::cerr << "velorn: " << failure.what() << '\n';
+    return failure.exitStatus();
   } catch (const std::exception& error) {
     std::cerr << "velorn: " << error.what() << '\n';
     return 1;

@@ -1,0 +1,22 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "georef/Mounting.h"
+
+#include <velorn/SolverParameters.h>
+
+namespace Velorn {
+
+Mounting mountingOf(const SolverParameters& parameters) {
+  Mounting mounting;
+  Vector3<double> misalignment;
+  for (unsigned int i = 0; i < 3; ++i) {
+    mounting.offsets[i] = parameters.getRangeAngleOffset(i);
+    mounting.scales[i] = parameters.getRangeAngleScale(i);
+    mounting.leverArm[i] = parameters.getLeverArm(i);
+    misalignment[i] = parameters.getMisalignment(i);
+  }
+  mounting.misalignment = rotation(misalignment);
+  return mounting;
+}
+
+}  // namespace Velorn

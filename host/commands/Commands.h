@@ -1,0 +1,14 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// The commands of the program. Each function adds one subcommand, with what it does when it is
+// called.
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+void addSimulate(CLI::App& app);
+void addGeoreference(CLI::App& app);
+void addInfo(CLI::App& app);
