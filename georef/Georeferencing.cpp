@@ -44,7 +44,7 @@ vector direction(const point& sensor, const point& world, double length) {
 /// Scanner coordinates of world points measured at one pose.
 class InverseModel {
  public:
-  InverseModel(const Trajectory& trajectory, const Mounting& mounting)
+  InverseModel(const Trajectory& trajectory, const Mounting<double>& mounting)
       : zone_(trajectory.getMercator()),
         fromBody_(mounting.misalignment.inverse()),
         leverArm_(mounting.leverArm) {}

@@ -6,8 +6,8 @@
 
 namespace Velorn {
 
-Mounting mountingOf(const SolverParameters& parameters) {
-  Mounting mounting;
+Mounting<double> mountingOf(const SolverParameters& parameters) {
+  Mounting<double> mounting;
   Vector3<double> misalignment;
   for (unsigned int i = 0; i < 3; ++i) {
     mounting.offsets[i] = parameters.getRangeAngleOffset(i);

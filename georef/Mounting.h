@@ -11,14 +11,15 @@ namespace Velorn {
 class SolverParameters;
 
 /// Lever arm, misalignment, and the corrections q' = (1 + c) q + o of a measurement's polar form.
+template <typename T>
 struct Mounting {
-  Vector3<double> offsets = Vector3<double>::Zero();           ///< o: [m], [rad], [rad]
-  Vector3<double> scales = Vector3<double>::Zero();            ///< c, deviations from one
-  Vector3<double> leverArm = Vector3<double>::Zero();          ///< l, body axes [m]
-  Matrix3<double> misalignment = Matrix3<double>::Identity();  ///< M = R(m)
+  Vector3<T> offsets;       ///< o: [m], [rad], [rad]
+  Vector3<T> scales;        ///< c, deviations from one
+  Matrix3<T> misalignment;  ///< M = R(m)
+  Vector3<T> leverArm;      ///< l, body axes [m]
 };
 
 /// @throws std::out_of_range when there are no sections yet
-Mounting mountingOf(const SolverParameters& parameters);
+Mounting<double> mountingOf(const SolverParameters& parameters);
 
 }  // namespace Velorn

@@ -25,7 +25,7 @@ SectionCorrections<double> correctionsOf(const SolverParameters& parameters, uns
 }
 
 /// s(q'): the measurement with corrected range and angles.
-Vector3<double> correctedMeasurement(const point& scanner, const Mounting& mounting) {
+Vector3<double> correctedMeasurement(const point& scanner, const Mounting<double>& mounting) {
   const Vector3<double> q = vectorOf(Tessaly::polarCoordinatesFromCartesian(scanner));
   const Vector3<double> corrected =
       (q.array() * (1.0 + mounting.scales.array())).matrix() + mounting.offsets;

@@ -45,7 +45,7 @@ class StripModel {
   const Trajectory& trajectory_;
   unsigned int week_, strip_;
   bool report_;
-  Mounting mounting_;
+  Mounting<double> mounting_;
   Tessaly::TransverseMercatorProjectionParameter zone_;
 };
 
