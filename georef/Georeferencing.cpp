@@ -7,9 +7,9 @@
 #include <exception>
 
 #include <fmt/format.h>
-#include <omp.h>
 
 #include "georef/PhysicalSpace.h"
+#include "georef/PointWalk.h"
 #include "georef/StaticBlocks.h"
 #include "georef/StripModel.h"
 #include "platform/tessaly/EarthCentredCoordinates.h"
@@ -114,8 +114,9 @@ std::string scanner2world(const SolverParameters& parameters, const Trajectory& 
     const StripModel model(parameters, trajectory, weekNumber, stripId, interpolationFlag);
     std::atomic<int> code = 0;
     inStaticBlocks(scannerPoints.size(), [&](std::size_t first, std::size_t end) {
+      PointWalk walk(model, scannerPoints, gpsTimes);
       for (std::size_t i = first; i < end; ++i) {
-        const auto result = model.georeference(scannerPoints[i], gpsTimes[i]);
+        const auto result = walk.georeference(i);
         worldPoints[i] = result.world;
         directions[i] = direction(result.sensor, result.world, directionLength);
         if (result.code != Code::none)

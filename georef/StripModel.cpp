@@ -61,6 +61,20 @@ Pose<double> StripModel::poseAt(double t, Code& code) const {
                        t - section.t);
 }
 
+std::optional<Interval> StripModel::intervalAbout(double t) const {
+  const auto records = trajectory_.recordsAbout(t, week_);
+  const auto span = parameters_.findSection(strip_, t);
+  if (!records || !span) return {};
+  const auto& [before, after] = *records;
+  return Interval{{vectorOf(before.position), vectorOf(before.attitude)},
+                  {vectorOf(after.position), vectorOf(after.attitude)},
+                  before.time,
+                  after.time,
+                  correctionsOf(parameters_, span->section.sectionID),
+                  span->section.t,
+                  span->end};
+}
+
 Georeferenced StripModel::georeference(const point& scanner, double t) const {
   Georeferenced result;
   const Pose<double> pose = poseAt(t, result.code);

@@ -5,8 +5,10 @@
 // operations in the order of the model's formulas.
 #pragma once
 
-#include "georef/Mounting.h"
-#include "georef/TrajectoryCorrection.h"
+#include <optional>
+
+#include "georef/Georeferenced.h"
+#include "georef/IntervalModel.h"
 #include "platform/geomra/PhysicalSpace.h"
 #include "platform/tessaly/TransverseMercator.h"
 #include <velorn/Section.h>
@@ -15,16 +17,6 @@ namespace Velorn {
 
 class SolverParameters;
 class Trajectory;
-
-/// What went wrong with a measurement; the numbers are those of the messages.
-enum class Code { none = 0, noPosition = 1, noSection = 2, noGeographicPoint = 3 };
-
-/// A world point, and the sensor position it was measured from.
-struct Georeferenced {
-  Geomra::PhysicalSpace::point world;   ///< w, projected, with height [m]
-  Geomra::PhysicalSpace::point sensor;  ///< p', projected, with height [m]
-  Code code = Code::none;               ///< of the last step that failed
-};
 
 /// The model of one strip. It refers to parameters and trajectory, and only reads them.
 class StripModel {
@@ -37,6 +29,13 @@ class StripModel {
   /// The world point of a measurement (down, forward, right) [m] at a GPS time [s of week]. What
   /// has no position, or no section, is told on the console and computed all the same.
   Georeferenced georeference(const Geomra::PhysicalSpace::point& scanner, double t) const;
+
+  /// The interval of a time. Empty, without a message, where the model is not one of a line between
+  /// two records and one section.
+  std::optional<Interval> intervalAbout(double t) const;
+
+  const Mounting<double>& mounting() const { return mounting_; }
+  const Tessaly::TransverseMercatorProjectionParameter& zone() const { return zone_; }
 
  private:
   Pose<double> poseAt(double t, Code& code) const;

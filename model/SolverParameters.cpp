@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <stdexcept>
 
 #include <fmt/format.h>
@@ -63,12 +64,20 @@ Section SolverParameters::getSectionInStrip(unsigned int stripIndex, double t) c
     return refused(
         fmt::format("StripID {} >= size of newsections:{}", stripIndex, newsections.size()));
   }
-  const auto& sections = newsections[stripIndex].sections;
-  const auto next = sections.upper_bound(t);
-  if (next == sections.begin() || std::isnan(t)) {  // NaN is before nothing, and in no section
+  const auto found = findSection(stripIndex, t);
+  if (!found) {
     return refused(fmt::format("For StripID {} and time t {} no section was found", stripIndex, t));
   }
-  return std::prev(next)->second;
+  return found->section;
+}
+
+std::optional<SectionSpan> SolverParameters::findSection(unsigned int stripIndex, double t) const {
+  if (stripIndex >= newsections.size()) return {};
+  const auto& sections = newsections[stripIndex].sections;
+  const auto next = sections.upper_bound(t);
+  if (next == sections.begin() || std::isnan(t)) return {};  // NaN is before nothing
+  constexpr double never = std::numeric_limits<double>::infinity();
+  return SectionSpan{std::prev(next)->second, next == sections.end() ? never : next->first};
 }
 
 double SolverParameters::getTrajectoryPositionCorrection(unsigned int section,

@@ -77,4 +77,18 @@ bool Trajectory::interpolateTrajectory(const double& t, const unsigned int& week
   return !tooEarly;
 }
 
+std::optional<std::pair<TrajectoryRecord, TrajectoryRecord>> Trajectory::recordsAbout(
+    const double& t, const unsigned int& week) const {
+  const auto found = weeks.find(week);
+  if (found == weeks.end() || found->second->size() < fewestTimes) return {};
+  const TimeIndex& index = *found->second;
+  const std::size_t place = index.lowerBound(t);
+  if (place == 0 || place == index.size()) return {};
+  const auto at = [&](const TimeIndex::Entry& entry) {
+    const auto& a = attitudes[entry.record];
+    return TrajectoryRecord{entry.time, positions[entry.record], {a[0], a[1], a[2]}};
+  };
+  return std::pair(at(index[place - 1]), at(index[place]));
+}
+
 }  // namespace Velorn

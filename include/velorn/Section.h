@@ -23,6 +23,12 @@ struct Section {
   friend bool operator==(const Section&, const Section&) = default;
 };
 
+/// A section, and where it ends.
+struct SectionSpan {
+  Section section;
+  double end = 0.0;  ///< start of the strip's next section [GPS seconds]; infinite for the last one
+};
+
 /// One strip and its sections. They follow each other without a gap: each ends where the next
 /// begins.
 struct StripSections {

@@ -19,6 +19,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -95,6 +96,9 @@ class VELORN_EXPORT SolverParameters {
   /// @return the default Section, after a message on the console, for a strip beyond the list, a
   ///         time before the strip's first start, or NaN
   Section getSectionInStrip(unsigned int stripIndex, double t) const;
+
+  /// The same section, with its end; empty, without a message, where there is none.
+  std::optional<SectionSpan> findSection(unsigned int stripIndex, double t) const;
 
   /// Sections made so far.
   std::uint32_t numberOfSectionsForAllStrips() const { return numberOfSections; }

@@ -14,8 +14,10 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "platform/geomra/PhysicalSpace.h"
@@ -37,6 +39,13 @@ struct TimeRange {
   double first = 0.0;
   double last = 0.0;
   friend bool operator==(const TimeRange&, const TimeRange&) = default;
+};
+
+/// The trajectory at one of its time stamps.
+struct TrajectoryRecord {
+  double time = 0.0;                       ///< [s of week]
+  Geomra::PhysicalSpace::point position;   ///< projected, with height [m]
+  Geomra::PhysicalSpace::vector attitude;  ///< roll, pitch, yaw [rad]
 };
 
 /// Positions and attitudes by GPS week and time, read from trajectory containers, with what was
@@ -91,6 +100,13 @@ class VELORN_EXPORT Trajectory {
   bool interpolateTrajectory(const double& t, const unsigned int& week,
                              Geomra::PhysicalSpace::point& position,
                              Geomra::PhysicalSpace::vector& attitude, const bool& report) const;
+
+  /// The two records between which interpolateTrajectory follows a line, for a caller with many
+  /// times between them: the first is before t, the second at t or after it. Empty, without a
+  /// message, for a time on the first time stamp or before it, after the last one, or NaN, and for
+  /// a week that is not there or has fewer than three time stamps.
+  std::optional<std::pair<TrajectoryRecord, TrajectoryRecord>> recordsAbout(
+      const double& t, const unsigned int& week) const;
 
  private:
   using Angles = std::shared_ptr<const std::vector<double>>;
