@@ -21,15 +21,17 @@ namespace {
 using Geomra::PhysicalSpace::point;
 using Geomra::PhysicalSpace::vector;
 
-std::string unequalLengths(const char* operation, std::size_t scannerPoints, std::size_t times,
-                           std::size_t worldPoints, std::size_t directions) {
-  if (times == scannerPoints && worldPoints == scannerPoints && directions == scannerPoints) {
-    return {};
+/// Numbers of values that must be equal.
+struct Lengths {
+  std::size_t scannerPoints, times, worldPoints;
+
+  std::string faultIn(const char* operation) const {
+    if (times == scannerPoints && worldPoints == scannerPoints) return {};
+    return fmt::format(
+        "{}: {} scanner points, {} GPS times and {} world points are not equally many", operation,
+        scannerPoints, times, worldPoints);
   }
-  return fmt::format(
-      "{}: {} scanner points, {} GPS times, {} world points and {} directions are not equally many",
-      operation, scannerPoints, times, worldPoints, directions);
-}
+};
 
 /// The difference p' − w, or a vector of that direction; by the largest component, so that no
 /// square overflows.
@@ -38,7 +40,7 @@ vector direction(const point& sensor, const point& world, double length) {
   if (length == 0.0) return full;
   const double largest = std::max({std::abs(full.x), std::abs(full.y), std::abs(full.z)});
   const vector scaled{full.x / largest, full.y / largest, full.z / largest};
-  return length / (largest * std::sqrt(dot(scaled, scaled))) * full;
+  return length / largest / std::sqrt(dot(scaled, scaled)) * full;
 }
 
 /// Scanner coordinates of world points measured at one pose.
@@ -75,14 +77,11 @@ std::string world2scanner(const SolverParameters& parameters, const Trajectory& 
                           std::vector<point>& scannerPoints, const std::vector<double>& gpsTimes,
                           const unsigned& weekNumber, const unsigned& /*stripId*/,
                           const std::vector<point>& worldPoints) {
-  if (auto fault = unequalLengths("world2scanner", scannerPoints.size(), gpsTimes.size(),
-                                  worldPoints.size(), worldPoints.size());
-      !fault.empty()) {
-    return fault;
-  }
+  const Lengths lengths{scannerPoints.size(), gpsTimes.size(), worldPoints.size()};
+  if (auto fault = lengths.faultIn("world2scanner"); !fault.empty()) return fault;
   if (worldPoints.empty()) return {};
   try {
-    const InverseModel model(trajectory, mountingOf(parameters));
+    const InverseModel model(trajectory, uncorrectedMountingOf(parameters));
     inStaticBlocks(worldPoints.size(), [&](std::size_t first, std::size_t end) {
       for (std::size_t i = first; i < end; ++i) {
         point sensor;
@@ -104,10 +103,11 @@ std::string scanner2world(const SolverParameters& parameters, const Trajectory& 
                           const unsigned& stripId, std::vector<point>& worldPoints,
                           std::vector<vector>& directions, const double& directionLength,
                           const bool& interpolationFlag) {
-  if (auto fault = unequalLengths("scanner2world", scannerPoints.size(), gpsTimes.size(),
-                                  worldPoints.size(), directions.size());
-      !fault.empty()) {
-    return fault;
+  const Lengths lengths{scannerPoints.size(), gpsTimes.size(), worldPoints.size()};
+  if (auto fault = lengths.faultIn("scanner2world"); !fault.empty()) return fault;
+  if (directions.size() != scannerPoints.size()) {
+    return fmt::format("scanner2world: {} directions are not as many as the {} scanner points",
+                       directions.size(), scannerPoints.size());
   }
   if (scannerPoints.empty()) return {};
   try {
@@ -119,8 +119,7 @@ std::string scanner2world(const SolverParameters& parameters, const Trajectory& 
         const auto result = walk.georeference(i);
         worldPoints[i] = result.world;
         directions[i] = direction(result.sensor, result.world, directionLength);
-        if (result.code != Code::none)
-          code.store(static_cast<int>(result.code), std::memory_order_relaxed);
+        if (result.code != Code::none) code = static_cast<int>(result.code);  // the last one counts
       }
     });
     return code == 0 ? std::string() : fmt::format("Error in scanner2world: Code: {}", code.load());

@@ -6,16 +6,23 @@
 
 namespace Velorn {
 
-Mounting<double> mountingOf(const SolverParameters& parameters) {
-  Mounting<double> mounting;
+Mounting<double> uncorrectedMountingOf(const SolverParameters& parameters) {
+  Mounting<double> mounting{Vector3<double>::Zero(), Vector3<double>::Zero(), {}, {}};
   Vector3<double> misalignment;
   for (unsigned int i = 0; i < 3; ++i) {
-    mounting.offsets[i] = parameters.getRangeAngleOffset(i);
-    mounting.scales[i] = parameters.getRangeAngleScale(i);
     mounting.leverArm[i] = parameters.getLeverArm(i);
     misalignment[i] = parameters.getMisalignment(i);
   }
   mounting.misalignment = rotation(misalignment);
+  return mounting;
+}
+
+Mounting<double> mountingOf(const SolverParameters& parameters) {
+  Mounting<double> mounting = uncorrectedMountingOf(parameters);
+  for (unsigned int i = 0; i < 3; ++i) {
+    mounting.offsets[i] = parameters.getRangeAngleOffset(i);
+    mounting.scales[i] = parameters.getRangeAngleScale(i);
+  }
   return mounting;
 }
 

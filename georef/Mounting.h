@@ -22,4 +22,8 @@ struct Mounting {
 /// @throws std::out_of_range when there are no sections yet
 Mounting<double> mountingOf(const SolverParameters& parameters);
 
+/// Misalignment and lever arm alone, all corrections zero; all are zero when there are no sections
+/// yet.
+Mounting<double> uncorrectedMountingOf(const SolverParameters& parameters);
+
 }  // namespace Velorn

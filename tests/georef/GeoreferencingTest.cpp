@@ -256,7 +256,8 @@ TEST_F(Georeferencing, GoesBackToTheScannerWhereOnlyTheMountingIsCorrected) {
     ASSERT_LT(length(scanner[i] - points.scanner[i]), between);
     ASSERT_LT(length(again.world[i] - points.world[i]), between);
   }
-  EXPECT_EQ(Velorn::world2scanner(mounting, trajectory, scanner, points.times, 1, 0, points.world),
+  EXPECT_EQ(Velorn::world2scanner(SolverParameters(), trajectory, scanner, points.times, 1, 0,
+                                  points.world),
             "");
   EXPECT_EQ(console.size(), 3000U);
 }
