@@ -85,9 +85,10 @@ VELORN_EXPORT std::string world2scanner(
 /// @param outputFolder       where "<stem>_SA.kx" is written; empty: the container is changed
 /// @param storageMode        of newly written data: 0 plain, 1 compressed
 /// @param interpolationFlag  as above
-/// @return empty, or one message, which also stands in a file "ERROR_SCANNER2WORLD_..." in the
-///         parent folder of the output. The strip is saved all the same; only a container that
-///         cannot be read or written stays as it was.
+/// @return empty, or one message. A strip with a message is saved all the same, with what was
+///         computed, and "ERROR_SCANNER2WORLD_<stem>.txt" beside the output holds the message; that
+///         file goes when the strip is right. A container that cannot be read or written stays as
+///         it was; the console is told why one cannot be read. Throws nothing.
 VELORN_EXPORT std::string scanner2world(const SolverParameters& parameters,
                                         const Trajectory& trajectory, const std::string& stripFile,
                                         const unsigned& stripIndex, const std::string& outputFolder,
@@ -100,7 +101,9 @@ VELORN_EXPORT std::string scanner2world(const SolverParameters& parameters,
 ///                           lever arm and misalignment of the trajectory.
 /// @param selectedStrips     places in the list; empty: all
 /// @param progress           told "scan2World #", the strip's place and their number; may be empty
-/// @return empty, or the message of the first strip that has one; no strip after it is touched
+/// @return empty, or the message of the first strip that has one; no strip after it is touched. An
+///         output that would replace a strip of the list, or the output of another one, is refused
+///         before any of them is touched. Throws nothing.
 VELORN_EXPORT std::string scanner2world(
     const std::vector<std::filesystem::path>& stripFiles,
     const std::vector<std::filesystem::path>& trajectoryFiles, const std::string& outputFolder,
