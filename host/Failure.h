@@ -7,6 +7,9 @@
 #include <stdexcept>
 #include <string>
 
+/// Exit status of a call that the program does not understand; a job that fails ends with 1.
+constexpr int misuse = 2;
+
 /// A job that cannot go on. The message names the file or the value and says what to do; main shows
 /// it and ends with the exit status.
 class Failure : public std::runtime_error {

@@ -4,25 +4,33 @@
 // The program `velorn`. Every job is a subcommand in host/commands/; this file only puts them
 // together.
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <exception>
 #include <iostream>
+#include <string>
+#include <string_view>
 
 #include "host/Failure.h"
 #include "host/commands/Commands.h"
+#include "platform/morvane/Console.h"
 
 namespace {
-
-/// Status of a call that the program does not understand; a job that fails ends with 1.
-constexpr int misuse = 2;
 
 constexpr const char* description =
     "Strip adjustment of airborne laser scanning: estimates the errors of sensor, mounting and\n"
     "trajectory from overlapping strips and ground truth, and georeferences every strip anew.\n";
 
 constexpr const char* footer =
-    "This version holds the foundation (containers, projections, plots, run configuration,\n"
-    "trajectory, sections and unknowns);\n"
-    "the commands that simulate, import, adjust and report follow.";
+    "`velorn COMMAND --help` shows an example. Results go to standard output, messages to "
+    "standard\n"
+    "error; the exit status is 0 only when all went well. The commands that import, adjust and\n"
+    "report follow.";
+
+/// Standard output is for results: `velorn info --json` is read by programs.
+void writeMessage(std::string_view text) {
+  const std::string line = std::string(text) + "\n";
+  std::fwrite(line.data(), 1, line.size(), stderr);
+}
 
 int run(int argc, char** argv) {
   CLI::App app(description, "velorn");
@@ -45,6 +53,7 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  Morvane::Console::redirect(writeMessage);
   try {
     return run(argc, argv);
   } catch (const Failure& failure) {
