@@ -46,7 +46,9 @@ void addInfo(CLI::App& app) {
       "Example: velorn info strip_1.kx trajectory.kx\n\n"
       "Files that end in .sbet or .out are read as SBET trajectories, all others as containers.\n"
       "What cannot be read is named, the rest is shown, and the exit status is 1.");
-  command.add_option("FILE", call->files, "containers (.kx) and SBET files")->required();
+  command.add_option("FILE", call->files, "containers (.kx) and SBET files")
+      ->required()
+      ->type_name("");
   command.add_flag("--json", call->json, "one JSON document, see docs/commands.md");
   command.callback([call] { info(*call); });
 }
