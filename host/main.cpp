@@ -50,12 +50,20 @@ int run(int argc, char** argv) {
   return misuse;
 }
 
+/// A result that a full disk cut off is none.
+void checkStandardOutput() {
+  std::cout.flush();
+  if (!std::cout || std::fflush(stdout) != 0) throw Failure("standard output: cannot be written");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   Morvane::Console::redirect(writeMessage);
   try {
-    return run(argc, argv);
+    const int status = run(argc, argv);
+    checkStandardOutput();
+    return status;
   } catch (const Failure& failure) {
     std::cerr << "velorn: " << failure.what() << '\n';
     return failure.exitStatus();

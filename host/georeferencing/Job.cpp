@@ -76,7 +76,7 @@ JobResult runJob(const GeoreferencingJob& job, Kestrum::LoaderProgress& progress
   JobResult result;
   for (const std::size_t place : places) {
     const std::string strip = job.strips[place].string();
-    progress.report("georeferencing strip", result.strips, places.size());
+    progress.report("georeferencing", result.strips, places.size());
     result.points += pointsOf(strip);
     const std::string message = Velorn::scanner2world(
         parameters, trajectory, strip, static_cast<unsigned>(place), job.outputFolder.string(),

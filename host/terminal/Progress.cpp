@@ -16,7 +16,8 @@ namespace {
 
 constexpr double secondsBetweenBars = 0.1;
 constexpr double secondsBetweenLines = 10.0;
-constexpr std::size_t barWidth = 24;
+constexpr std::size_t barWidth = 20;
+constexpr std::size_t columns = 79;  // a line that wraps around could not be erased
 constexpr const char* eraseLine = "\r\x1b[K";
 
 void writeToStandardError(std::string_view text) {
@@ -94,6 +95,7 @@ void Progress::show(std::size_t current, std::size_t total, double now) {
   if (terminal_) {
     erase();
     bar_ = text_ + " " + (total ? barText(current, total) : "") + rest;
+    bar_.resize(std::min(bar_.size(), columns));
     output_(bar_);
   } else {
     output_(text_ + " " + rest + "\n");
@@ -112,7 +114,7 @@ std::string Progress::speed(std::size_t current, std::size_t total, double now) 
   const double seconds = now - begun_;
   if (!(done > 0.0) || !(seconds > 0.0)) return {};
   const double rate = done / seconds;
-  const std::string text =
+  std::string text =
       rate < 1.0 ? fmt::format(", {:.1f} s each", 1.0 / rate) : fmt::format(", {:.0f}/s", rate);
   if (current >= total) return text;
   return text + ", " + clockText(static_cast<double>(total - current) / rate) + " left";

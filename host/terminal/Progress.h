@@ -6,7 +6,7 @@
 //
 //     const auto progress = std::make_shared<Progress>();
 //     for (std::size_t i = 0; i < strips.size(); ++i) {
-//       progress->report("georeferencing strip", i, strips.size());
+//       progress->report("georeferencing", i, strips.size());
 #pragma once
 
 #include <cstddef>

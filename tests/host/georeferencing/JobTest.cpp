@@ -43,6 +43,7 @@ class JobTest : public testing::Test {
  protected:
   JobTest() {
     std::vector<Record> path;
+    path.reserve(21);
     for (int i = 0; i < 21; ++i) {
       path.push_back({100.0 + i, {500000.0 + i, 5.3e6 + 60.0 * i, 1500.0}, {1.0, 2.0, 0.1 * i}});
     }
@@ -53,12 +54,14 @@ class JobTest : public testing::Test {
 
   static std::vector<double> timesFrom(double first) {
     std::vector<double> times;
+    times.reserve(100);
     for (int i = 0; i < 100; ++i) times.push_back(first + 0.08 * i);
     return times;
   }
 
   static std::vector<point> scannerPoints() {
     std::vector<point> points;
+    points.reserve(100);
     for (int i = 0; i < 100; ++i) points.push_back({800.0 + i, 0.2 * i - 7, 9.0 * (i - 50)});
     return points;
   }

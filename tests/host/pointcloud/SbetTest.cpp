@@ -114,6 +114,7 @@ TEST(Sbet, YawGoesOnWhereTheHeadingWrapsAround) {
 TEST(Sbet, FilesOfManyBlocksAreReadInOrder) {
   const TemporaryFolder folder;
   std::vector<Values> records;
+  records.reserve(10000);
   for (int i = 0; i < 10000; ++i) records.push_back(valuesAt(604000.0 + 0.25 * i));  // over a week
   writeContent(folder / "long.sbet", bytesOf(records));
   const auto read = readSbet(folder / "long.sbet");

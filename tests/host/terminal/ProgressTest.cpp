@@ -61,19 +61,21 @@ TEST_F(ProgressTest, ABarIsRedrawnInPlaceAndMakesRoomForMessages) {
   {
     auto progress = on(true);
     progress.report("strip", 0, 4);
-    EXPECT_EQ(takeSaid(), "strip [                        ] 1 of 4");
+    EXPECT_EQ(takeSaid(), "strip [                    ] 1 of 4");
     now += 0.05;
     progress.report("strip", 1, 4);  // too soon to be seen
     EXPECT_EQ(takeSaid(), "");
     now += 5.95;
     progress.report("strip", 3, 4);
-    EXPECT_EQ(takeSaid(), "\r\x1b[Kstrip [==================      ] 4 of 4, 2.0 s each, 0:02 left");
+    EXPECT_EQ(takeSaid(), "\r\x1b[Kstrip [===============     ] 4 of 4, 2.0 s each, 0:02 left");
     progress.message("a warning");
     EXPECT_EQ(takeSaid(),
               "\r\x1b[K"
-              "a warning\nstrip [==================      ] 4 of 4, 2.0 s each, 0:02 left");
+              "a warning\nstrip [===============     ] 4 of 4, 2.0 s each, 0:02 left");
   }
   EXPECT_EQ(takeSaid(), "\r\x1b[K");
+  on(true).report(std::string(100, 'x'), 0, 4);  // must not wrap around
+  EXPECT_EQ(takeSaid(), std::string(79, 'x') + "\r\x1b[K");
   auto progress = on(true);
   progress.message("before any bar");
   EXPECT_EQ(takeSaid(), "before any bar\n");
