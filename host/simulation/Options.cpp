@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "host/simulation/Options.h"
+
+#include <exception>
+
+#include <fmt/format.h>
+
+#include "host/Failure.h"
+#include "platform/tessaly/TransverseMercator.h"
+
+namespace Simulation {
+namespace {
+
+void checkRange(const char* name, double value, double low, double high) {
+  if (value >= low && value <= high) return;  // not so NaN
+  throw Failure(fmt::format("{} must be between {} and {}, not {}", name, low, high, value));
+}
+
+}  // namespace
+
+void check(const Options& options) {
+  checkRange("--points", static_cast<double>(options.points), 1000, 2e9);
+  checkRange("--strips", options.strips, 2, 30);
+  checkRange("--length", options.length, 500, 20'000);
+  checkRange("--height", options.height, 150, 1500);
+  checkRange("--range-noise", options.rangeNoise, 0, 10);
+  checkRange("--angle-noise", options.angleNoise, 0, 1);
+  checkRange("--error-scale", options.errorScale, 0, 10);
+  try {
+    Tessaly::TransverseMercatorProjectionParameter::UTMfromEPSG(options.epsg);
+  } catch (const std::exception& error) {
+    throw Failure(fmt::format("--epsg {}: {}", options.epsg, error.what()));
+  }
+}
+
+}  // namespace Simulation

@@ -1,0 +1,95 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "host/simulation/OutputFolder.h"
+
+#include <algorithm>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "host/Failure.h"
+
+namespace Simulation {
+namespace {
+
+namespace fs = std::filesystem;
+
+void orFail(const fs::path& path, const char* what, const std::error_code& error) {
+  if (error) throw Failure(fmt::format("{}: {}: {}", path.string(), what, error.message()));
+}
+
+/// "strip_<digits><ending>".
+bool isStripName(const std::string& name, const std::string& ending) {
+  const std::string beginning = "strip_";
+  if (!name.starts_with(beginning) || !name.ends_with(ending)) return false;
+  if (name.size() <= beginning.size() + ending.size()) return false;
+  return std::all_of(name.begin() + static_cast<std::ptrdiff_t>(beginning.size()),
+                     name.end() - static_cast<std::ptrdiff_t>(ending.size()),
+                     [](char c) { return c >= '0' && c <= '9'; });
+}
+
+/// The files of a folder that bear a name of a flight.
+template <typename IsName>
+void addNamed(const fs::path& folder, IsName isName, std::set<fs::path>& files) {
+  std::error_code error;
+  fs::directory_iterator entry(folder, error);
+  orFail(folder, "cannot be read", error);
+  for (; entry != fs::directory_iterator(); entry.increment(error)) {
+    if (isName(entry->path().filename().string())) files.insert(entry->path());
+  }
+  orFail(folder, "cannot be read", error);
+}
+
+std::set<fs::path> flightIn(const fs::path& folder) {
+  std::set<fs::path> files;
+  addNamed(
+      folder,
+      [](const std::string& name) {
+        return name == "truth.json" || name == "trajectory.kx" || name == "ground_truth.kx" ||
+               isStripName(name, ".kx");
+      },
+      files);
+  addNamed(
+      folder / "truth",
+      [](const std::string& name) {
+        return name == "planes.csv" || isStripName(name, "_planes.kx");
+      },
+      files);
+  return files;
+}
+
+}  // namespace
+
+OutputFolder::OutputFolder(const fs::path& folder, bool overwrite) : folder_(folder) {
+  std::error_code error;
+  fs::create_directories(folder_ / "truth", error);
+  orFail(folder_, "the folder cannot be made", error);
+  before_ = flightIn(folder_);
+  if (before_.empty()) return;
+  if (!overwrite) {
+    throw Failure(
+        fmt::format("{}: holds a flight already ({}): choose another folder, or --overwrite",
+                    folder_.string(), before_.begin()->filename().string()));
+  }
+  fs::remove(folder_ / "truth.json", error);
+  orFail(folder_ / "truth.json", "cannot be removed", error);
+}
+
+void OutputFolder::removeRemains() const {
+  for (const auto& file : before_) {
+    if (written_.contains(file)) continue;
+    std::error_code error;
+    fs::remove(file, error);
+    orFail(file, "cannot be removed", error);
+  }
+}
+
+std::string OutputFolder::stripName(std::size_t index) {
+  return fmt::format("strip_{:02}", index + 1);
+}
+
+fs::path OutputFolder::remembered(const std::string& name) {
+  return *written_.insert(folder_ / name).first;
+}
+
+}  // namespace Simulation

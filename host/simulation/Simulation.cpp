@@ -1,0 +1,191 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "host/simulation/Simulation.h"
+
+#include <numbers>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "host/Failure.h"
+#include "host/pointcloud/Containers.h"
+#include "host/simulation/Control.h"
+#include "host/simulation/OutputFolder.h"
+#include "host/simulation/Survey.h"
+#include "host/simulation/Truth.h"
+#include "platform/plome/ReplacedFile.h"
+
+namespace Simulation {
+namespace {
+
+constexpr double degree = std::numbers::pi / 180.0;
+
+/// Geographic coordinates with ellipsoidal height: WGS84, or ETRS89.
+std::int64_t heightCode(std::uint32_t epsg) {
+  return epsg >= 32601 ? 4979 : 4937;
+}
+
+point pointOf(const Eigen::Vector3d& v) {
+  return {v[0], v[1], v[2]};
+}
+
+PointCloud::TrajectoryColumns trajectoryColumns(const Track& track, const Mounting& mounting,
+                                                std::uint32_t epsg) {
+  PointCloud::TrajectoryColumns columns;
+  columns.week = FlightPlan::week;
+  columns.epsgSpatial = epsg;
+  columns.epsgHeight = heightCode(epsg);
+  columns.leverArm = pointOf(mounting.leverArm);
+  columns.misalignment = pointOf(mounting.misalignment / degree);
+  for (std::size_t i = 0; i < track.size(); ++i) {
+    const Pose& pose = track.pose(i);
+    columns.times.push_back(track.time(i));
+    columns.positions.push_back(pose.position);
+    columns.roll.push_back(pose.attitude.x / degree);
+    columns.pitch.push_back(pose.attitude.y / degree);
+    columns.yaw.push_back(pose.attitude.z / degree);
+  }
+  return columns;
+}
+
+PointCloud::GroundTruthColumns groundTruthColumns(const std::vector<Patch>& patches,
+                                                  const Terrain& terrain) {
+  PointCloud::GroundTruthColumns columns;
+  for (const Patch& patch : patches) {
+    const Plane& plane = terrain.planes()[patch.plane];
+    for (const point& p : patch.points) {
+      columns.positions.push_back(p);
+      columns.normals.push_back(plane.normal);
+      columns.classification.push_back(static_cast<std::uint8_t>(plane.surface));
+    }
+  }
+  return columns;
+}
+
+/// The flight with its true and its delivered state.
+class Flight {
+ public:
+  explicit Flight(const Options& options)
+      : options_(options),
+        projection_(Projection::UTMfromEPSG(options.epsg)),
+        plan_(options),
+        terrain_(plan_.reach(), options.seed),
+        truth_(flownTrack(plan_, Motion(options.seed), projection_)),
+        real_(trueMounting(options.errorScale)),
+        nominal_(nominalMounting()),
+        survey_(options_, plan_, terrain_, truth_, real_, projection_) {
+    for (std::size_t i = 0; i < plan_.strips().size(); ++i) {
+      errors_.push_back(drawnErrors(options.seed, i, survey_.firstTime(i), options.errorScale));
+    }
+    delivered_ = deliveredTrack(truth_, plan_.strips(), errors_);
+  }
+
+  Flight(const Flight&) = delete;  // the survey refers to its parts
+  Flight& operator=(const Flight&) = delete;
+
+  std::size_t strips() const { return plan_.strips().size(); }
+  const Terrain& terrain() const { return terrain_; }
+  std::vector<Patch> control() const { return controlPatches(terrain_, plan_, options_); }
+  std::string truthText(const std::vector<StripTruth>& strips) const {
+    return Simulation::truthText(options_, nominal_, real_, strips);
+  }
+
+  void saveTrajectory(const std::filesystem::path& file) const {
+    PointCloud::saveTrajectory(file, trajectoryColumns(delivered_, nominal_, options_.epsg));
+  }
+
+  /// Writes a strip and where its points truly fell.
+  StripTruth saveStrip(std::size_t strip, const std::filesystem::path& file,
+                       const std::filesystem::path& surfaces) const {
+    const auto echoes = survey_.scan(strip);
+    PointCloud::saveStrip(file, stripColumns(echoes, strip));
+    PointCloud::saveSurfaces(surfaces, surfacesOf(echoes));
+    return {file.filename().string(), plan_.strips()[strip], errors_[strip], echoes.size(),
+            echoes.back().time};
+  }
+
+ private:
+  PointCloud::StripColumns stripColumns(const std::vector<Echo>& echoes, std::size_t strip) const;
+  void georeference(PointCloud::StripColumns& columns) const;
+  static PointCloud::SurfaceColumns surfacesOf(const std::vector<Echo>& echoes);
+
+  Options options_;
+  Projection projection_;
+  FlightPlan plan_;
+  Terrain terrain_;
+  Track truth_, delivered_;
+  Mounting real_, nominal_;
+  Survey survey_;
+  std::vector<StripErrors> errors_;
+};
+
+PointCloud::StripColumns Flight::stripColumns(const std::vector<Echo>& echoes,
+                                              std::size_t strip) const {
+  PointCloud::StripColumns columns;
+  columns.week = FlightPlan::week;
+  columns.returnNumber.assign(echoes.size(), 1);
+  columns.numberOfReturns.assign(echoes.size(), 1);
+  columns.pointSourceId.assign(echoes.size(), static_cast<std::uint16_t>(strip + 1));
+  for (const Echo& echo : echoes) {
+    columns.times.push_back(echo.time);
+    columns.scanner.push_back(echo.scanner);
+    columns.amplitude.push_back(echo.brightness);
+    columns.classification.push_back(
+        static_cast<std::uint8_t>(terrain_.planes()[echo.plane].surface));
+  }
+  georeference(columns);
+  return columns;
+}
+
+/// World points and directions under the delivered trajectory and the nominal mounting.
+void Flight::georeference(PointCloud::StripColumns& columns) const {
+  const std::size_t n = columns.times.size();
+  columns.world.resize(n);
+  columns.directions.resize(n);
+#pragma omp parallel for schedule(static)
+  for (std::size_t i = 0; i < n; ++i) {
+    const Pose pose = delivered_.at(columns.times[i]);
+    const Beams beams(pose, nominal_.misalignment, nominal_.leverArm, projection_);
+    columns.world[i] = beams.world(columns.scanner[i]);
+    columns.directions[i] = pose.position - columns.world[i];
+  }
+}
+
+PointCloud::SurfaceColumns Flight::surfacesOf(const std::vector<Echo>& echoes) {
+  PointCloud::SurfaceColumns columns;
+  for (const Echo& echo : echoes) {
+    columns.positions.push_back(echo.place);
+    columns.plane.push_back(echo.plane);
+  }
+  return columns;
+}
+
+void writeText(const std::filesystem::path& file, const std::string& text) {
+  orFail(Plome::replaceFile(file, text));
+}
+
+}  // namespace
+
+Summary simulate(const std::filesystem::path& folder, const Options& options, bool overwrite,
+                 const std::function<void(const std::string&)>& tell) {
+  check(options);
+  const Flight flight(options);
+  const auto patches = flight.control();
+  OutputFolder out(folder, overwrite);
+  Summary summary{flight.strips(), 0, patches.size(), flight.terrain().planes().size(), 0};
+  flight.saveTrajectory(out.trajectory());
+  PointCloud::saveGroundTruth(out.groundTruth(), groundTruthColumns(patches, flight.terrain()));
+  writeText(out.planes(), planesText(flight.terrain()));
+  std::vector<StripTruth> strips;
+  for (std::size_t i = 0; i < flight.strips(); ++i) {
+    strips.push_back(flight.saveStrip(i, out.strip(i), out.planesOfStrip(i)));
+    summary.points += strips.back().points;
+    tell(fmt::format("{}: {} points", strips.back().file, strips.back().points));
+  }
+  out.removeRemains();
+  writeText(out.truth(), flight.truthText(strips));
+  summary.files = out.numberOfFiles();
+  return summary;
+}
+
+}  // namespace Simulation
