@@ -28,7 +28,7 @@ class OneGrid {
 
   template <typename T>
   Strandel::FieldPtr add(Strandel::Chart& chart, const char* name, std::vector<T> values) {
-    const Strandel::FieldPtr field = chart.makeField(name, Strandel::valueTypeOf<T>());
+    Strandel::FieldPtr field = chart.makeField(name, Strandel::valueTypeOf<T>());
     orFail(field->setValues<T>({0}, std::move(values)));
     return field;
   }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <system_error>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -60,7 +61,7 @@ std::set<fs::path> flightIn(const fs::path& folder) {
 
 }  // namespace
 
-OutputFolder::OutputFolder(const fs::path& folder, bool overwrite) : folder_(folder) {
+OutputFolder::OutputFolder(fs::path folder, bool overwrite) : folder_(std::move(folder)) {
   std::error_code error;
   fs::create_directories(folder_ / "truth", error);
   orFail(folder_, "the folder cannot be made", error);

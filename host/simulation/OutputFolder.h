@@ -17,7 +17,7 @@ class OutputFolder {
  public:
   /// Makes the folder, where needed.
   /// @throws Failure: it cannot be made; it holds a flight that may not be replaced
-  OutputFolder(const std::filesystem::path& folder, bool overwrite);
+  OutputFolder(std::filesystem::path folder, bool overwrite);
 
   /// Names of files to write; they are remembered.
   /// @{

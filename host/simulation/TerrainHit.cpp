@@ -74,7 +74,8 @@ double Terrain::wallOfHouse(const Tile& tile, const Segment& segment) const {
   for (std::uint32_t i = 0; i < tile.roofs; ++i) {
     roof = std::min(roof, planes_[tile.firstPlane + tile.grounds + i].heightAt(entry.x, entry.y));
   }
-  return entry.z < roof ? from : never;
+  if (entry.z >= roof) return never;
+  return from;
 }
 
 Terrain::Outcome Terrain::passTile(const Tile& tile, const Segment& segment, double from, double to,
@@ -91,8 +92,7 @@ Terrain::Outcome Terrain::passTile(const Tile& tile, const Segment& segment, dou
       hit = {i, t};
     }
   }
-  if (wallOfHouse(tile, segment) < first) first = -never;
-  if (first == -never) return Outcome::isStopped;
+  if (wallOfHouse(tile, segment) < first) return Outcome::isStopped;
   return first == never ? Outcome::passes : Outcome::hits;
 }
 

@@ -17,6 +17,8 @@
 namespace {
 
 using Eigen::Vector3d;
+using Geomra::PhysicalSpace::point;
+using Geomra::PhysicalSpace::vector;
 using nlohmann::json;
 using Simulation::Projection;
 

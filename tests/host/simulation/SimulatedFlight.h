@@ -16,9 +16,6 @@
 #include "platform/strandel/MyStorage.h"
 #include "tests/support/TemporaryFolder.h"
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-
 /// Few points, three strips of which one crosses; everything else as by default.
 inline Simulation::Options smallFlight() {
   Simulation::Options options;
@@ -59,8 +56,8 @@ class OneGridFile {
 /// A plane of truth/planes.csv.
 struct TruePlane {
   int surface;
-  point through;
-  vector normal;
+  Geomra::PhysicalSpace::point through;
+  Geomra::PhysicalSpace::vector normal;
 };
 
 inline std::vector<TruePlane> planesIn(const std::filesystem::path& folder) {

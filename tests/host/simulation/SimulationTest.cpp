@@ -12,6 +12,8 @@
 
 namespace {
 
+using Geomra::PhysicalSpace::point;
+using Geomra::PhysicalSpace::vector;
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 
