@@ -54,7 +54,7 @@ void checkInputs(const GeoreferencingJob& job) {
   }
   if (!faults.empty()) throw Failure(faults);
   for (const auto& file : job.trajectories) {
-    if (!looksLikeSbet(file)) continue;
+    if (!PointCloud::looksLikeSbet(file)) continue;
     throw Failure(file.string() +
                   ": is an SBET file by its name; a trajectory container (.kx) is "
                   "needed");

@@ -169,7 +169,7 @@ void describeContainer(const std::filesystem::path& file, Description& descripti
 void describeSbet(const std::filesystem::path& file, Description& description) {
   constexpr double degree = 180.0 / std::numbers::pi;
   Extent time, latitude, longitude, height;
-  const std::size_t records = readSbet(file, [&](const SbetRecord& record) {
+  const std::size_t records = PointCloud::readSbet(file, [&](const PointCloud::SbetRecord& record) {
     time.add(record.time);
     latitude.add(record.latitude);
     longitude.add(record.longitude);
@@ -186,7 +186,7 @@ void describeSbet(const std::filesystem::path& file, Description& description) {
 }  // namespace
 
 Description describe(const std::filesystem::path& file) {
-  const bool sbet = looksLikeSbet(file);
+  const bool sbet = PointCloud::looksLikeSbet(file);
   Description description;
   description.document = {{"path", file.string()}, {"kind", sbet ? "sbet" : "container"}};
   try {

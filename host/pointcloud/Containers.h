@@ -58,6 +58,12 @@ struct SurfaceColumns {
   std::vector<std::uint32_t> plane;  ///< number of the plane
 };
 
+/// EPSG code of the ellipsoidal heights that belong to a UTM zone: of WGS84 in three dimensions, or
+/// of ETRS89.
+constexpr std::int64_t ellipsoidalHeightCode(std::uint32_t epsgSpatial) {
+  return epsgSpatial >= 32601 ? 4979 : 4937;
+}
+
 /// @throws Failure, naming the file: columns of unequal length, a file that cannot be written
 /// @{
 void saveStrip(const std::filesystem::path& file, StripColumns columns);

@@ -18,6 +18,7 @@
 #include "host/Failure.h"
 #include "platform/tessaly/TransverseMercator.h"
 
+namespace PointCloud {
 namespace {
 
 using std::numbers::pi;
@@ -182,6 +183,8 @@ std::vector<SbetRecord> readSbet(const std::filesystem::path& file) {
 TrajectoryColumns trajectoryColumns(const std::vector<SbetRecord>& records, unsigned epsg) {
   const auto zone = Tessaly::TransverseMercatorProjectionParameter::UTMfromEPSG(epsg);
   TrajectoryColumns columns;
+  columns.epsgSpatial = epsg;
+  columns.epsgHeight = ellipsoidalHeightCode(epsg);
   for (auto* column : {&columns.times, &columns.roll, &columns.pitch, &columns.yaw}) {
     column->reserve(records.size());
   }
@@ -198,3 +201,5 @@ TrajectoryColumns trajectoryColumns(const std::vector<SbetRecord>& records, unsi
   }
   return columns;
 }
+
+}  // namespace PointCloud

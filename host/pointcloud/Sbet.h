@@ -3,7 +3,8 @@
 //
 // Reads SBET files: trajectories as the processing of satellite and inertial data delivers them.
 //
-//     const TrajectoryColumns columns = trajectoryColumns(readSbet("flight.sbet"), 32632);
+//     PointCloud::TrajectoryColumns columns =
+//         PointCloud::trajectoryColumns(PointCloud::readSbet("flight.sbet"), 32632);
 //
 // The file has no header. A record is 17 little-endian doubles: time [s of week], latitude,
 // longitude [rad], ellipsoidal height [m], 3 velocities, roll, pitch, platform heading, wander
@@ -15,7 +16,9 @@
 #include <functional>
 #include <vector>
 
-#include "platform/geomra/PhysicalSpace.h"
+#include "host/pointcloud/Containers.h"
+
+namespace PointCloud {
 
 /// What of a record georeferencing needs.
 struct SbetRecord {
@@ -44,18 +47,11 @@ std::size_t readSbet(const std::filesystem::path& file,
 /// All records at once; 56 bytes each.
 std::vector<SbetRecord> readSbet(const std::filesystem::path& file);
 
-/// The columns of a trajectory container, one entry per record each.
-struct TrajectoryColumns {
-  std::vector<double> times;                            ///< [s of week]
-  std::vector<Geomra::PhysicalSpace::point> positions;  ///< (easting, northing, height) [m]
-  std::vector<double> roll;                             ///< [degree]
-  std::vector<double> pitch;                            ///< [degree]
-  std::vector<double> yaw;                              ///< [degree], see below
-};
-
-/// Projects the records. The yaw is continuous, since readers interpolate it as a plain number:
-/// each is less than half a turn away from the one before, so that it may leave the range of one
-/// turn.
+/// Projects the records, for a container that then needs week, lever arm and misalignment. The yaw
+/// is continuous, since readers interpolate it as a plain number: each is less than half a turn
+/// away from the one before, so that it may leave the range of one turn.
 /// @param epsg  UTM zone of the northern hemisphere, as UTMfromEPSG takes it
 /// @throws std::invalid_argument, naming the code, for another one
 TrajectoryColumns trajectoryColumns(const std::vector<SbetRecord>& records, unsigned epsg);
+
+}  // namespace PointCloud

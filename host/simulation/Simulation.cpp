@@ -20,11 +20,6 @@ namespace {
 
 constexpr double degree = std::numbers::pi / 180.0;
 
-/// Geographic coordinates with ellipsoidal height: WGS84, or ETRS89.
-std::int64_t heightCode(std::uint32_t epsg) {
-  return epsg >= 32601 ? 4979 : 4937;
-}
-
 point pointOf(const Eigen::Vector3d& v) {
   return {v[0], v[1], v[2]};
 }
@@ -34,7 +29,7 @@ PointCloud::TrajectoryColumns trajectoryColumns(const Track& track, const Mounti
   PointCloud::TrajectoryColumns columns;
   columns.week = FlightPlan::week;
   columns.epsgSpatial = epsg;
-  columns.epsgHeight = heightCode(epsg);
+  columns.epsgHeight = PointCloud::ellipsoidalHeightCode(epsg);
   columns.leverArm = pointOf(mounting.leverArm);
   columns.misalignment = pointOf(mounting.misalignment / degree);
   for (std::size_t i = 0; i < track.size(); ++i) {

@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -20,7 +21,6 @@
 
 #include "host/pointcloud/Sbet.h"
 #include "tests/support/TemporaryFolder.h"
-#include "tests/trajectory/TrajectoryFile.h"
 #include <velorn/Georeferencing.h>
 
 using Geomra::PhysicalSpace::point;
@@ -69,19 +69,13 @@ point pointOf(const nlohmann::json& json) {
 std::filesystem::path writeTrajectory(const std::filesystem::path& folder,
                                       const std::filesystem::path& target) {
   const auto mount = nlohmann::json::parse(contentOf(folder / "mount.json"));
-  const auto columns = trajectoryColumns(readSbet(folder / "trajectory.sbet"), mount.at("epsg"));
-  std::vector<Record> records;
-  for (std::size_t i = 0; i < columns.times.size(); ++i) {
-    records.push_back({columns.times[i],
-                       columns.positions[i],
-                       {columns.roll[i], columns.pitch[i], columns.yaw[i]}});
-  }
-  TrajectoryFile file({records}, mount.at("gps_week"));
-  auto& attributes = file.chart()->attributes();
-  attributes.set("EPSG_SPATIAL", mount.at("epsg").get<std::int64_t>());
-  attributes.set("LeverArm", pointOf(mount.at("lever_arm_m")));
-  attributes.set("Misalignment", pointOf(mount.at("misalignment_deg")));
-  return file.save(target);
+  auto columns = PointCloud::trajectoryColumns(PointCloud::readSbet(folder / "trajectory.sbet"),
+                                               mount.at("epsg"));
+  columns.week = mount.at("gps_week");
+  columns.leverArm = pointOf(mount.at("lever_arm_m"));
+  columns.misalignment = pointOf(mount.at("misalignment_deg"));
+  PointCloud::saveTrajectory(target, std::move(columns));
+  return target;
 }
 
 std::filesystem::path oracleFolder() {

@@ -20,6 +20,8 @@ using std::numbers::pi;
 using testing::AllOf;
 using testing::HasSubstr;
 
+using PointCloud::readSbet, PointCloud::trajectoryColumns, PointCloud::SbetRecord;
+
 namespace {
 
 using Values = std::array<double, 17>;
