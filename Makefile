@@ -15,9 +15,12 @@ all build: build/release/build.ninja
 test: build
 	@ctest --preset release
 
+# A flight of a million points with known errors, georeferenced with the parameters that it is delivered with.
 demo: build
-	@build/release/host/velorn --version
-	@build/release/host/velorn --help
+	@build/release/host/velorn simulate build/demo --overwrite
+	@build/release/host/velorn georeference build/demo/strip_*.kx --trajectory build/demo/trajectory.kx \
+	  --output build/demo/georeferenced --overwrite
+	@build/release/host/velorn info build/demo/georeferenced/strip_01_SA.kx
 
 sanitize: build/dev/build.ninja
 	@cmake --build --preset dev
