@@ -128,8 +128,8 @@ class PointByPoint {
     const double f = (t - before->first) / (after->first - before->first);
     const auto section = parameters_.getSectionInStrip(0, t);
     const double dt = t - section.t;
-    const auto& [_, p, a] = before->second;
-    const auto& [__, q, b] = after->second;
+    const auto &p = before->second.position, &q = after->second.position;
+    const auto &a = before->second.degrees, &b = after->second.degrees;
     const auto moved = [&](unsigned j, double from, double to) {
       const auto c = [&](unsigned m) {
         return parameters_.getTrajectoryPositionCorrection(section.sectionID, 4 * j + m);

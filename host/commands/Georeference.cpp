@@ -42,13 +42,14 @@ void georeference(GeoreferenceCall& call) {
   checkJob(call.job);
   const JobResult result = runWithProgress(call.job);
   const std::string where = call.inPlace ? "in place" : "to " + call.job.outputFolder.string();
+  if (result.faults > 0) {
+    const std::size_t right = result.strips - result.faults;
+    throw Failure(
+        fmt::format("{} of {} strips with a fault, named above; {} without one written {}",
+                    result.faults, result.strips, right, where));
+  }
   fmt::print("{} strips, {} points, {:.1f} s: {} coordinates written {}\n", result.strips,
              result.points, result.seconds, call.job.inverse ? "scanner" : "world", where);
-  if (result.faults == 0) return;
-  throw Failure(
-      fmt::format("{} of {} strips with a message, see above and the files "
-                  "ERROR_SCANNER2WORLD_<strip>.txt beside the outputs",
-                  result.faults, result.strips));
 }
 
 void addInputs(CLI::App& command, GeoreferencingJob& job) {
