@@ -50,7 +50,7 @@ Pose<double> StripModel::poseAt(double t, Code& code) const {
   if (!trajectory_.interpolateTrajectory(t, week_, position, attitude, report_)) {
     code = Code::noPosition;
   }
-  const Pose<double> pose{vectorOf(position), vectorOf(attitude)};
+  Pose<double> pose{vectorOf(position), vectorOf(attitude)};
   const Section section = parameters_.getSectionInStrip(strip_, t);
   if (section.invalid) {
     code = Code::noSection;
