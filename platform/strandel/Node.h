@@ -4,10 +4,12 @@
 // What bundle, slice, grid, chart and field have in common.
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <utility>
 
+#include "platform/Export.h"
 #include "platform/strandel/Attributes.h"
 
 namespace Strandel {
@@ -24,6 +26,9 @@ class Node {
   const std::string& name() const { return name_; }
   Attributes& attributes() { return attributes_; }
   const Attributes& attributes() const { return attributes_; }
+
+  /// The file it was loaded from, for messages; empty when it was made in memory.
+  VELORN_PLATFORM_EXPORT std::filesystem::path sourceFile() const;
 
   // Implementation: where in which file the storage found this node; empty when it was made in
   // memory.

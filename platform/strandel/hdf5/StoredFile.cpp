@@ -4,7 +4,16 @@
 
 #include <system_error>
 
+#include "platform/strandel/Node.h"
 #include "platform/strandel/hdf5/Driver.h"
+
+namespace Strandel {
+
+std::filesystem::path Node::sourceFile() const {
+  return stored_ ? stored_->file->path() : std::filesystem::path();
+}
+
+}  // namespace Strandel
 
 namespace Strandel::Hdf5 {
 namespace {
