@@ -37,14 +37,18 @@ class VELORN_EXPORT SphericalBeingData {
   void add(const SphericalBeing& being);
   std::size_t size() const { return world->size(); }  ///< by the world positions
 
-  /// @param index  below size()
+  /// Entries that every column has: size(), but of a side that could not be loaded to its end.
+  std::size_t completeEntries() const;
+
+  /// @param index  below completeEntries()
   SphericalBeing operator[](std::size_t index) const;
 
-  /// A table for logs: a head, a rule, and one line per entry with three decimals.
+  /// A table for logs: a head, a rule, and one line per complete entry with three decimals.
   std::string toText() const;
 
   bool groundTruth = false;  ///< only of side J of a block with the ground truth
-  Strandel::GridPtr grid;    ///< of this side in the block's bundle
+  Strandel::GridPtr grid;    ///< of this side in the block's bundle; since a save its fields share
+                             ///< the columns
   Strandel::ChartPtr chart;  ///< its Cartesian representation
   Column<double> times;      ///< [s of week]
   Column<Geomra::PhysicalSpace::point> world, scanner;
@@ -65,8 +69,10 @@ class VELORN_EXPORT CorrespondenceBlock {
                       const std::uint32_t& weekNumberI, const std::uint32_t& weekNumberJ,
                       std::shared_ptr<Strandel::MyStorage> storage);
 
-  /// Reads a block. Throws nothing for a bad file: errorText() then says what is wrong, and the
-  /// sides are as far as they were built.
+  /// Reads a block, several fragments of a grid one after the other; the file stays open as long as
+  /// the block lives. Throws nothing for a bad file: errorText() then says what is wrong, and the
+  /// sides are as far as they were built. Sides that differ in length are no fault here; columns of
+  /// one side that do are.
   CorrespondenceBlock(const std::filesystem::path& path,
                       std::shared_ptr<Strandel::MyStorage> storage);
 
@@ -79,7 +85,8 @@ class VELORN_EXPORT CorrespondenceBlock {
   std::uint32_t size() const;  ///< by the world positions of side I
 
   /// Writes the block to its path, replacing a file there; an empty block writes nothing.
-  /// @return empty, or what the storage says
+  /// @return empty, or what the storage says; a block with an errorText() is refused, lest half a
+  ///         file replaces the whole
   std::string save();
 
   const std::string& errorText() const { return error_; }  ///< of loading; empty: usable
@@ -89,6 +96,8 @@ class VELORN_EXPORT CorrespondenceBlock {
   const SphericalBeingData& sideJ() const { return sideJ_; }
 
  private:
+  void loadSideJ(const Strandel::GridPtr& strip, const Strandel::GridPtr& groundTruth);
+
   std::filesystem::path path_;
   bool groundTruth_ = false;
   std::shared_ptr<Strandel::MyStorage> storage_;
