@@ -25,6 +25,7 @@ void Statistic::addValue(float value) {
 }
 
 void Statistic::compute() {
+  if (upToDate_) return;
   const std::span<float> values(values_);
   bins_ = empty_;
   for (const float value : values) countInto(bins_, value);
@@ -45,7 +46,7 @@ double Statistic::quantile(double p) {
 
 std::string Statistic::write(const std::filesystem::path& summaryFile,
                              const std::filesystem::path& histogramFile) {
-  if (!upToDate_) compute();
+  compute();
   std::string fault = Plome::replaceFile(summaryFile, summaryText(summary_));
   if (fault.empty()) fault = Plome::replaceFile(histogramFile, histogramText(bins_));
   return fault.empty() ? fault : "Statistic::write: " + fault;

@@ -53,7 +53,8 @@ class VELORN_PLATFORM_EXPORT Statistic {
   /// The number of finite values added.
   std::size_t size() const { return values_.size(); }
 
-  /// Makes summary() and bins() tell of all values added so far. O(n), without further memory.
+  /// Makes summary() and bins() tell of all values added so far. O(n), without further memory; at
+  /// once when no value came in since the last time.
   void compute();
 
   /// As of the last compute(); before it, of no values.
@@ -63,8 +64,7 @@ class VELORN_PLATFORM_EXPORT Statistic {
   /// Any quantile of the values added so far (quantileInPlace of Figures.h).
   double quantile(double p);
 
-  /// Writes both as text (StatisticFiles.h), each whole or not at all; computes first when values
-  /// came in since the last compute().
+  /// Computes, and writes both as text (StatisticFiles.h), each whole or not at all.
   /// @return empty, or "Statistic::write: <path>: <fault>"
   std::string write(const std::filesystem::path& summaryFile,
                     const std::filesystem::path& histogramFile);
