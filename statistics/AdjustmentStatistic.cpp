@@ -25,11 +25,10 @@ std::string aboutFile(const fs::path& file, const std::string& text) {
   return fmt::format("AdjustmentStatistic::addData: {}: {}", file.string(), text);
 }
 
-/// Columns that are read side by side with the positions.
 std::string faultOfColumns(const SphericalBeingData& side) {
-  if (side.normals->size() == side.size() && side.classes->size() == side.size()) return {};
-  return fmt::format("{} points, {} normals and {} classes are not equally many", side.size(),
-                     side.normals->size(), side.classes->size());
+  if (side.completeEntries() == side.size()) return {};
+  return fmt::format("only {} of {} points have all that belongs to a point",
+                     side.completeEntries(), side.size());
 }
 
 std::string faultOfNormals(const std::vector<vector>& normals) {

@@ -184,7 +184,10 @@ TEST_F(Statistics, OfBothPhasesAgreeWithASlowTwin) {
   const auto pairs = blockOf(false, 0, 2, 300);
   const auto groundTruth = blockOf(true, 2, 3, 100, week + 1);  // where the trajectory does not go
   Twin bevore, after;
-  const auto take = [&](const CorrespondenceBlock& block, unsigned first, unsigned second) {
+  const auto take = [&](CorrespondenceBlock made, unsigned first, unsigned second) {
+    EXPECT_EQ(made.save(), "");
+    const CorrespondenceBlock block(made.path(), storage_);
+    ASSERT_EQ(block.errorText(), "");
     EXPECT_EQ(add(bevore_, block, first, second, false), "");
     EXPECT_EQ(add(after_, block, first, second, true), "");
     addTo(bevore, block, first, second, false);
@@ -226,7 +229,7 @@ TEST_F(Statistics, ABlockThatIsRefusedIsNotTakenInAtAll) {
   unequal.sideJ().world->pop_back();
   EXPECT_EQ(add(after_, unequal, 0, 7), "AdjustmentStatistic::addData differnet size");
   columns.sideI().normals->pop_back();
-  EXPECT_THAT(add(after_, columns, 0, 1), AllOf(HasSubstr("c.kx"), HasSubstr("4 normals")));
+  EXPECT_THAT(add(after_, columns, 0, 1), AllOf(HasSubstr("c.kx"), HasSubstr("4 of 5 points")));
 
   const auto atTheStart = blockOf(false, 0, 1, 5);
   (*atTheStart.sideI().times)[0] = Route().start;
