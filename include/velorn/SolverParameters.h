@@ -100,6 +100,9 @@ class VELORN_EXPORT SolverParameters {
   /// The same section, with its end; empty, without a message, where there is none.
   std::optional<SectionSpan> findSection(unsigned int stripIndex, double t) const;
 
+  /// The strips in the order of the list, each with its sections; empty before the division.
+  const std::vector<StripSections>& getStripSections() const { return newsections; }
+
   /// Sections made so far.
   std::uint32_t numberOfSectionsForAllStrips() const { return numberOfSections; }
 
@@ -158,6 +161,10 @@ class VELORN_EXPORT SolverParameters {
   std::string writeExactParameters(const std::filesystem::path& parameterFile) const;
 
  private:
+  // The one place where pointers to unknowns are made, for the solver.
+  friend std::vector<double*> parameterBlocks(SolverParameters& parameters,
+                                              const std::vector<Section>& sections);
+
   std::string divideStrip(std::size_t stripIndex, const std::string& secType,
                           const std::map<int, double>& toLinear,
                           const std::map<int, double>& toSpline);

@@ -34,9 +34,10 @@ double worstError(const Points& points, const Trajectory& trajectory,
   const std::size_t step = points.times.size() / 400;  // the twin is slow
   for (std::size_t i = 0; i < points.times.size(); i += step) {
     const auto& w = points.world[i];
-    worst = std::max(worst, apart(Velorn::Vector3<double>(w.x, w.y, w.z),
-                                  exactWorldPoint(trajectory, starts, values, points.scanner[i],
-                                                  points.times[i])));
+    const ExactCase given(trajectory, starts, values, points.scanner[i], points.times[i]);
+    const auto exactPoint =
+        Exact::worldPoint(given.measurement, given.unknowns, trajectory.getMercator());
+    worst = std::max(worst, apart(Velorn::Vector3<double>(w.x, w.y, w.z), exactPoint));
   }
   return worst;
 }

@@ -84,26 +84,28 @@ struct Points {
   }
 };
 
-/// What the exact twin makes of a measurement between two records.
-inline Exact::Triple exactWorldPoint(const Velorn::Trajectory& trajectory,
-                                     const std::vector<int>& starts,
-                                     const std::vector<double>& values,
-                                     const Geomra::PhysicalSpace::point& scanner, double t) {
-  using Exact::Real;
-  const auto [a, b] = trajectory.recordsAbout(t, week).value();
-  const Real f = (Real(t) - a.time) / (Real(b.time) - a.time);
-  const auto between = [f](Real from, Real to) { return from + f * (to - from); };
-  const auto &p = a.position, &q = b.position;
-  const auto &r = a.attitude, &s = b.attitude;
-  std::size_t section = 0;
-  while (section + 1 < starts.size() && starts[section + 1] <= t) ++section;
+/// A measurement between two records and its unknowns, for the exact twin.
+struct ExactCase {
+  Exact::Measurement measurement;
   Exact::Unknowns unknowns{};
-  const auto local = values.begin() + static_cast<std::ptrdiff_t>(24 * section);
-  std::copy(values.end() - 12, values.end(), unknowns.begin());
-  std::copy(local, local + 24, unknowns.begin() + 12);
-  return Exact::worldPoint({{scanner.x, scanner.y, scanner.z},
-                            {between(p.x, q.x), between(p.y, q.y), between(p.z, q.z)},
-                            {between(r.x, s.x), between(r.y, s.y), between(r.z, s.z)},
-                            Real(t) - starts[section]},
-                           unknowns, trajectory.getMercator());
-}
+
+  ExactCase(const Velorn::Trajectory& trajectory, const std::vector<int>& starts,
+            const std::vector<double>& values, const Geomra::PhysicalSpace::point& scanner,
+            double t) {
+    using Exact::Real;
+    const auto [a, b] = trajectory.recordsAbout(t, week).value();
+    const Real f = (Real(t) - a.time) / (Real(b.time) - a.time);
+    const auto between = [f](Real from, Real to) { return from + f * (to - from); };
+    const auto &p = a.position, &q = b.position;
+    const auto &r = a.attitude, &s = b.attitude;
+    std::size_t section = 0;
+    while (section + 1 < starts.size() && starts[section + 1] <= t) ++section;
+    measurement = {{scanner.x, scanner.y, scanner.z},
+                   {between(p.x, q.x), between(p.y, q.y), between(p.z, q.z)},
+                   {between(r.x, s.x), between(r.y, s.y), between(r.z, s.z)},
+                   Real(t) - starts[section]};
+    const auto local = values.begin() + static_cast<std::ptrdiff_t>(24 * section);
+    std::copy(values.end() - 12, values.end(), unknowns.begin());
+    std::copy(local, local + 24, unknowns.begin() + 12);
+  }
+};

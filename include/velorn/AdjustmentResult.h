@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// What an adjustment did, for hosts: nobody has to read it out of a text file.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <velorn/PhaseFigures.h>
+
+namespace Velorn {
+
+/// How the solver ended. The default holds until it has.
+struct SolverEnd {
+  std::string termination;  ///< "CONVERGENCE", "NO_CONVERGENCE", "FAILURE", ...; empty: not run
+  std::string message;      ///< the solver's own words
+  double initialCost = 0.0, finalCost = 0.0;  ///< half the sum of squares, after the loss function
+  int successfulSteps = 0, unsuccessfulSteps = 0;
+  double seconds = 0.0;
+  int residuals = 0, parameters = 0;  ///< as the solver counts them; -1 when it refused its options
+
+  bool hasRun() const { return !termination.empty(); }
+  bool isConvergence() const { return termination == "CONVERGENCE"; }
+};
+
+/// A section, and why its unknowns were held constant, if they were.
+struct SectionState {
+  std::uint32_t strip = 0, section = 0;
+  unsigned int correspondences = 0;
+  bool isLow = false;     ///< too few correspondences
+  bool isLocked = false;  ///< its strip is locked
+
+  bool isConstant() const { return isLow || isLocked; }
+};
+
+/// All of it. The default is "not run".
+struct AdjustmentResult {
+  std::vector<unsigned int> correspondencesPerClass;  ///< of the check, by TerrainType
+  std::vector<SectionState> sections;                 ///< of the check, by strip and time
+  SolverEnd end;
+  PhaseFigures before, after;  ///< of all correspondences; empty unless the statistics were made
+};
+
+}  // namespace Velorn

@@ -1,0 +1,52 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "optimization/SectionReport.h"
+
+#include <fmt/format.h>
+
+namespace Velorn {
+namespace {
+
+const char* statusOf(const SectionState& state) {
+  if (state.isLow && state.isLocked) return "Locked&LowCorr ";
+  return state.isLow ? "LowCorr        " : "Locked         ";
+}
+
+}  // namespace
+
+std::vector<SectionState> sectionStates(const std::vector<StripSections>& strips,
+                                        const std::vector<unsigned int>& correspondences,
+                                        const std::set<int>& lockedStrips) {
+  std::vector<SectionState> states;
+  for (std::uint32_t strip = 0; strip < strips.size(); ++strip) {
+    const bool isLocked = lockedStrips.contains(static_cast<int>(strip));
+    for (std::size_t i = 0; i < strips[strip].sections.size(); ++i) {
+      const auto section = static_cast<std::uint32_t>(states.size());  // numbers run on
+      const unsigned int count = correspondences.at(section);
+      states.push_back({strip, section, count, count < fewestCorrespondences, isLocked});
+    }
+  }
+  return states;
+}
+
+std::string sectionListing(const std::vector<SectionState>& states) {
+  std::string text;
+  for (const auto& state : states) {
+    if (state.isConstant()) text += fmt::format("{} ", statusOf(state));
+    text += fmt::format("StripID {} section {}  num of corres: {}\n", state.strip, state.section,
+                        state.correspondences);
+  }
+  return text;
+}
+
+std::vector<std::uint32_t> stripsHeldConstant(const std::vector<SectionState>& states) {
+  std::vector<std::uint32_t> strips;
+  for (const auto& state : states) {
+    if (state.isConstant() && (strips.empty() || strips.back() != state.strip)) {
+      strips.push_back(state.strip);
+    }
+  }
+  return strips;
+}
+
+}  // namespace Velorn

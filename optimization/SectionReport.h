@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// How well the sections of all strips are observed, as a text for people.
+#pragma once
+
+#include <cstdint>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <velorn/AdjustmentResult.h>
+#include <velorn/Section.h>
+
+namespace Velorn {
+
+/// A section with fewer correspondences is held constant.
+inline constexpr unsigned int fewestCorrespondences = 100;
+
+/// The state of every section, strip by strip in order of time.
+/// @param correspondences  by section number
+std::vector<SectionState> sectionStates(const std::vector<StripSections>& strips,
+                                        const std::vector<unsigned int>& correspondences,
+                                        const std::set<int>& lockedStrips);
+
+/// One line per section.
+std::string sectionListing(const std::vector<SectionState>& states);
+
+/// Strips with a section that is held constant, ascending, each once.
+std::vector<std::uint32_t> stripsHeldConstant(const std::vector<SectionState>& states);
+
+}  // namespace Velorn
