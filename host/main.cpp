@@ -38,6 +38,7 @@ int run(int argc, char** argv) {
   app.footer(footer);
   app.require_subcommand(0, 1);
   addSimulate(app);
+  addAdjust(app);
   addGeoreference(app);
   addInfo(app);
   try {

@@ -11,4 +11,5 @@ class App;
 
 void addSimulate(CLI::App& app);
 void addGeoreference(CLI::App& app);
+void addAdjust(CLI::App& app);
 void addInfo(CLI::App& app);

@@ -1,0 +1,170 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "host/adjustment/Job.h"
+
+#include <algorithm>
+#include <map>
+#include <system_error>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <omp.h>
+
+#include "host/Failure.h"
+#include "host/adjustment/CorrespondenceTimes.h"
+#include "platform/plome/StringList.h"
+#include <velorn/FileContainer.h>
+#include <velorn/SolverParameters.h>
+#include <velorn/Trajectory.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using Velorn::InputParameter;
+
+void requireFile(const fs::path& file) {
+  std::error_code fault;
+  if (fs::is_regular_file(file, fault)) return;
+  throw Failure(file.string() + (fs::exists(file, fault) ? ": is not a file" : ": no such file"));
+}
+
+/// Of all output folders.
+void makeFolders(const InputParameter& configuration) {
+  for (const auto& folder : {configuration.getPrameterPath(), configuration.getStatusPath(),
+                             configuration.getStatisticPath()}) {
+    std::error_code fault;
+    fs::create_directories(configuration.RootPath / folder, fault);
+    if (fs::is_directory(configuration.RootPath / folder, fault)) continue;
+    throw Failure((configuration.RootPath / folder).string() + ": cannot be made a folder" +
+                  (fault ? ": " + fault.message() : ""));
+  }
+}
+
+Velorn::FileContainer listOfFiles(const AdjustmentJob& job) {
+  const auto strips = std::make_shared<Plome::StringList>();
+  for (const auto& strip : job.strips) strips->add(strip.string());
+  std::vector<std::string> trajectories;
+  for (const auto& file : job.trajectories) trajectories.push_back(file.string());
+  Velorn::FileContainer files;
+  orFail(
+      files.add(strips, job.groundTruth.string(), fmt::format("{}", fmt::join(trajectories, ","))));
+  return files;
+}
+
+/// Gives the solver all cores, and one thread at least, for one scope.
+class SolverThreads {
+ public:
+  SolverThreads() : before_(omp_get_max_threads()) {
+    omp_set_num_threads(std::max(2, omp_get_num_procs() + 1));
+  }
+  ~SolverThreads() { omp_set_num_threads(before_); }
+  SolverThreads(const SolverThreads&) = delete;
+  SolverThreads& operator=(const SolverThreads&) = delete;
+
+ private:
+  int before_;
+};
+
+/// What the check's own words do not say.
+std::string inPlainWords(const std::string& fault, const AdjustmentJob& job,
+                         const Velorn::AdjustmentResult& result) {
+  const auto& classes = result.correspondencesPerClass;
+  if (classes.empty() || classes.front() >= job.settings.fewestGroundTruth) return fault;
+  return fmt::format(
+      "{}: only {} correspondences with the ground truth, {} are needed; --relative goes without, "
+      "and then nothing controls position and tilt",
+      job.correspondences.string(), classes.front(), job.settings.fewestGroundTruth);
+}
+
+/// The objects of one run, in the order in which they need each other.
+class Adjustment {
+ public:
+  Adjustment(const AdjustmentJob& job, const std::shared_ptr<Kestrum::LoaderProgress>& progress)
+      : job_(job),
+        configuration_(job.configuration),
+        files_(listOfFiles(job)),
+        trajectory_(files_.getTrajectories()) {
+    configuration_.CorrespondencePath = fs::absolute(job.correspondences);
+    configuration_.progress = progress;
+  }
+
+  void prepare() {
+    orFail(configuration_.check());
+    orFail(trajectory_.importTrajectory());
+    orFail(timesOutsideTrajectory(configuration_, trajectory_));
+    makeFolders(configuration_);
+    files_.writeStripID(parameterFile("StripID"), false);
+    configuration_.write(parameterFile("Configuration"), configuration_.speak(), false, false);
+    parameters_ = Velorn::SolverParameters(files_.getStripFiles(), configuration_);
+    orFail(parameters_.setSections(configuration_.TypeModel, configuration_.DefaultInterval,
+                                   trajectory_.getLeverarm(), trajectory_.getMisalignment(),
+                                   configuration_.FileSuffix, configuration_.OverwriteToLinear,
+                                   configuration_.OverwriteToSpline));
+  }
+
+  AdjustmentOutcome run() {
+    Velorn::CeresOptimization optimization(parameters_, trajectory_, configuration_, files_);
+    optimization.settings = job_.settings;
+    const std::string fault = solve(optimization);
+    const auto& result = optimization.result();
+    if (!result.end.hasRun()) throw Failure(inPlainWords(fault, job_, result));
+    if (!optimization.failed()) {
+      orFail(fault);
+      orFail(parameters_.writeExactParameters(parameterFile("Parameter")));
+    }
+    AdjustmentOutcome outcome{{}, result, parameterFile("Parameter")};
+    for (const auto& strip : files_.getStripFiles()) {
+      outcome.strips.push_back(strip.filename().string());
+    }
+    return outcome;
+  }
+
+ private:
+  static std::string solve(Velorn::CeresOptimization& optimization) {
+    const SolverThreads threads;
+    return optimization.run();
+  }
+
+  fs::path parameterFile(const std::string& beginning) const {
+    return configuration_.RootPath / configuration_.getPrameterPath() /
+           (beginning + configuration_.FileSuffix);
+  }
+
+  const AdjustmentJob& job_;
+  InputParameter configuration_;
+  Velorn::FileContainer files_;
+  Velorn::Trajectory trajectory_;
+  Velorn::SolverParameters parameters_;
+};
+
+}  // namespace
+
+void checkJob(const AdjustmentJob& job) {
+  std::map<std::string, fs::path> names;
+  for (const auto& strip : job.strips) {
+    requireFile(strip);
+    const auto [same, isNew] = names.emplace(strip.filename().string(), strip);
+    if (!isNew) {
+      throw Failure(
+          fmt::format("{} and {}: two strips of one name", same->second.string(), strip.string()));
+    }
+  }
+  requireFile(job.groundTruth);
+  for (const auto& file : job.trajectories) {
+    requireFile(file);
+    if (file.string().find(',') == std::string::npos) continue;
+    throw Failure(file.string() + ": the name of a trajectory must not hold a comma");
+  }
+  std::error_code fault;
+  if (!fs::is_directory(job.correspondences, fault)) {
+    throw Failure(job.correspondences.string() + ": no such folder of correspondences");
+  }
+}
+
+AdjustmentOutcome adjust(const AdjustmentJob& job,
+                         const std::shared_ptr<Kestrum::LoaderProgress>& progress) {
+  Adjustment adjustment(job, progress);
+  adjustment.prepare();
+  return adjustment.run();
+}

@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// One adjustment from files: what `velorn adjust` does.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/kestrum/LoaderProgress.h"
+#include <velorn/CeresOptimization.h>
+#include <velorn/InputParameter.h>
+
+struct AdjustmentJob {
+  std::vector<std::filesystem::path> strips;  ///< sorted by the library, ids by that order
+  std::filesystem::path groundTruth;
+  std::vector<std::filesystem::path> trajectories;  ///< containers
+  std::filesystem::path correspondences;            ///< folder of correspondence containers
+  Velorn::InputParameter configuration;             ///< RootPath: where the output folders are made
+  Velorn::AdjustmentSettings settings;
+};
+
+/// Refuses what would fail later or end the process: files that are missing, names that the list
+/// of files cannot hold, two strips of one name.
+/// @throws Failure that names the file
+void checkJob(const AdjustmentJob& job);
+
+struct AdjustmentOutcome {
+  std::vector<std::string> strips;  ///< file names by id
+  Velorn::AdjustmentResult result;
+  std::filesystem::path parameterFile;
+};
+
+/// Prepares the output folders, runs the adjustment and writes the exact companion of the parameter
+/// file. OpenMP's maximum is raised around the solver, which takes one thread less, and restored.
+/// @param progress  told how far the work is
+/// @return also for a solver that did not converge
+/// @throws Failure for everything that keeps the solver from running or its result from being
+///         written
+AdjustmentOutcome adjust(const AdjustmentJob& job,
+                         const std::shared_ptr<Kestrum::LoaderProgress>& progress);

@@ -1,0 +1,13 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// An adjustment in a few lines for people.
+#pragma once
+
+#include <string>
+
+#include "host/adjustment/Job.h"
+
+/// How well the strips fit before and after, how the solver ended, and which sections were held
+/// constant and why.
+std::string summaryOf(const AdjustmentOutcome& outcome, bool isControlled);
