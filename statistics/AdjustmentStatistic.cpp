@@ -39,8 +39,9 @@ std::string faultOfNormals(const std::vector<vector>& normals) {
 }
 
 std::vector<double> quantilesOf(const std::vector<MovementHistogram>& strips) {
-  std::vector<double> quantiles;
-  for (const MovementHistogram& strip : strips) quantiles.push_back(quantile(strip, share));
+  std::vector<double> quantiles(strips.size());
+  std::transform(strips.begin(), strips.end(), quantiles.begin(),
+                 [](const MovementHistogram& strip) { return quantile(strip, share); });
   return quantiles;
 }
 

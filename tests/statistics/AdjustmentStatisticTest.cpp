@@ -7,6 +7,7 @@
 #include <random>
 #include <set>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -33,13 +34,12 @@ const std::vector<fs::path> strips{"a.kx", "b.kx", "c.kx"};
 Velorn::SolverParameters threeStrips() {
   const TemporaryFolder folder;
   std::vector<double> values = someCorrections(3);
-  for (std::size_t i = 0; i < 3 * 24; ++i) values[i] *= 0.02;
+  for (std::size_t i = 0; i < 72; ++i) values[i] *= 0.02;
   std::string sections, ids;
   for (std::size_t s = 0; s < strips.size(); ++s) {
-    const std::string id = std::to_string(s);
     sections +=
-        "StripID: " + id + ", sectionID: " + id + ", t: 400000.000000000000000, type: LINEAR\n";
-    ids += "id: " + id + " file: " + strips[s].string() + " type: strip\n";
+        fmt::format("StripID: {0}, sectionID: {0}, t: {1:.15f}, type: LINEAR\n", s, Route().start);
+    ids += fmt::format("id: {} file: {} type: strip\n", s, strips[s].string());
   }
   writeContent(folder / "sections", sections);
   writeContent(folder / "parameters", parameterText(values));
