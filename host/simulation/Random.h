@@ -13,7 +13,7 @@ namespace Simulation {
 
 /// What streams of random numbers are for; each use has its own, so that a change of one leaves the
 /// others as they are.
-enum class Draw : std::uint64_t { terrain = 1, motion, errors, noise, control };
+enum class Draw : std::uint64_t { terrain = 1, motion, errors, noise, control, correspondences };
 
 /// The generator SplitMix64 (Steele, Lea, Flood: Fast splittable pseudorandom number generators,
 /// 2014). It is cheap to begin: one is made per pulse.
