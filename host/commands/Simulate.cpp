@@ -1,26 +1,41 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <system_error>
 
 #include <fmt/format.h>
 
+#include "host/Failure.h"
 #include "host/commands/Commands.h"
 #include "host/simulation/Simulation.h"
 
 namespace {
 
 struct Call {
-  std::string folder;
+  std::string folder, correspondences;
   Simulation::Options options;
   bool noErrors = false, overwrite = false;
 };
 
+std::uint64_t correspondencesIn(const std::string& text) {
+  std::uint64_t number = 0;
+  const char* end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error == std::errc() && stop == end) return number;
+  throw Failure(fmt::format("--correspondences={}: not a whole number", text), misuse);
+}
+
 void run(Call call) {
   if (call.noErrors) call.options.errorScale = 0.0;
+  if (!call.correspondences.empty()) {
+    call.options.correspondences = correspondencesIn(call.correspondences);
+  }
   const auto begin = std::chrono::steady_clock::now();
   const auto tell = [](const std::string& line) {
     fmt::print("{}\n", line);
@@ -65,6 +80,10 @@ void addSimulate(CLI::App& app) {
   command->add_flag("--no-errors", call->noErrors, "the same as --error-scale 0")->excludes(scale);
   command->add_flag("--flat-control", options.flatControl,
                     "ground truth on horizontal planes only");
+  // As a text: a flag takes for a number whatever begins like one.
+  command->add_flag("--correspondences{50000}", call->correspondences,
+                    "also correspondences from the known planes, ready for the adjustment;\n"
+                    "=N for at most N of them");
   command->add_option("--epsg", options.epsg, "projection, a northern UTM zone")
       ->capture_default_str();
   command->add_flag("--overwrite", call->overwrite, "replace the flight that OUT holds");

@@ -27,6 +27,9 @@ void check(const Options& options) {
   checkRange("--range-noise", options.rangeNoise, 0, 10);
   checkRange("--angle-noise", options.angleNoise, 0, 1);
   checkRange("--error-scale", options.errorScale, 0, 10);
+  if (options.correspondences != 0) {
+    checkRange("--correspondences", static_cast<double>(options.correspondences), 1000, 40e6);
+  }
   try {
     Tessaly::TransverseMercatorProjectionParameter::UTMfromEPSG(options.epsg);
   } catch (const std::exception& error) {

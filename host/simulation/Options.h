@@ -10,15 +10,16 @@ namespace Simulation {
 
 struct Options {
   std::uint64_t seed = 1;
-  std::uint64_t points = 1'000'000;  ///< laser pulses in all; nearly each gives a point
-  unsigned int strips = 5;           ///< parallel ones; two crossing strips are added
-  double length = 1500.0;            ///< of a parallel strip [m]
-  double height = 400.0;             ///< of the parallel strips above the ground [m]
-  double rangeNoise = 0.02;          ///< standard deviation [m]
-  double angleNoise = 0.0005;        ///< standard deviation of both angles [degree]
-  double errorScale = 1.0;           ///< factor on every injected error; the noise has its own
-  bool flatControl = false;          ///< ground truth on horizontal planes only
-  std::uint32_t epsg = 32632;        ///< projection of the flight, a northern UTM zone
+  std::uint64_t points = 1'000'000;   ///< laser pulses in all; nearly each gives a point
+  unsigned int strips = 5;            ///< parallel ones; two crossing strips are added
+  double length = 1500.0;             ///< of a parallel strip [m]
+  double height = 400.0;              ///< of the parallel strips above the ground [m]
+  double rangeNoise = 0.02;           ///< standard deviation [m]
+  double angleNoise = 0.0005;         ///< standard deviation of both angles [degree]
+  double errorScale = 1.0;            ///< factor on every injected error; the noise has its own
+  bool flatControl = false;           ///< ground truth on horizontal planes only
+  std::uint32_t epsg = 32632;         ///< projection of the flight, a northern UTM zone
+  std::uint64_t correspondences = 0;  ///< to write, at most; 0 for none
 };
 
 /// @throws Failure, naming the option, its value and its bounds

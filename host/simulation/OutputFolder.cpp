@@ -3,12 +3,14 @@
 #include "host/simulation/OutputFolder.h"
 
 #include <algorithm>
+#include <regex>
 #include <system_error>
 #include <utility>
 
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include <velorn/InputParameter.h>
 
 namespace Simulation {
 namespace {
@@ -27,6 +29,16 @@ bool isStripName(const std::string& name, const std::string& ending) {
   return std::all_of(name.begin() + static_cast<std::ptrdiff_t>(beginning.size()),
                      name.end() - static_cast<std::ptrdiff_t>(ending.size()),
                      [](char c) { return c >= '0' && c <= '9'; });
+}
+
+/// As runs name it, so that the folder of a flight can be the root folder of one.
+fs::path correspondenceFolder() {
+  return Velorn::InputParameter().getCorrespondencePath();
+}
+
+bool isCorrespondenceName(const std::string& name) {
+  static const std::regex pattern(R"(c\d+_\d+(_GroundTruth)?\.kx)");
+  return std::regex_match(name, pattern);
 }
 
 /// The files of a folder that bear a name of a flight.
@@ -56,6 +68,11 @@ std::set<fs::path> flightIn(const fs::path& folder) {
         return name == "planes.csv" || isStripName(name, "_planes.kx");
       },
       files);
+  const fs::path correspondences = folder / correspondenceFolder();
+  std::error_code error;
+  if (fs::is_directory(correspondences, error)) {
+    addNamed(correspondences, isCorrespondenceName, files);
+  }
   return files;
 }
 
@@ -89,7 +106,15 @@ std::string OutputFolder::stripName(std::size_t index) {
   return fmt::format("strip_{:02}", index + 1);
 }
 
-fs::path OutputFolder::remembered(const std::string& name) {
+fs::path OutputFolder::correspondences(std::size_t i, std::size_t j, bool groundTruth) {
+  const fs::path folder = correspondenceFolder();
+  std::error_code error;
+  fs::create_directories(folder_ / folder, error);
+  orFail(folder_ / folder, "the folder cannot be made", error);
+  return remembered(folder / fmt::format("c{}_{}{}.kx", i, j, groundTruth ? "_GroundTruth" : ""));
+}
+
+fs::path OutputFolder::remembered(const fs::path& name) {
   return *written_.insert(folder_ / name).first;
 }
 

@@ -28,6 +28,8 @@ class OutputFolder {
   std::filesystem::path planes() { return remembered("truth/planes.csv"); }
   std::filesystem::path trajectory() { return remembered("trajectory.kx"); }
   std::filesystem::path groundTruth() { return remembered("ground_truth.kx"); }
+  /// @param groundTruth  j is the ground truth
+  std::filesystem::path correspondences(std::size_t i, std::size_t j, bool groundTruth);
   std::filesystem::path truth() { return remembered("truth.json"); }
   /// @}
 
@@ -39,7 +41,7 @@ class OutputFolder {
 
  private:
   static std::string stripName(std::size_t index);
-  std::filesystem::path remembered(const std::string& name);
+  std::filesystem::path remembered(const std::filesystem::path& name);
 
   std::filesystem::path folder_;
   std::set<std::filesystem::path> before_, written_;

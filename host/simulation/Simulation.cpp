@@ -3,6 +3,7 @@
 #include "host/simulation/Simulation.h"
 
 #include <numbers>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -10,6 +11,7 @@
 #include "host/Failure.h"
 #include "host/pointcloud/Containers.h"
 #include "host/simulation/Control.h"
+#include "host/simulation/Correspondences.h"
 #include "host/simulation/OutputFolder.h"
 #include "host/simulation/Survey.h"
 #include "host/simulation/Truth.h"
@@ -89,10 +91,13 @@ class Flight {
     PointCloud::saveTrajectory(file, trajectoryColumns(delivered_, nominal_, options_.epsg));
   }
 
+  std::vector<Echo> scan(std::size_t strip) const { return survey_.scan(strip); }
+  DeliveredPoint deliver(const Echo& echo) const;
+
   /// Writes a strip and where its points truly fell.
-  StripTruth saveStrip(std::size_t strip, const std::filesystem::path& file,
+  StripTruth saveStrip(std::size_t strip, const std::vector<Echo>& echoes,
+                       const std::filesystem::path& file,
                        const std::filesystem::path& surfaces) const {
-    const auto echoes = survey_.scan(strip);
     PointCloud::saveStrip(file, stripColumns(echoes, strip));
     PointCloud::saveSurfaces(surfaces, surfacesOf(echoes));
     return {file.filename().string(), plan_.strips()[strip], errors_[strip], echoes.size(),
@@ -101,7 +106,7 @@ class Flight {
 
  private:
   PointCloud::StripColumns stripColumns(const std::vector<Echo>& echoes, std::size_t strip) const;
-  void georeference(PointCloud::StripColumns& columns) const;
+  void georeference(const std::vector<Echo>& echoes, PointCloud::StripColumns& columns) const;
   static PointCloud::SurfaceColumns surfacesOf(const std::vector<Echo>& echoes);
 
   Options options_;
@@ -128,21 +133,27 @@ PointCloud::StripColumns Flight::stripColumns(const std::vector<Echo>& echoes,
     columns.classification.push_back(
         static_cast<std::uint8_t>(terrain_.planes()[echo.plane].surface));
   }
-  georeference(columns);
+  georeference(echoes, columns);
   return columns;
 }
 
-/// World points and directions under the delivered trajectory and the nominal mounting.
-void Flight::georeference(PointCloud::StripColumns& columns) const {
-  const std::size_t n = columns.times.size();
-  columns.world.resize(n);
-  columns.directions.resize(n);
+/// World point and direction under the delivered trajectory and the nominal mounting.
+DeliveredPoint Flight::deliver(const Echo& echo) const {
+  const Pose pose = delivered_.at(echo.time);
+  const Beams beams(pose, nominal_.misalignment, nominal_.leverArm, projection_);
+  const point world = beams.world(echo.scanner);
+  return {world, pose.position - world};
+}
+
+void Flight::georeference(const std::vector<Echo>& echoes,
+                          PointCloud::StripColumns& columns) const {
+  columns.world.resize(echoes.size());
+  columns.directions.resize(echoes.size());
 #pragma omp parallel for schedule(static)
-  for (std::size_t i = 0; i < n; ++i) {
-    const Pose pose = delivered_.at(columns.times[i]);
-    const Beams beams(pose, nominal_.misalignment, nominal_.leverArm, projection_);
-    columns.world[i] = beams.world(columns.scanner[i]);
-    columns.directions[i] = pose.position - columns.world[i];
+  for (std::size_t i = 0; i < echoes.size(); ++i) {
+    const auto delivered = deliver(echoes[i]);
+    columns.world[i] = delivered.world;
+    columns.directions[i] = delivered.direction;
   }
 }
 
@@ -167,15 +178,24 @@ Summary simulate(const std::filesystem::path& folder, const Options& options, bo
   const Flight flight(options);
   const auto patches = flight.control();
   OutputFolder out(folder, overwrite);
-  Summary summary{flight.strips(), 0, patches.size(), flight.terrain().planes().size(), 0};
+  Summary summary{flight.strips(), 0, patches.size(), flight.terrain().planes().size(), 0, 0};
   flight.saveTrajectory(out.trajectory());
   PointCloud::saveGroundTruth(out.groundTruth(), groundTruthColumns(patches, flight.terrain()));
   writeText(out.planes(), planesText(flight.terrain()));
   std::vector<StripTruth> strips;
+  std::vector<std::vector<Echo>> echoes;
   for (std::size_t i = 0; i < flight.strips(); ++i) {
-    strips.push_back(flight.saveStrip(i, out.strip(i), out.planesOfStrip(i)));
+    auto measured = flight.scan(i);
+    strips.push_back(flight.saveStrip(i, measured, out.strip(i), out.planesOfStrip(i)));
+    if (options.correspondences > 0) echoes.push_back(std::move(measured));
     summary.points += strips.back().points;
     tell(fmt::format("{}: {} points", strips.back().file, strips.back().points));
+  }
+  if (options.correspondences > 0) {
+    const auto deliver = [&](const Echo& echo) { return flight.deliver(echo); };
+    summary.correspondences =
+        saveCorrespondences({flight.terrain().planes(), patches, echoes, deliver}, options, out);
+    tell(fmt::format("{} correspondences", summary.correspondences));
   }
   out.removeRemains();
   writeText(out.truth(), flight.truthText(strips));

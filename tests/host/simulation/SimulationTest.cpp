@@ -39,6 +39,7 @@ std::string failureOf(const fs::path& folder, const Simulation::Options& options
 TEST(Simulation, TheSameSeedGivesTheSameBytesForAnyNumberOfThreads) {
   const TemporaryFolder one, other, another;
   auto options = smallFlight();
+  options.correspondences = 1000;
   const int threads = omp_get_max_threads();
   omp_set_num_threads(1);
   const auto summary = make(one.path(), options);
@@ -48,7 +49,7 @@ TEST(Simulation, TheSameSeedGivesTheSameBytesForAnyNumberOfThreads) {
   const auto files = filesIn(one.path());
   EXPECT_TRUE(files == filesIn(other.path()));
   EXPECT_EQ(files.size(), summary.files);
-  EXPECT_EQ(files.size(), 4 + 4 + 4);
+  EXPECT_EQ(files.size(), 4 + 4 + 4 + 6 + 4);  // six pairs of strips, and ground truth for four
 
   ++options.seed;
   make(another.path(), options);
@@ -109,17 +110,21 @@ TEST(Simulation, AFlightIsReplacedWholeAndOnlyOnRequest) {
   const TemporaryFolder folder, fresh;
   auto options = smallFlight();
   ++options.strips;
+  options.correspondences = 1000;
   make(folder / "new/folder", options);
   --options.strips;
+  options.correspondences = 0;
+  EXPECT_TRUE(fs::exists(folder / "new/folder/03_correspondences/c0_1.kx"));
   writeContent(folder / "new/folder/strip_notes.txt", "mine");
+  writeContent(folder / "new/folder/03_correspondences/c0.kx", "mine");
   const auto before = filesIn(folder / "new/folder");
   EXPECT_THAT(failureOf(folder / "new/folder", options), HasSubstr("--overwrite"));
   EXPECT_TRUE(filesIn(folder / "new/folder") == before);
 
   make(folder / "new/folder", options, true);
   make(fresh.path(), options);
-  auto expected = filesIn(fresh.path());  // the fifth strip is gone
-  expected["strip_notes.txt"] = "mine";
+  auto expected = filesIn(fresh.path());  // the fifth strip and the correspondences are gone
+  expected["strip_notes.txt"] = expected["03_correspondences/c0.kx"] = "mine";
   EXPECT_TRUE(filesIn(folder / "new/folder") == expected);
 }
 
@@ -144,6 +149,7 @@ TEST(Simulation, OptionsOutOfBoundsAreRefusedByNameBeforeAnythingIsWritten) {
   EXPECT_THAT(refused([](Options& o) { o.rangeNoise = -0.01; }), HasSubstr("--range-noise"));
   EXPECT_THAT(refused([](Options& o) { o.errorScale = std::nan(""); }), HasSubstr("--error-scale"));
   EXPECT_THAT(refused([](Options& o) { o.epsg = 4326; }), HasSubstr("4326"));
+  EXPECT_THAT(refused([](Options& o) { o.correspondences = 99; }), HasSubstr("--correspondences"));
   EXPECT_FALSE(fs::exists(folder / "flight"));
 }
 
