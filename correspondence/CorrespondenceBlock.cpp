@@ -19,11 +19,11 @@ constexpr const char* gridOfGroundTruth = "GroundTruth";
 
 }  // namespace
 
-CorrespondenceBlock::CorrespondenceBlock(const std::filesystem::path& path, bool groundTruth,
+CorrespondenceBlock::CorrespondenceBlock(std::filesystem::path path, bool groundTruth,
                                          const std::uint32_t& weekNumberI,
                                          const std::uint32_t& weekNumberJ,
                                          std::shared_ptr<Strandel::MyStorage> storage)
-    : path_(path),
+    : path_(std::move(path)),
       groundTruth_(groundTruth),
       storage_(std::move(storage)),
       bundle_(std::make_shared<Strandel::Bundle>()) {
@@ -33,9 +33,11 @@ CorrespondenceBlock::CorrespondenceBlock(const std::filesystem::path& path, bool
                               weekNumberJ);
 }
 
-CorrespondenceBlock::CorrespondenceBlock(const std::filesystem::path& path,
+CorrespondenceBlock::CorrespondenceBlock(std::filesystem::path path,
                                          std::shared_ptr<Strandel::MyStorage> storage)
-    : path_(path), storage_(std::move(storage)), bundle_(loadedBundle(path_, storage_.get())) {
+    : path_(std::move(path)),
+      storage_(std::move(storage)),
+      bundle_(loadedBundle(path_, storage_.get())) {
   if (!bundle_) {
     error_ = "CorrespondenceBlock::load: cannot load file " + path_.string();
     return;
@@ -80,7 +82,7 @@ std::string CorrespondenceBlock::save() {
   const auto refused = [this](const std::string& fault) {
     return fmt::format("CorrespondenceBlock::save: {}: {}", path_.string(), fault);
   };
-  if (!error_.empty()) return refused("not saved, since it was not loaded well: " + error_);
+  if (!error_.empty()) return refused("not saved, since loading it failed: " + error_);
   if (size() == 0) return {};
   if (!bundle_ || !storage_) return refused("the block has no file or no storage");
   return firstFault([&] { return storeSide(sideI_); }, [&] { return storeSide(sideJ_); },

@@ -64,11 +64,11 @@ std::string unequalColumn(const SphericalBeingData& side) {
 /// The field of that name with at most the one fragment that a side is stored in. What else a
 /// foreign file says of the field stays.
 Strandel::FieldPtr wholeField(Strandel::Chart& chart, const char* name, Strandel::ValueType type) {
-  const auto before = chart.makeField(name, type);
+  auto before = chart.makeField(name, type);
   const auto fragments = before->fragments();
   if (fragments.empty() || fragments == std::vector{Strandel::FragmentId{0}}) return before;
   chart.removeField(name);
-  const auto field = chart.makeField(name, type);
+  auto field = chart.makeField(name, type);
   field->attributes() = before->attributes();
   field->setStored(before->stored());
   return field;

@@ -62,7 +62,7 @@ std::string SphericalBeingData::toText() const {
       "Index\tGPSTime\t\tWorld_XYZ\t\tScanner_XYZ\t\tNormalVector\t\tDirectionDelta"
       "\tClassification\n";
   text += std::string(ruleLength, '-') + '\n';
-  for (std::size_t k = 0; k < completeEntries(); ++k) {
+  for (std::size_t k = 0, entries = completeEntries(); k < entries; ++k) {
     const auto being = (*this)[k];
     fmt::format_to(std::back_inserter(text), "{}\t{:.3f}\t{}{}{}{}{}, {} \n", k, being.gpsTime,
                    textOf(being.worldPosition), textOf(being.scannerPosition), textOf(being.normal),

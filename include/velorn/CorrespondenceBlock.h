@@ -65,7 +65,7 @@ class VELORN_EXPORT CorrespondenceBlock {
 
   /// A new block; nothing is written before save.
   /// @param groundTruth  side J is the ground truth
-  CorrespondenceBlock(const std::filesystem::path& path, bool groundTruth,
+  CorrespondenceBlock(std::filesystem::path path, bool groundTruth,
                       const std::uint32_t& weekNumberI, const std::uint32_t& weekNumberJ,
                       std::shared_ptr<Strandel::MyStorage> storage);
 
@@ -73,8 +73,7 @@ class VELORN_EXPORT CorrespondenceBlock {
   /// the block lives. Throws nothing for a bad file: errorText() then says what is wrong, and the
   /// sides are as far as they were built. Sides that differ in length are no fault here; columns of
   /// one side that do are.
-  CorrespondenceBlock(const std::filesystem::path& path,
-                      std::shared_ptr<Strandel::MyStorage> storage);
+  CorrespondenceBlock(std::filesystem::path path, std::shared_ptr<Strandel::MyStorage> storage);
 
   void add(const SphericalBeing& i, const SphericalBeing& j);
 

@@ -143,7 +143,7 @@ TEST_F(Blocks, GrowAfterSavingAndLoading) {
 TEST_F(Blocks, ThatLackSomethingSayWhatAndAreNotSavedOverTheirFile) {
   const std::string side = "SphericalBeingData::SphericalBeingData: ";
   const std::string file = "CorrespondenceBlock::load: cannot load grid for file " + path.string();
-  const auto without = [](std::vector<std::string> names, const char* of = "Grid_I") {
+  const auto without = [](const std::vector<std::string>& names, const char* of = "Grid_I") {
     return [=](Bundle& bundle) {
       for (const auto& name : names) {
         grid(bundle, of).cartesian()->removeField(name);
@@ -151,7 +151,7 @@ TEST_F(Blocks, ThatLackSomethingSayWhatAndAreNotSavedOverTheirFile) {
       }
     };
   };
-  const auto removed = [](std::vector<std::string> names) {
+  const auto removed = [](const std::vector<std::string>& names) {
     return [=](Bundle& bundle) {
       for (const auto& name : names) bundle.slice(0)->removeGrid(name);
     };
