@@ -27,6 +27,9 @@ class Correspondences : public testing::Test {
     configuration.RootPath = folder.path();
     std::filesystem::create_directory(folder / "03_correspondences");
     std::filesystem::create_directory(folder / "01_status");
+    for (const char* name : {"a.kx", "b.kx", "c.kx", "g.kx", "t.kx"}) {
+      writeContent(folder / name, "");
+    }
     Plome::StringList names;
     for (const char* name : {"a.kx", "b.kx", "c.kx"}) {
       strips.push_back(folder / name);
