@@ -78,6 +78,8 @@ void addSimulate(CLI::App& app) {
                                  "factor on all injected errors; the noise is not changed")
                     ->capture_default_str();
   command->add_flag("--no-errors", call->noErrors, "the same as --error-scale 0")->excludes(scale);
+  command->add_flag("!--no-slow-errors", options.slowErrors,
+                    "errors of the trajectory constant and linear in time only");
   command->add_flag("--flat-control", options.flatControl,
                     "ground truth on horizontal planes only");
   // As a text: a flag takes for a number whatever begins like one.

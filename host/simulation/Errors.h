@@ -42,6 +42,12 @@ struct StripErrors {
   double firstTime = 0.0;  ///< where dt = 0 [s of week]
   Correction position;     ///< easting, northing, height [m]
   Correction attitude;     ///< roll, pitch, yaw [rad]
+
+  /// Leaves what is constant or linear in time.
+  void removeSlowPart() {
+    position.amplitude.setZero();
+    attitude.amplitude.setZero();
+  }
 };
 
 /// @param strip      place in the order flown

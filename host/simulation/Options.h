@@ -16,6 +16,7 @@ struct Options {
   double height = 400.0;              ///< of the parallel strips above the ground [m]
   double rangeNoise = 0.02;           ///< standard deviation [m]
   double angleNoise = 0.0005;         ///< standard deviation of both angles [degree]
+  bool slowErrors = true;             ///< trajectory errors that vary slowly, beside linear ones
   double errorScale = 1.0;            ///< factor on every injected error; the noise has its own
   bool flatControl = false;           ///< ground truth on horizontal planes only
   std::uint32_t epsg = 32632;         ///< projection of the flight, a northern UTM zone

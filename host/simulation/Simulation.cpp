@@ -73,6 +73,7 @@ class Flight {
         survey_(options_, plan_, terrain_, truth_, real_, projection_) {
     for (std::size_t i = 0; i < plan_.strips().size(); ++i) {
       errors_.push_back(drawnErrors(options.seed, i, survey_.firstTime(i), options.errorScale));
+      if (!options.slowErrors) errors_.back().removeSlowPart();
     }
     delivered_ = deliveredTrack(truth_, plan_.strips(), errors_);
   }
