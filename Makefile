@@ -15,12 +15,15 @@ all build: build/release/build.ninja
 test: build
 	@ctest --preset release
 
-# A flight of a million points with known errors, georeferenced with the parameters that it is delivered with.
+# A flight of a million points with known errors: adjusted with correspondences from its own planes, and georeferenced
+# with the result.
 demo: build
-	@build/release/host/velorn simulate build/demo --overwrite
+	@build/release/host/velorn simulate build/demo --correspondences --overwrite
+	@build/release/host/velorn adjust build/demo/strip_*.kx --trajectory build/demo/trajectory.kx \
+	  --ground-truth build/demo/ground_truth.kx --output build/demo --suffix .txt
 	@build/release/host/velorn georeference build/demo/strip_*.kx --trajectory build/demo/trajectory.kx \
-	  --output build/demo/georeferenced --overwrite
-	@build/release/host/velorn info build/demo/georeferenced/strip_01_SA.kx
+	  --sections build/demo/00_parameter/Sections.txt --parameters build/demo/00_parameter/Parameter.txt \
+	  --strip-ids build/demo/00_parameter/StripID.txt --output build/demo/adjusted --overwrite
 
 sanitize: build/dev/build.ninja
 	@cmake --build --preset dev

@@ -120,6 +120,10 @@ void addAdjust(CLI::App& app) {
       .add_option("--correspondences", job.correspondences,
                   "folder of correspondence containers; default: 03_correspondences in the root")
       ->type_name("FOLDER");
+  command
+      .add_option("--suffix", job.configuration.FileSuffix,
+                  "end of the names of the parameter files; default: date and time")
+      ->type_name("TEXT");
   addModel(command, *call);
   command.footer(
       "Example: velorn simulate demo --correspondences && velorn adjust demo/strip_*.kx\n"

@@ -1,0 +1,114 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include <gmock/gmock.h>
+#include <omp.h>
+
+#include "host/Failure.h"
+#include "host/adjustment/Job.h"
+#include "host/adjustment/Summary.h"
+#include "platform/morvane/Console.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/trajectory/TrajectoryFile.h"
+#include <velorn/CorrespondenceBlock.h>
+
+using testing::HasSubstr;
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Two strips over a short trajectory, with files as far as a run gets before it solves.
+class Adjusting : public testing::Test {
+ protected:
+  Adjusting() {
+    for (const char* name : {"a.kx", "b.kx"}) {
+      Strandel::Bundle bundle;
+      const auto chart =
+          bundle.makeSlice(0)->makeGrid("strip")->makeChart(Strandel::scannerChartName);
+      chart->makeField("GPSTime", Strandel::ValueType::Double)
+          ->setValues<double>({0}, std::vector<double>{1001, 1009});
+      orFail(Strandel::MyStorage(0, 0, 1, 1).save(bundle, folder / name, "wd"));
+      job.strips.push_back(folder / name);
+    }
+    writeContent(folder / "ground.kx", "");
+    job.groundTruth = folder / "ground.kx";
+    job.trajectories = {TrajectoryFile({recordsAt({1000, 1005, 1010})}).save(folder / "t.kx")};
+    job.correspondences = folder / "blocks";
+    job.configuration.RootPath = folder / "out";
+    fs::create_directory(job.correspondences);
+  }
+
+  void writePairs(double time, unsigned week = 2318) const {
+    Velorn::CorrespondenceBlock block(job.correspondences / "c0_1.kx", false, week, week,
+                                      job.configuration.Storage);
+    const Velorn::SphericalBeing being({1, 2, 3}, {600, 1, 2}, time, {0, 0, 1}, {0, 0, 1}, 11);
+    for (int i = 0; i < 3; ++i) block.add(being, being);
+    orFail(block.save());
+  }
+
+  std::string failure() const {
+    try {
+      checkJob(job);
+      adjust(job, nullptr);
+    } catch (const Failure& fault) {
+      return fault.what();
+    }
+    return "no failure";
+  }
+
+  TemporaryFolder folder;
+  AdjustmentJob job;
+  Morvane::ConsoleRedirection silence{[](std::string_view) {}};
+};
+
+}  // namespace
+
+TEST_F(Adjusting, RefusesFilesThatAreMissingOrCannotBeToldApart) {
+  const auto good = job;
+  job.strips.push_back(folder / "no.kx");
+  EXPECT_EQ(failure(), (folder / "no.kx").string() + ": no such file");
+  job = good;
+  fs::create_directory(folder / "other");
+  fs::copy(folder / "a.kx", folder / "other");
+  job.strips.push_back(folder / "other" / "a.kx");
+  EXPECT_THAT(failure(), HasSubstr("two strips of one name"));
+  job = good;
+  job.groundTruth = folder.path();
+  EXPECT_EQ(failure(), folder.path().string() + ": is not a file");
+  job = good;
+  fs::copy(folder / "t.kx", folder / "t,2.kx");
+  job.trajectories = {folder / "t,2.kx"};
+  EXPECT_THAT(failure(), HasSubstr("must not hold a comma"));
+  job = good;
+  job.correspondences = folder / "nowhere";
+  EXPECT_THAT(failure(), HasSubstr("nowhere: no such folder"));
+  EXPECT_FALSE(fs::exists(folder / "out"));
+}
+
+TEST_F(Adjusting, NamesBlocksWithTimesThatTheTrajectoryDoesNotCover) {
+  for (const auto& [time, week] : {std::pair{1000.0, 2318U}, {999.0, 2318U}, {1005.0, 2317U}}) {
+    writePairs(time, week);
+    EXPECT_THAT(failure(), HasSubstr("c0_1.kx: 6 points were measured before the trajectory"));
+  }
+  EXPECT_FALSE(fs::exists(folder / "out"));
+}
+
+TEST_F(Adjusting, SaysHowMuchGroundTruthThereIsWhenItIsTooLittle) {
+  writePairs(1005);
+  const int threads = omp_get_max_threads();
+  EXPECT_THAT(failure(), HasSubstr("only 0 correspondences with the ground truth, 100 are needed"));
+  EXPECT_EQ(omp_get_max_threads(), threads);
+  EXPECT_TRUE(fs::exists(folder / "out/01_status/03_HistCorrespondences.txt"));
+}
+
+TEST_F(Adjusting, SumsUpHowTheSolverEndedAndWhatWasHeld) {
+  AdjustmentOutcome outcome{{"a.kx", "b.kx"}, {}, {}};
+  outcome.result.end.termination = "FAILURE";
+  outcome.result.sections = {
+      {0, 0, 500, false, false}, {1, 1, 7, true, false}, {1, 2, 9, true, true}};
+  const auto text = summaryOf(outcome, false);
+  EXPECT_THAT(text, HasSubstr("solver: FAILURE after 0 steps"));
+  EXPECT_THAT(text, HasSubstr("section 1 of b.kx (7 correspondences): too few"));
+  EXPECT_THAT(text, HasSubstr("section 2 of b.kx (9 correspondences): locked, and weak"));
+  EXPECT_THAT(text, testing::Not(HasSubstr("a.kx")));
+  EXPECT_THAT(text, HasSubstr("not controlled"));
+}
