@@ -1,5 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+
 #include <ceres/dynamic_autodiff_cost_function.h>
 #include <ceres/gradient_checker.h>
 #include <ceres/manifold.h>
@@ -16,6 +18,23 @@ using Velorn::Section;
 using Velorn::SphericalBeing;
 
 namespace {
+
+using Blocks = std::vector<std::vector<double>>;
+
+std::vector<const double*> pointersTo(const Blocks& blocks) {
+  std::vector<const double*> pointers(blocks.size());
+  std::transform(blocks.begin(), blocks.end(), pointers.begin(),
+                 [](const auto& block) { return block.data(); });
+  return pointers;
+}
+
+/// Zeros in blocks of the same sizes.
+Blocks zerosLike(const Blocks& blocks) {
+  Blocks zeros(blocks.size());
+  std::transform(blocks.begin(), blocks.end(), zeros.begin(),
+                 [](const auto& block) { return std::vector<double>(block.size()); });
+  return zeros;
+}
 
 /// Two measurements of one strip, its sections being those of two strips.
 class Residual : public testing::Test {
@@ -44,23 +63,21 @@ class Residual : public testing::Test {
   }
 
   /// The unknowns of the parameters, in the order of the blocks.
-  std::vector<std::vector<double>> blocks(std::size_t count) const {
+  Blocks blocks(std::size_t count) const {
     const auto& v = corrections;
     const auto part = [&](std::size_t first, std::size_t size) {
       const auto from = v.begin() + static_cast<std::ptrdiff_t>(first);
       return std::vector<double>(from, from + static_cast<std::ptrdiff_t>(size));
     };
-    std::vector<std::vector<double>> all{part(48, 3), part(51, 3),  part(54, 3),  part(57, 3),
-                                         part(0, 12), part(12, 12), part(24, 12), part(36, 12)};
+    Blocks all{part(48, 3), part(51, 3),  part(54, 3),  part(57, 3),
+               part(0, 12), part(12, 12), part(24, 12), part(36, 12)};
     all.resize(count);
     return all;
   }
 
   /// @return residual, or NaN when the evaluation fails
-  static double valueOf(const pointToPlaneCostFunction& functor,
-                        const std::vector<std::vector<double>>& x) {
-    std::vector<const double*> pointers;
-    for (const auto& block : x) pointers.push_back(block.data());
+  static double valueOf(const pointToPlaneCostFunction& functor, const Blocks& x) {
+    const auto pointers = pointersTo(x);
     double residual = 0;
     return functor(pointers.data(), &residual) ? residual : NAN;
   }
@@ -108,19 +125,14 @@ TEST_F(Residual, HasTheDerivativesOfTheExactTwin) {
   for (const bool isControl : {false, true}) {
     const auto functor = isControl ? control({600100, 5250100, 10}) : pairOf();
     const auto x = blocks(isControl ? 6 : 8);
-    std::vector<const double*> pointers;
-    std::vector<std::vector<double>> jacobian;
-    std::vector<double*> rows;
-    for (const auto& block : x) {
-      pointers.push_back(block.data());
-      jacobian.emplace_back(block.size());
-    }
-    for (auto& row : jacobian) rows.push_back(row.data());
+    const auto pointers = pointersTo(x);
+    Blocks jacobian = zerosLike(x), expected = zerosLike(x);
+    std::vector<double*> rows(x.size());
+    std::transform(jacobian.begin(), jacobian.end(), rows.begin(),
+                   [](auto& block) { return block.data(); });
     double residual = 0;
     ASSERT_TRUE(cost(functor)->Evaluate(pointers.data(), &residual, rows.data()));
     // r = w u (Q - P): globals by both points, sections by one each.
-    std::vector<std::vector<double>> expected;
-    for (const auto& block : x) expected.emplace_back(block.size());
     for (std::size_t side = 0; side < (isControl ? 1U : 2U); ++side) {
       const ExactCase given(trajectory, starts, corrections, beings[side].scannerPosition,
                             beings[side].gpsTime);
@@ -148,8 +160,7 @@ TEST_F(Residual, PassesTheSolversOwnCheckOfDerivatives) {
   for (const bool isControl : {false, true}) {
     const auto checked = cost(isControl ? control(worldPoints[1]) : pairOf());
     auto x = blocks(isControl ? 6 : 8);
-    std::vector<const double*> pointers;
-    for (const auto& block : x) pointers.push_back(block.data());
+    const auto pointers = pointersTo(x);
     ceres::NumericDiffOptions options;
     options.ridders_relative_initial_step_size = 1e-3;
     const std::vector<const ceres::Manifold*> none(x.size(), nullptr);
@@ -165,8 +176,7 @@ TEST_F(Residual, DoesNotDependOnCoefficientsThatTheSectionsTypeLeavesOut) {
     const auto functor = pairOf();
     const auto made = cost(functor);
     const auto x = blocks(8);
-    std::vector<const double*> pointers;
-    for (const auto& block : x) pointers.push_back(block.data());
+    const auto pointers = pointersTo(x);
     std::vector<double> row(12);
     std::string used;
     for (std::size_t k = 4; k < 8; ++k) {
