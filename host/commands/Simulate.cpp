@@ -77,6 +77,9 @@ void addSimulate(CLI::App& app) {
                     ->add_option("--error-scale", options.errorScale,
                                  "factor on all injected errors; the noise is not changed")
                     ->capture_default_str();
+  command->add_option("--only-errors", options.onlyErrors,
+                      "inject one kind of errors only: offsets, scales, misalignment, lever-arm,\n"
+                      "position or attitude (the last two of the trajectory)");
   command->add_flag("--no-errors", call->noErrors, "the same as --error-scale 0")->excludes(scale);
   command->add_flag("!--no-slow-errors", options.slowErrors,
                     "errors of the trajectory constant and linear in time only");

@@ -54,12 +54,12 @@ Mounting nominalMounting() {
   return mounting;
 }
 
-Mounting trueMounting(double scale) {
+Mounting trueMounting(const Options& options) {
   Mounting mounting = nominalMounting();
-  mounting.offsets = scale * Vector3d(0.03, 0.01 * degree, 0.01 * degree);
-  mounting.scales = scale * Vector3d(1e-4, 1e-4, 1e-4);
-  mounting.misalignment += scale * degree * Vector3d(0.05, -0.03, 0.1);
-  mounting.leverArm += scale * Vector3d(0.05, -0.05, 0.05);
+  mounting.offsets = options.scaleOf("offsets") * Vector3d(0.03, 0.01 * degree, 0.01 * degree);
+  mounting.scales = options.scaleOf("scales") * Vector3d(1e-4, 1e-4, 1e-4);
+  mounting.misalignment += options.scaleOf("misalignment") * degree * Vector3d(0.05, -0.03, 0.1);
+  mounting.leverArm += options.scaleOf("lever-arm") * Vector3d(0.05, -0.05, 0.05);
   return mounting;
 }
 
@@ -71,12 +71,12 @@ Vector3d Correction::at(double dt) const {
   return sum;
 }
 
-StripErrors drawnErrors(std::uint64_t seed, std::uint64_t strip, double firstTime, double scale) {
-  Random random(seed, Draw::errors, strip);
+StripErrors drawnErrors(const Options& options, std::uint64_t strip, double firstTime) {
+  Random random(options.seed, Draw::errors, strip);
   StripErrors errors;
   errors.firstTime = firstTime;
-  errors.position = drawn(ofPosition, scale, random);
-  errors.attitude = drawn(ofAttitude, scale, random);
+  errors.position = drawn(ofPosition, options.scaleOf("position"), random);
+  errors.attitude = drawn(ofAttitude, options.scaleOf("attitude"), random);
   return errors;
 }
 

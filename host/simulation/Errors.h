@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "host/simulation/Options.h"
 #include "host/simulation/TrueFlight.h"
 
 namespace Simulation {
@@ -24,9 +25,8 @@ struct Mounting {
 /// What the delivered files say.
 Mounting nominalMounting();
 
-/// What is true: the nominal one plus errors of fixed size.
-/// @param scale  factor on the errors
-Mounting trueMounting(double scale);
+/// What is true: the nominal one plus errors of fixed size, times the factors of the options.
+Mounting trueMounting(const Options& options);
 
 /// Corrections of three components, dt the seconds since the strip's first GPS time:
 ///   constant + linear dt + amplitude sin(2 π dt / period + phase)
@@ -52,8 +52,7 @@ struct StripErrors {
 
 /// @param strip      place in the order flown
 /// @param firstTime  of the strip's points [s of week]
-/// @param scale      factor on the errors
-StripErrors drawnErrors(std::uint64_t seed, std::uint64_t strip, double firstTime, double scale);
+StripErrors drawnErrors(const Options& options, std::uint64_t strip, double firstTime);
 
 /// The trajectory as it is delivered: the true one minus the corrections, at every record. Before
 /// and after a strip they fade away while the aircraft flies straight.

@@ -2,9 +2,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/simulation/Options.h"
 
+#include <algorithm>
 #include <exception>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "host/Failure.h"
 #include "platform/tessaly/TransverseMercator.h"
@@ -17,6 +19,12 @@ void checkRange(const char* name, double value, double low, double high) {
   throw Failure(fmt::format("{} must be between {} and {}, not {}", name, low, high, value));
 }
 
+void checkKind(const std::string& word) {
+  if (word.empty() || std::ranges::find(errorKinds, word) != errorKinds.end()) return;
+  throw Failure(
+      fmt::format("--only-errors must be one of {}, not {}", fmt::join(errorKinds, ", "), word));
+}
+
 }  // namespace
 
 void check(const Options& options) {
@@ -27,6 +35,7 @@ void check(const Options& options) {
   checkRange("--range-noise", options.rangeNoise, 0, 10);
   checkRange("--angle-noise", options.angleNoise, 0, 1);
   checkRange("--error-scale", options.errorScale, 0, 10);
+  checkKind(options.onlyErrors);
   if (options.correspondences != 0) {
     checkRange("--correspondences", static_cast<double>(options.correspondences), 1000, 40e6);
   }

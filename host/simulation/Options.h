@@ -4,7 +4,10 @@
 // What a user may choose about a synthetic flight.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <string>
+#include <string_view>
 
 namespace Simulation {
 
@@ -18,10 +21,20 @@ struct Options {
   double angleNoise = 0.0005;         ///< standard deviation of both angles [degree]
   bool slowErrors = true;             ///< trajectory errors that vary slowly, beside linear ones
   double errorScale = 1.0;            ///< factor on every injected error; the noise has its own
+  std::string onlyErrors;             ///< the one kind of errors injected; empty for all kinds
   bool flatControl = false;           ///< ground truth on horizontal planes only
   std::uint32_t epsg = 32632;         ///< projection of the flight, a northern UTM zone
   std::uint64_t correspondences = 0;  ///< to write, at most; 0 for none
+
+  /// Factor on the errors of one kind, a word of `onlyErrors`.
+  double scaleOf(std::string_view kind) const {
+    return onlyErrors.empty() || onlyErrors == kind ? errorScale : 0.0;
+  }
 };
+
+/// The words of `onlyErrors`.
+inline constexpr std::array<std::string_view, 6> errorKinds{"offsets",   "scales",   "misalignment",
+                                                            "lever-arm", "position", "attitude"};
 
 /// @throws Failure, naming the option, its value and its bounds
 void check(const Options& options);

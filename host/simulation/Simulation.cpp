@@ -68,11 +68,11 @@ class Flight {
         plan_(options),
         terrain_(plan_.reach(), options.seed),
         truth_(flownTrack(plan_, Motion(options.seed), projection_)),
-        real_(trueMounting(options.errorScale)),
+        real_(trueMounting(options)),
         nominal_(nominalMounting()),
         survey_(options_, plan_, terrain_, truth_, real_, projection_) {
     for (std::size_t i = 0; i < plan_.strips().size(); ++i) {
-      errors_.push_back(drawnErrors(options.seed, i, survey_.firstTime(i), options.errorScale));
+      errors_.push_back(drawnErrors(options, i, survey_.firstTime(i)));
       if (!options.slowErrors) errors_.back().removeSlowPart();
     }
     delivered_ = deliveredTrack(truth_, plan_.strips(), errors_);

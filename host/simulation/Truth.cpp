@@ -69,6 +69,7 @@ Json optionsOf(const Options& options) {
           {"rangeNoise", options.rangeNoise},
           {"angleNoise", options.angleNoise},
           {"errorScale", options.errorScale},
+          {"onlyErrors", options.onlyErrors},
           {"slowErrors", options.slowErrors},
           {"flatControl", options.flatControl},
           {"epsg", options.epsg}};

@@ -148,6 +148,7 @@ TEST(Simulation, OptionsOutOfBoundsAreRefusedByNameBeforeAnythingIsWritten) {
   EXPECT_THAT(refused([](Options& o) { o.strips = 1; }), HasSubstr("--strips"));
   EXPECT_THAT(refused([](Options& o) { o.rangeNoise = -0.01; }), HasSubstr("--range-noise"));
   EXPECT_THAT(refused([](Options& o) { o.errorScale = std::nan(""); }), HasSubstr("--error-scale"));
+  EXPECT_THAT(refused([](Options& o) { o.onlyErrors = "lever arm"; }), HasSubstr("lever-arm,"));
   EXPECT_THAT(refused([](Options& o) { o.epsg = 4326; }), HasSubstr("4326"));
   EXPECT_THAT(refused([](Options& o) { o.correspondences = 99; }), HasSubstr("--correspondences"));
   EXPECT_FALSE(fs::exists(folder / "flight"));
