@@ -6,7 +6,7 @@
 #include <ceres/loss_function.h>
 #include <fmt/format.h>
 
-#include "optimization/ClassCode.h"
+#include "correspondence/ClassCode.h"
 #include "optimization/CorrespondenceFolder.h"
 #include "optimization/ParameterBlocks.h"
 #include "optimization/PointToPlaneCostFunction.h"

@@ -7,8 +7,8 @@
 
 #include <fmt/format.h>
 
+#include "correspondence/ClassCode.h"
 #include "optimization/CheckTexts.h"
-#include "optimization/ClassCode.h"
 #include "optimization/CorrespondenceFaults.h"
 #include "optimization/SectionReport.h"
 #include "platform/morvane/Console.h"

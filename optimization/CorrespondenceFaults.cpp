@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-#include "optimization/ClassCode.h"
+#include "correspondence/ClassCode.h"
 
 namespace Velorn {
 namespace {

@@ -4,8 +4,8 @@
 
 #include <fmt/format.h>
 
+#include "correspondence/ClassCode.h"
 #include "georef/PhysicalSpace.h"
-#include "optimization/ClassCode.h"
 
 namespace Velorn {
 namespace {

@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "correspondence/ClassCode.h"
 #include "platform/morvane/Console.h"
 #include "statistics/PointMeasures.h"
 #include "statistics/StatisticFolder.h"
@@ -142,10 +143,9 @@ void AdjustmentStatistic::addDifferences(const CorrespondenceBlock& block, const
 }
 
 void AdjustmentStatistic::addClasses(const std::vector<std::uint8_t>& classes) {
-  constexpr std::size_t firstClass = 10;  // the class byte is 10 plus the TerrainType
-  for (const std::size_t code : classes) {
-    if (code >= firstClass && code - firstClass < classCounts_.size()) {
-      ++classCounts_[code - firstClass];
+  for (const std::uint8_t code : classes) {
+    if (const std::size_t place = classIndex(code); place < classCounts_.size()) {
+      ++classCounts_[place];
     }
   }
 }

@@ -150,6 +150,12 @@ void checkJob(const AdjustmentJob& job) {
           fmt::format("{} and {}: two strips of one name", same->second.string(), strip.string()));
     }
   }
+  for (const int strip : job.configuration.LockedStrips) {
+    if (strip >= 0 && static_cast<std::size_t>(strip) < job.strips.size()) continue;
+    throw Failure(
+        fmt::format("--lock {}: there are {} strips, counted from 0", strip, job.strips.size()),
+        misuse);
+  }
   requireFile(job.groundTruth);
   for (const auto& file : job.trajectories) {
     requireFile(file);

@@ -81,6 +81,9 @@ TEST_F(Adjusting, RefusesFilesThatAreMissingOrCannotBeToldApart) {
   job = good;
   job.correspondences = folder / "nowhere";
   EXPECT_THAT(failure(), HasSubstr("nowhere: no such folder"));
+  job = good;
+  job.configuration.LockedStrips = {0, 2};
+  EXPECT_EQ(failure(), "--lock 2: there are 2 strips, counted from 0");
   EXPECT_FALSE(fs::exists(folder / "out"));
 }
 
