@@ -23,7 +23,7 @@ constexpr const char* description =
 constexpr const char* footer =
     "`velorn COMMAND --help` shows an example. Results go to standard output, messages to "
     "standard\n"
-    "error; the exit status is 0 only when all went well. The commands that import, adjust and\n"
+    "error; the exit status is 0 only when all went well. The commands that import, match and\n"
     "report follow.";
 
 /// Standard output is for results: `velorn info --json` is read by programs.
