@@ -157,6 +157,10 @@ TEST_F(Residual, HasTheDerivativesOfTheExactTwin) {
 }
 
 TEST_F(Residual, PassesTheSolversOwnCheckOfDerivatives) {
+#ifdef VELORN_SANITIZED
+  GTEST_SKIP() << "the installed library's matrices are allocated in another way than sanitized "
+                  "code frees them";
+#endif
   for (const bool isControl : {false, true}) {
     const auto checked = cost(isControl ? control(worldPoints[1]) : pairOf());
     auto x = blocks(isControl ? 6 : 8);
