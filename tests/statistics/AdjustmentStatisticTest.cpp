@@ -212,6 +212,7 @@ TEST_F(Statistics, OfBothPhasesAgreeWithASlowTwin) {
 }
 
 TEST_F(Statistics, ABlockThatIsRefusedIsNotTakenInAtAll) {
+  metersMoved_ = 0.1;  // so that every movement counts
   const auto pairs = blockOf(false, 0, 1, 5);
   EXPECT_EQ(add(after_, pairs, 0, 1), "");
   EXPECT_THAT(add(after_, pairs, 3, 1), AllOf(HasSubstr("c.kx"), HasSubstr("strip 3")));
