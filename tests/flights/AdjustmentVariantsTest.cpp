@@ -20,12 +20,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-#ifdef VELORN_SANITIZED
-constexpr bool isSlow = true;  // the solver, by far; a choice of the cases must do
-#else
-constexpr bool isSlow = false;
-#endif
-
 /// The 24 unknowns of a section.
 std::vector<double> unknownsOf(const Velorn::SolverParameters& parameters, unsigned int section) {
   std::vector<double> values;
@@ -180,8 +174,7 @@ const Variant variants[] = {
      "L LSL B LL", 0.1},
 };
 
-INSTANTIATE_TEST_SUITE_P(Each, ModelOfSections,
-                         testing::ValuesIn(variants + (isSlow ? 7 : 0), std::end(variants)),
+INSTANTIATE_TEST_SUITE_P(Each, ModelOfSections, testing::ValuesIn(variants),
                          [](const auto& instance) { return instance.param.name; });
 
 }  // namespace
@@ -274,7 +267,6 @@ TEST_F(VariantsOfAnAdjustment, UnknownsNotEstimatedStayWhereTheyStart) {
     return values;
   };
   for (const auto& held : blocks) {
-    if (isSlow && &held != std::end(blocks) - 1) continue;
     SCOPED_TRACE(held.name);
     Library library(job);
     const auto start = library.parameters;
@@ -353,10 +345,7 @@ std::string nameOf(const testing::TestParamInfo<std::string_view>& info) {
   return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, OneKindOfErrors,
-                         testing::ValuesIn(Simulation::errorKinds.begin() + (isSlow ? 4 : 0),
-                                           Simulation::errorKinds.end()),
-                         nameOf);
+INSTANTIATE_TEST_SUITE_P(Each, OneKindOfErrors, testing::ValuesIn(Simulation::errorKinds), nameOf);
 
 }  // namespace
 
