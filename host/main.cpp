@@ -23,8 +23,9 @@ constexpr const char* description =
 constexpr const char* footer =
     "`velorn COMMAND --help` shows an example. Results go to standard output, messages to "
     "standard\n"
-    "error; the exit status is 0 only when all went well. The commands that import, match and\n"
-    "report follow.";
+    "error. Exit status: 0 all went well; 1 bad input, or the job failed; 2 the call was not\n"
+    "understood; 3 the solver did not converge; 4 too little ground truth; 5 the solver failed;\n"
+    "6 a file cannot be written.";
 
 /// Standard output is for results: `velorn info --json` is read by programs.
 void writeMessage(std::string_view text) {
@@ -54,7 +55,9 @@ int run(int argc, char** argv) {
 /// A result that a full disk cut off is none.
 void checkStandardOutput() {
   std::cout.flush();
-  if (!std::cout || std::fflush(stdout) != 0) throw Failure("standard output: cannot be written");
+  if (!std::cout || std::fflush(stdout) != 0) {
+    throw Failure("standard output: cannot be written", writeError);
+  }
 }
 
 }  // namespace
@@ -70,6 +73,6 @@ int main(int argc, char** argv) {
     return failure.exitStatus();
   } catch (const std::exception& error) {
     std::cerr << "velorn: " << error.what() << '\n';
-    return 1;
+    return jobFailed;
   }
 }

@@ -37,7 +37,8 @@ void makeFolders(const InputParameter& configuration) {
     fs::create_directories(configuration.RootPath / folder, fault);
     if (fs::is_directory(configuration.RootPath / folder, fault)) continue;
     throw Failure((configuration.RootPath / folder).string() + ": cannot be made a folder" +
-                  (fault ? ": " + fault.message() : ""));
+                      (fault ? ": " + fault.message() : ""),
+                  writeError);
   }
 }
 
@@ -66,15 +67,17 @@ class SolverThreads {
   int before_;
 };
 
-/// What the check's own words do not say.
-std::string inPlainWords(const std::string& fault, const AdjustmentJob& job,
-                         const Velorn::AdjustmentResult& result) {
+/// Of a run that did not come to the solver; says what the check's own words do not.
+Failure refusal(const std::string& fault, const AdjustmentJob& job,
+                const Velorn::AdjustmentResult& result) {
   const auto& classes = result.correspondencesPerClass;
-  if (classes.empty() || classes.front() >= job.settings.fewestGroundTruth) return fault;
-  return fmt::format(
-      "{}: only {} correspondences with the ground truth, {} are needed; --relative goes without, "
-      "and then nothing controls position and tilt",
-      job.correspondences.string(), classes.front(), job.settings.fewestGroundTruth);
+  if (classes.empty() || classes.front() >= job.settings.fewestGroundTruth) return Failure(fault);
+  return Failure(
+      fmt::format(
+          "{}: only {} correspondences with the ground truth, {} are needed; --relative goes "
+          "without, and then nothing controls position and tilt",
+          job.correspondences.string(), classes.front(), job.settings.fewestGroundTruth),
+      tooLittleGroundTruth);
 }
 
 /// The objects of one run, in the order in which they need each other.
@@ -108,10 +111,11 @@ class Adjustment {
     optimization.settings = job_.settings;
     const std::string fault = solve(optimization);
     const auto& result = optimization.result();
-    if (!result.end.hasRun()) throw Failure(inPlainWords(fault, job_, result));
+    if (!result.end.hasRun()) throw refusal(fault, job_, result);
     if (!optimization.failed()) {
       orFail(fault);
-      orFail(parameters_.writeExactParameters(parameterFile("Parameter")));
+      orFail(parameters_.writeExactParameters(parameterFile("Parameter")), writeError);
+      requireReadable();
     }
     AdjustmentOutcome outcome{{}, result, parameterFile("Parameter")};
     for (const auto& strip : files_.getStripFiles()) {
@@ -121,6 +125,15 @@ class Adjustment {
   }
 
  private:
+  /// The library only tells the console of a file that does not take its text; a result that cannot
+  /// be read back is none.
+  void requireReadable() const {
+    Velorn::SolverParameters readBack(files_.getStripFiles(), configuration_);
+    orFail(readBack.restore(parameterFile("Sections"), parameterFile("Parameter"),
+                            parameterFile("StripID")),
+           writeError);
+  }
+
   static std::string solve(Velorn::CeresOptimization& optimization) {
     const SolverThreads threads;
     return optimization.run();
@@ -166,6 +179,14 @@ void checkJob(const AdjustmentJob& job) {
   if (!fs::is_directory(job.correspondences, fault)) {
     throw Failure(job.correspondences.string() + ": no such folder of correspondences");
   }
+}
+
+void requireConvergence(const Velorn::SolverEnd& end, const std::string& whenOutOfSteps) {
+  if (end.isConvergence()) return;
+  const bool outOfSteps = end.termination == "NO_CONVERGENCE";
+  throw Failure(fmt::format("the solver ended with {}: {}; the unknowns are not to be used{}",
+                            end.termination, end.message, outOfSteps ? "; " + whenOutOfSteps : ""),
+                outOfSteps ? noConvergence : solverFailure);
 }
 
 AdjustmentOutcome adjust(const AdjustmentJob& job,

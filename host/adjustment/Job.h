@@ -35,6 +35,12 @@ struct AdjustmentOutcome {
   std::filesystem::path parameterFile;
 };
 
+/// Anything but a convergence leaves unknowns that are not to be used, also where the library
+/// counts the run as finished and has written them.
+/// @param whenOutOfSteps  what to do then, in the words of the caller's options
+/// @throws Failure with noConvergence or solverFailure and the solver's own words
+void requireConvergence(const Velorn::SolverEnd& end, const std::string& whenOutOfSteps);
+
 /// Prepares the output folders, runs the adjustment and writes the exact companion of the parameter
 /// file. OpenMP's maximum is raised around the solver, which takes one thread less, and restored.
 /// @param progress  told how far the work is

@@ -16,9 +16,6 @@
 
 namespace {
 
-/// Status of a run whose solver did not converge.
-constexpr int notConverged = 3;
-
 struct AdjustCall {
   AdjustmentJob job;
   double interval = 86400.0;  // longest section [s]
@@ -56,12 +53,7 @@ void run(AdjustCall& call) {
   checkJob(call.job);
   const AdjustmentOutcome outcome = adjustWithProgress(call.job);
   fmt::print("{}", summaryOf(outcome, call.job.settings.fewestGroundTruth > 0));
-  if (!outcome.result.end.isConvergence()) {
-    throw Failure(fmt::format("the solver did not converge ({}): {}; the unknowns are not to be "
-                              "used. With NO_CONVERGENCE raise --iterations",
-                              outcome.result.end.termination, outcome.result.end.message),
-                  notConverged);
-  }
+  requireConvergence(outcome.result.end, "raise --iterations");
   fmt::print("parameters written to {}\n", outcome.parameterFile.string());
 }
 
@@ -128,7 +120,7 @@ void addAdjust(CLI::App& app) {
   command.footer(
       "Example: velorn simulate demo --correspondences && velorn adjust demo/strip_*.kx\n"
       "  --trajectory demo/trajectory.kx --ground-truth demo/ground_truth.kx --output demo\n\n"
-      "Exit status: 0 converged; 1 the job failed; 2 not understood; 3 the solver did not "
-      "converge.");
+      "Exit status: 0 converged and written; 1 the job failed; 2 not understood; 3 out of steps;\n"
+      "4 too little ground truth; 5 the solver failed; 6 a file cannot be written.");
   command.callback([call] { run(*call); });
 }

@@ -46,7 +46,8 @@ void georeference(GeoreferenceCall& call) {
     const std::size_t right = result.strips - result.faults;
     throw Failure(
         fmt::format("{} of {} strips with a fault, named above; {} without one written {}",
-                    result.faults, result.strips, right, where));
+                    result.faults, result.strips, right, where),
+        result.notSaved > 0 ? writeError : jobFailed);
   }
   fmt::print("{} strips, {} points, {:.1f} s: {} coordinates written {}\n", result.strips,
              result.points, result.seconds, call.job.inverse ? "scanner" : "world", where);

@@ -16,6 +16,9 @@ namespace {
 
 using Velorn::SolverParameters, Velorn::Trajectory;
 
+/// Of the library's message about a strip that is right but cannot be written.
+constexpr const char* beginningWhenNotSaved = "scanner2world::initialize, SaveParameters: ";
+
 Trajectory importedTrajectory(const GeoreferencingJob& job) {
   Trajectory trajectory(job.trajectories);
   orFail(trajectory.importTrajectory());
@@ -84,6 +87,7 @@ JobResult runJob(const GeoreferencingJob& job, Kestrum::LoaderProgress& progress
     if (!message.empty()) {
       tell(strip + ": " + withoutLineFeed(message));
       ++result.faults;
+      if (message.starts_with(beginningWhenNotSaved)) ++result.notSaved;
     }
     ++result.strips;
   }

@@ -48,9 +48,10 @@ std::filesystem::path outputOf(const GeoreferencingJob& job, std::size_t place);
 void checkJob(const GeoreferencingJob& job);
 
 struct JobResult {
-  std::size_t strips = 0;  ///< worked on
-  std::size_t points = 0;  ///< of these strips, as far as they can be opened
-  std::size_t faults = 0;  ///< strips with a message
+  std::size_t strips = 0;    ///< worked on
+  std::size_t points = 0;    ///< of these strips, as far as they can be opened
+  std::size_t faults = 0;    ///< strips with a message
+  std::size_t notSaved = 0;  ///< of these, strips that could not be written
   double seconds = 0.0;
 };
 

@@ -105,7 +105,8 @@ void makeFolder(const fs::path& folder) {
   fs::create_directories(folder, error);
   if (fs::is_directory(fs::status(folder))) return;
   throw Failure(folder.string() + ": cannot be made a folder" +
-                (error ? ": " + error.message() : std::string()));
+                    (error ? ": " + error.message() : std::string()),
+                writeError);
 }
 
 }  // namespace

@@ -42,7 +42,7 @@ class OneGrid {
     if (const auto unequal = grid_->unequalLengths(); !unequal.empty()) {
       throw Failure(fmt::format("{}: not written: {}", file_.string(), unequal));
     }
-    orFail(Strandel::MyStorage(0, 0, 0, 1).save(bundle_, file_, "wd"));
+    orFail(Strandel::MyStorage(0, 0, 0, 1).save(bundle_, file_, "wd"), writeError);
   }
 
  private:

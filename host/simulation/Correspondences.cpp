@@ -115,7 +115,7 @@ std::size_t saveCorrespondences(const MeasuredFlight& flight, const Options& opt
     Velorn::CorrespondenceBlock block(out.correspondences(sides.i, sides.j, known), known,
                                       FlightPlan::week, weekOfJ, storage);
     beings.add(sides, block);
-    orFail(block.save());
+    orFail(block.save(), writeError);
     number += sides.pairs.size();
   }
   return number;

@@ -17,8 +17,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void orFail(const fs::path& path, const char* what, const std::error_code& error) {
-  if (error) throw Failure(fmt::format("{}: {}: {}", path.string(), what, error.message()));
+void orFail(const fs::path& path, const char* what, const std::error_code& error,
+            int exitStatus = writeError) {
+  if (!error) return;
+  throw Failure(fmt::format("{}: {}: {}", path.string(), what, error.message()), exitStatus);
 }
 
 /// "strip_<digits><ending>".
@@ -46,11 +48,11 @@ template <typename IsName>
 void addNamed(const fs::path& folder, IsName isName, std::set<fs::path>& files) {
   std::error_code error;
   fs::directory_iterator entry(folder, error);
-  orFail(folder, "cannot be read", error);
+  orFail(folder, "cannot be read", error, jobFailed);
   for (; entry != fs::directory_iterator(); entry.increment(error)) {
     if (isName(entry->path().filename().string())) files.insert(entry->path());
   }
-  orFail(folder, "cannot be read", error);
+  orFail(folder, "cannot be read", error, jobFailed);
 }
 
 std::set<fs::path> flightIn(const fs::path& folder) {

@@ -168,7 +168,7 @@ PointCloud::SurfaceColumns Flight::surfacesOf(const std::vector<Echo>& echoes) {
 }
 
 void writeText(const std::filesystem::path& file, const std::string& text) {
-  orFail(Plome::replaceFile(file, text));
+  orFail(Plome::replaceFile(file, text), writeError);
 }
 
 }  // namespace

@@ -45,11 +45,12 @@ class Adjusting : public testing::Test {
     orFail(block.save());
   }
 
-  std::string failure() const {
+  std::string failure(int status = jobFailed) const {
     try {
       checkJob(job);
       adjust(job, nullptr);
     } catch (const Failure& fault) {
+      EXPECT_EQ(fault.exitStatus(), status) << fault.what();
       return fault.what();
     }
     return "no failure";
@@ -83,7 +84,7 @@ TEST_F(Adjusting, RefusesFilesThatAreMissingOrCannotBeToldApart) {
   EXPECT_THAT(failure(), HasSubstr("nowhere: no such folder"));
   job = good;
   job.configuration.LockedStrips = {0, 2};
-  EXPECT_EQ(failure(), "--lock 2: there are 2 strips, counted from 0");
+  EXPECT_EQ(failure(misuse), "--lock 2: there are 2 strips, counted from 0");
   EXPECT_FALSE(fs::exists(folder / "out"));
 }
 
@@ -98,9 +99,34 @@ TEST_F(Adjusting, NamesBlocksWithTimesThatTheTrajectoryDoesNotCover) {
 TEST_F(Adjusting, SaysHowMuchGroundTruthThereIsWhenItIsTooLittle) {
   writePairs(1005);
   const int threads = omp_get_max_threads();
-  EXPECT_THAT(failure(), HasSubstr("only 0 correspondences with the ground truth, 100 are needed"));
+  EXPECT_THAT(failure(tooLittleGroundTruth),
+              HasSubstr("only 0 correspondences with the ground truth, 100 are needed"));
   EXPECT_EQ(omp_get_max_threads(), threads);
   EXPECT_TRUE(fs::exists(folder / "out/01_status/03_HistCorrespondences.txt"));
+}
+
+TEST_F(Adjusting, RefusesARootInWhichNoFolderCanBeMade) {
+  writePairs(1005);
+  writeContent(folder / "out", "a file");
+  EXPECT_THAT(failure(writeError), HasSubstr("out/00_parameter: cannot be made a folder"));
+}
+
+TEST(RequireConvergence, TellsHowTheSolverEndedByStatusAndWords) {
+  const auto failureOf = [](const char* termination) {
+    try {
+      requireConvergence({termination, "Words.", 0, 0, 0, 0, 0, 0, 0}, "try more");
+    } catch (const Failure& failure) {
+      return std::pair(failure.exitStatus(), std::string(failure.what()));
+    }
+    return std::pair(0, std::string());
+  };
+  EXPECT_EQ(failureOf("CONVERGENCE").first, 0);
+  EXPECT_EQ(failureOf("NO_CONVERGENCE"),
+            std::pair(noConvergence, std::string("the solver ended with NO_CONVERGENCE: Words.; "
+                                                 "the unknowns are not to be used; try more")));
+  EXPECT_EQ(failureOf("FAILURE"),
+            std::pair(solverFailure, std::string("the solver ended with FAILURE: Words.; the "
+                                                 "unknowns are not to be used")));
 }
 
 TEST_F(Adjusting, SumsUpHowTheSolverEndedAndWhatWasHeld) {
