@@ -12,6 +12,7 @@
 
 #include "host/Failure.h"
 #include "host/commands/Commands.h"
+#include "host/terminal/Interruption.h"
 #include "platform/morvane/Console.h"
 
 namespace {
@@ -63,6 +64,7 @@ void checkStandardOutput() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  endWhenInterrupted();
   Morvane::Console::redirect(writeMessage);
   try {
     const int status = run(argc, argv);

@@ -10,6 +10,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/plome/UnfinishedFiles.h"
+
 namespace Plome {
 namespace {
 
@@ -81,10 +83,12 @@ int writeWhole(const fs::path& path, std::string_view content) {
 }  // namespace
 
 ReplacedFile::ReplacedFile(const fs::path& target)
-    : target_(behindSymbolicLink(target)), temporary_(temporaryBeside(target_)) {}
+    : target_(behindSymbolicLink(target)), temporary_(temporaryBeside(target_)) {
+  UnfinishedFiles::ofThisProcess().add(temporary_);
+}
 
 ReplacedFile::~ReplacedFile() {
-  if (!replaced_) unlink(temporary_.c_str());
+  if (!replaced_) UnfinishedFiles::ofThisProcess().remove(temporary_);
 }
 
 std::string ReplacedFile::replace(bool toDisk) {
@@ -97,7 +101,9 @@ std::string ReplacedFile::replace(bool toDisk) {
   if (toDisk) {
     if (const int fault = flushToDisk(temporary_, O_RDONLY)) return refused(fault);
   }
-  if (rename(temporary_.c_str(), target_.c_str()) != 0) return refused(errno);
+  if (const int fault = UnfinishedFiles::ofThisProcess().rename(temporary_, target_)) {
+    return refused(fault);
+  }
   replaced_ = true;
   // The new content is in place from here on; a folder that cannot be flushed is not worth a
   // failure that would make the caller believe the old file were still there.

@@ -20,9 +20,10 @@ namespace Plome {
 ///     the folder
 ///
 /// Until replace() succeeds the target stays as it was; without it the destructor removes the
-/// temporary. A process that is killed leaves its ".part" file behind, which nothing ever reads. A
-/// target that is a symbolic link stays one: the file it points to is replaced. The permissions of
-/// a file that is replaced are kept.
+/// temporary. A process that is killed leaves its ".part" file behind, which nothing ever reads;
+/// one that is only interrupted can call removeUnfinishedFiles. A target that is a symbolic link
+/// stays one: the file it points to is replaced. The permissions of a file that is replaced are
+/// kept.
 class VELORN_PLATFORM_EXPORT ReplacedFile {
  public:
   explicit ReplacedFile(const std::filesystem::path& target);
@@ -48,5 +49,11 @@ class VELORN_PLATFORM_EXPORT ReplacedFile {
 /// @return empty, or "<target>: <fault>"; the target is then as before
 VELORN_PLATFORM_EXPORT std::string replaceFile(const std::filesystem::path& target,
                                                std::string_view content);
+
+/// Removes the temporaries of all ReplacedFiles of this process. No file is replaced any more:
+/// every thread that tries to, and every one that makes or abandons a ReplacedFile, waits for ever.
+/// For a host that ends the process next; may be called again, from any thread, but not from a
+/// signal handler.
+VELORN_PLATFORM_EXPORT void removeUnfinishedFiles();
 
 }  // namespace Plome

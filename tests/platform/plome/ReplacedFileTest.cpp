@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <cerrno>
+#include <chrono>
 #include <system_error>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -69,4 +71,30 @@ TEST(ReplacedFile, KeepsSymbolicLinksAndPermissions) {
   EXPECT_EQ(contentOf(folder / "data/real.txt"), "new");
   EXPECT_EQ(fs::status(folder / "data/real.txt").permissions(),
             fs::perms::owner_all | fs::perms::group_read);
+}
+
+namespace {
+
+/// A process that is interrupted when it has written a file but not replaced its target: a thread
+/// goes on working, while the one that ends the process takes its time.
+[[noreturn]] void workUntilInterrupted(const fs::path& folder) {
+  ReplacedFile half(folder / "half.txt");
+  writeContent(half.temporary(), "new");
+  Plome::removeUnfinishedFiles();
+  std::thread([&half] { half.replace(); }).detach();
+  std::thread([&folder] { replaceFile(folder / "later.txt", "new"); }).detach();
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  Plome::removeUnfinishedFiles();
+  std::_Exit(7);
+}
+
+}  // namespace
+
+TEST(ReplacedFile, OfAnInterruptedProcessIsRemovedAndNoneIsReplacedThen) {
+  testing::FLAGS_gtest_death_test_style = "fast";  // this process has no other threads
+  const TemporaryFolder folder;
+  writeContent(folder / "half.txt", "old");
+  EXPECT_EXIT(workUntilInterrupted(folder.path()), testing::ExitedWithCode(7), "");
+  EXPECT_EQ(contentOf(folder / "half.txt"), "old");
+  EXPECT_EQ(entriesOf(folder.path()), 1u);
 }
