@@ -11,8 +11,8 @@
 #include "host/adjustment/Job.h"
 #include "host/adjustment/Summary.h"
 #include "host/commands/Commands.h"
+#include "host/terminal/LibraryMessages.h"
 #include "host/terminal/Progress.h"
-#include "platform/morvane/Console.h"
 
 namespace {
 
@@ -21,7 +21,7 @@ struct AdjustCall {
   double interval = 86400.0;  // longest section [s]
   std::vector<int> locked;
   std::vector<std::string> held;
-  bool isRelative = false;
+  bool isRelative = false, quiet = false;
 };
 
 void applyTo(AdjustmentJob& job, const AdjustCall& call) {
@@ -37,11 +37,10 @@ void applyTo(AdjustmentJob& job, const AdjustCall& call) {
   }
 }
 
-AdjustmentOutcome adjustWithProgress(const AdjustmentJob& job) {
-  const auto progress = std::make_shared<Progress>();
-  const Morvane::ConsoleRedirection messages(
-      [&progress](std::string_view line) { progress->message(line); });
-  return adjust(job, progress);
+AdjustmentOutcome adjustWithProgress(const AdjustCall& call) {
+  const auto progress = std::make_shared<Progress>(call.quiet);
+  const LibraryMessages messages(*progress, call.quiet);
+  return adjust(call.job, progress);
 }
 
 void run(AdjustCall& call) {
@@ -51,7 +50,7 @@ void run(AdjustCall& call) {
     call.job.correspondences = configuration.RootPath / configuration.getCorrespondencePath();
   }
   checkJob(call.job);
-  const AdjustmentOutcome outcome = adjustWithProgress(call.job);
+  const AdjustmentOutcome outcome = adjustWithProgress(call);
   fmt::print("{}", summaryOf(outcome, call.job.settings.fewestGroundTruth > 0));
   requireConvergence(outcome.result.end, "raise --iterations");
   fmt::print("parameters written to {}\n", outcome.parameterFile.string());
@@ -116,6 +115,7 @@ void addAdjust(CLI::App& app) {
       .add_option("--suffix", job.configuration.FileSuffix,
                   "end of the names of the parameter files; default: date and time")
       ->type_name("TEXT");
+  command.add_flag("--quiet", call->quiet, "no progress; warnings and results stay");
   addModel(command, *call);
   command.footer(
       "Example: velorn simulate demo --correspondences && velorn adjust demo/strip_*.kx\n"

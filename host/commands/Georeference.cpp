@@ -11,15 +11,15 @@
 #include "host/Failure.h"
 #include "host/commands/Commands.h"
 #include "host/georeferencing/Job.h"
+#include "host/terminal/LibraryMessages.h"
 #include "host/terminal/Progress.h"
-#include "platform/morvane/Console.h"
 
 namespace {
 
 struct GeoreferenceCall {
   GeoreferencingJob job;
   std::vector<int> selected;
-  bool inPlace = false;
+  bool inPlace = false, quiet = false;
 };
 
 void checkWhere(const GeoreferenceCall& call) {
@@ -29,18 +29,18 @@ void checkWhere(const GeoreferenceCall& call) {
                 misuse);
 }
 
-JobResult runWithProgress(const GeoreferencingJob& job) {
-  Progress progress;
-  const Morvane::ConsoleRedirection messages(
-      [&progress](std::string_view line) { progress.message(line); });
-  return runJob(job, progress, [&progress](const std::string& line) { progress.message(line); });
+JobResult runWithProgress(const GeoreferenceCall& call) {
+  Progress progress(call.quiet);
+  const LibraryMessages messages(progress, call.quiet);
+  return runJob(call.job, progress,
+                [&progress](const std::string& line) { progress.message(line); });
 }
 
 void georeference(GeoreferenceCall& call) {
   checkWhere(call);
   call.job.selected = {call.selected.begin(), call.selected.end()};
   checkJob(call.job);
-  const JobResult result = runWithProgress(call.job);
+  const JobResult result = runWithProgress(call);
   const std::string where = call.inPlace ? "in place" : "to " + call.job.outputFolder.string();
   if (result.faults > 0) {
     const std::size_t right = result.strips - result.faults;
@@ -81,6 +81,7 @@ void addOptions(CLI::App& command, GeoreferenceCall& call) {
   command.add_flag("--report-early-times", job.reportEarlyTimes,
                    "a time that is not after the trajectory's first is told");
   command.add_flag("--overwrite", job.overwrite, "replace outputs of an earlier run");
+  command.add_flag("--quiet", call.quiet, "no progress; warnings and results stay");
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ namespace {
 struct Call {
   std::string folder, correspondences;
   Simulation::Options options;
-  bool noErrors = false, overwrite = false;
+  bool noErrors = false, overwrite = false, quiet = false;
 };
 
 std::uint64_t correspondencesIn(const std::string& text) {
@@ -37,7 +37,8 @@ void run(Call call) {
     call.options.correspondences = correspondencesIn(call.correspondences);
   }
   const auto begin = std::chrono::steady_clock::now();
-  const auto tell = [](const std::string& line) {
+  const auto tell = [&call](const std::string& line) {
+    if (call.quiet) return;
     fmt::print("{}\n", line);
     std::fflush(stdout);
   };
@@ -92,6 +93,7 @@ void addSimulate(CLI::App& app) {
   command->add_option("--epsg", options.epsg, "projection, a northern UTM zone")
       ->capture_default_str();
   command->add_flag("--overwrite", call->overwrite, "replace the flight that OUT holds");
+  command->add_flag("--quiet", call->quiet, "only the last line, none per strip");
   command->footer(
       "Example:\n  velorn simulate demo --points 500000 --seed 7\n"
       "writes demo/strip_01.kx ..., trajectory.kx, ground_truth.kx and truth.json;\n"

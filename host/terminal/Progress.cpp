@@ -54,7 +54,10 @@ std::string barText(std::size_t current, std::size_t total) {
 
 }  // namespace
 
-Progress::Progress() : Progress(writeToStandardError, standardErrorShowsBars(), secondsNow) {}
+Progress::Progress(bool quiet)
+    : Progress(writeToStandardError, standardErrorShowsBars(), secondsNow) {
+  quiet_ = quiet;
+}
 
 Progress::Progress(Output output, bool terminal, Clock clock)
     : output_(std::move(output)), terminal_(terminal), clock_(std::move(clock)) {}
@@ -64,6 +67,7 @@ Progress::~Progress() {
 }
 
 void Progress::report(const std::string& text, std::size_t current, std::size_t total) {
+  if (quiet_) return;
   const std::lock_guard lock(mutex_);
   const double now = clock_();
   if (text != text_ || current < current_) begin(text, current, now);

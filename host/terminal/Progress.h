@@ -25,7 +25,8 @@ class Progress final : public Kestrum::LoaderProgress {
   using Clock = std::function<double()>;  ///< [s], never goes back
 
   /// On standard error; a bar when that is a terminal.
-  Progress();
+  /// @param quiet  shows messages only
+  explicit Progress(bool quiet = false);
   Progress(Output output, bool terminal, Clock clock);
   /// Takes the bar off the terminal.
   ~Progress() override;
@@ -43,6 +44,7 @@ class Progress final : public Kestrum::LoaderProgress {
 
   Output output_;
   bool terminal_;
+  bool quiet_ = false;
   Clock clock_;
   std::mutex mutex_;
   std::string text_;

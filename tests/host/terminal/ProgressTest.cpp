@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "host/terminal/LibraryMessages.h"
 #include "host/terminal/Progress.h"
 
 namespace {
@@ -79,4 +80,15 @@ TEST_F(ProgressTest, ABarIsRedrawnInPlaceAndMakesRoomForMessages) {
   auto progress = on(true);
   progress.message("before any bar");
   EXPECT_EQ(takeSaid(), "before any bar\n");
+}
+
+TEST_F(ProgressTest, WhatTheLibrarySaysIsShownExceptForItsStepsWhenQuiet) {
+  for (const bool quiet : {false, true}) {
+    auto progress = on(false);
+    const LibraryMessages messages(progress, quiet);
+    Morvane::Console::writeLine("setSection # 1 of 4");
+    Morvane::Console::writeLine("Warning: gnuplot cannot be started");
+    EXPECT_EQ(takeSaid(), quiet ? "Warning: gnuplot cannot be started\n"
+                                : "setSection # 1 of 4\nWarning: gnuplot cannot be started\n");
+  }
 }
