@@ -3,6 +3,7 @@
 //
 // Sections and unknowns from the files of an earlier run.
 #include <algorithm>
+#include <set>
 #include <system_error>
 
 #include <fmt/format.h>
@@ -56,6 +57,20 @@ void addModel(StripSections& strip) {
   strip.type = std::next(strip.sections.begin(), half)->second.type;
 }
 
+/// Strips that the files do not name get one LINEAR section from time 0 on, numbered after all
+/// others.
+void addSectionsOfUnknown(const std::vector<fs::path>& stripFiles, const StripNames& names,
+                          std::vector<Section>& sections, std::vector<fs::path>& unknown) {
+  std::set<std::string> known;
+  for (const auto& [id, name] : names) known.insert(name);
+  for (std::uint32_t i = 0; i < stripFiles.size(); ++i) {
+    if (known.contains(stripFiles[i].filename().string())) continue;
+    const auto number = static_cast<std::uint32_t>(sections.size());
+    sections.push_back({Sec_Type::LINEAR, number, 0.0, i, false, 0});
+    unknown.push_back(stripFiles[i]);
+  }
+}
+
 std::string stripsOf(const std::vector<Section>& sections, const fs::path& sectionFile,
                      const std::vector<fs::path>& stripFiles, std::vector<StripSections>& strips) {
   strips.resize(stripFiles.size());
@@ -86,6 +101,12 @@ std::string readUnknowns(const fs::path& parameterFile, std::size_t sections,
   return readExactParameters(companion, parameters);
 }
 
+/// Room for sections that are in no file: their unknowns are zero.
+void addUnknowns(std::size_t fromSection, std::size_t sections, std::vector<double>& parameters) {
+  parameters.insert(parameters.begin() + static_cast<std::ptrdiff_t>(localParameters * fromSection),
+                    localParameters * (sections - fromSection), 0.0);
+}
+
 /// Numbers the sections in the order of our strips, which may be another than that of the run which
 /// wrote the files, and moves their unknowns along: whoever walks the sections counts on it.
 void renumberSections(std::vector<StripSections>& strips, std::vector<double>& parameters) {
@@ -106,7 +127,8 @@ void renumberSections(std::vector<StripSections>& strips, std::vector<double>& p
 }  // namespace
 
 std::string SolverParameters::restore(const fs::path& sectionFile, const fs::path& parameterFile,
-                                      const fs::path& stripIdFile) {
+                                      const fs::path& stripIdFile,
+                                      std::vector<fs::path>* unknownStrips) {
   const auto refused = [](const std::string& fault) {
     return "SolverParameters::restore: " + fault;
   };
@@ -115,22 +137,27 @@ std::string SolverParameters::restore(const fs::path& sectionFile, const fs::pat
   std::vector<Section> sections;
   std::vector<StripSections> strips;
   std::vector<double> values;
+  std::vector<fs::path> unknown;
   if (auto fault = placesOf(stripFiles, places); !fault.empty()) return refused(fault);
   if (auto fault = readStripIdFile(stripIdFile, names); !fault.empty()) return refused(fault);
   if (auto fault = readSectionFile(sectionFile, sections); !fault.empty()) return refused(fault);
   if (auto fault = renumberStrips(sectionFile, names, places, sections); !fault.empty()) {
     return refused(fault);
   }
+  const std::size_t inFiles = sections.size();
+  if (unknownStrips) addSectionsOfUnknown(stripFiles, names, sections, unknown);
   if (auto fault = stripsOf(sections, sectionFile, stripFiles, strips); !fault.empty()) {
     return refused(fault);
   }
-  if (auto fault = readUnknowns(parameterFile, sections.size(), values); !fault.empty()) {
+  if (auto fault = readUnknowns(parameterFile, inFiles, values); !fault.empty()) {
     return refused(fault);
   }
+  addUnknowns(inFiles, sections.size(), values);
   renumberSections(strips, values);
   newsections.swap(strips);
   parameters.swap(values);
   numberOfSections = static_cast<std::uint32_t>(sections.size());
+  if (unknownStrips) unknownStrips->swap(unknown);
   return {};
 }
 

@@ -41,6 +41,9 @@ void georeference(GeoreferenceCall& call) {
   call.job.selected = {call.selected.begin(), call.selected.end()};
   checkJob(call.job);
   const JobResult result = runWithProgress(call);
+  for (const auto& strip : result.unknown) {
+    fmt::print("{}: not in the adjustment; the global corrections alone act on it\n", strip);
+  }
   const std::string where = call.inPlace ? "in place" : "to " + call.job.outputFolder.string();
   if (result.faults > 0) {
     const std::size_t right = result.strips - result.faults;

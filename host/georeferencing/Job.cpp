@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/georeferencing/Job.h"
 
+#include <algorithm>
 #include <chrono>
 
 #include "host/Failure.h"
@@ -26,11 +27,13 @@ Trajectory importedTrajectory(const GeoreferencingJob& job) {
 }
 
 /// The result of an adjustment, or the mounting alone.
-SolverParameters parametersOf(const GeoreferencingJob& job, const Trajectory& trajectory) {
+/// @param unknown  receives the strips that the adjustment did not know
+SolverParameters parametersOf(const GeoreferencingJob& job, const Trajectory& trajectory,
+                              std::vector<std::filesystem::path>& unknown) {
   SolverParameters parameters(job.strips, Velorn::InputParameter());
   orFail(job.sections.empty()
              ? parameters.setEmptySections(trajectory.getLeverarm(), trajectory.getMisalignment())
-             : parameters.restore(job.sections, job.parameters, job.stripIds));
+             : parameters.restore(job.sections, job.parameters, job.stripIds, &unknown));
   return parameters;
 }
 
@@ -74,11 +77,15 @@ JobResult runJob(const GeoreferencingJob& job, Kestrum::LoaderProgress& progress
                  const std::function<void(const std::string&)>& tell) {
   const auto begin = std::chrono::steady_clock::now();
   const Trajectory trajectory = importedTrajectory(job);
-  const SolverParameters parameters = parametersOf(job, trajectory);
+  std::vector<std::filesystem::path> unknown;
+  const SolverParameters parameters = parametersOf(job, trajectory, unknown);
   const auto places = placesOf(job);
   JobResult result;
   for (const std::size_t place : places) {
     const std::string strip = job.strips[place].string();
+    if (std::ranges::find(unknown, job.strips[place]) != unknown.end()) {
+      result.unknown.push_back(job.strips[place].filename().string());
+    }
     progress.report("georeferencing", result.strips, places.size());
     result.points += pointsOf(strip);
     const std::string message = Velorn::scanner2world(

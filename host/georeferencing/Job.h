@@ -27,7 +27,8 @@ struct GeoreferencingJob {
   bool overwrite = false;         ///< outputs of an earlier run are replaced
 
   /// The files of an adjustment, all three or none; without them lever arm and misalignment are the
-  /// trajectory's, and all other corrections zero.
+  /// trajectory's, and all other corrections zero. On a strip that the adjustment did not know the
+  /// global corrections alone act.
   /// @{
   std::filesystem::path sections;
   std::filesystem::path parameters;
@@ -48,10 +49,11 @@ std::filesystem::path outputOf(const GeoreferencingJob& job, std::size_t place);
 void checkJob(const GeoreferencingJob& job);
 
 struct JobResult {
-  std::size_t strips = 0;    ///< worked on
-  std::size_t points = 0;    ///< of these strips, as far as they can be opened
-  std::size_t faults = 0;    ///< strips with a message
-  std::size_t notSaved = 0;  ///< of these, strips that could not be written
+  std::size_t strips = 0;            ///< worked on
+  std::vector<std::string> unknown;  ///< of these, by name, strips that the adjustment did not know
+  std::size_t points = 0;            ///< of these strips, as far as they can be opened
+  std::size_t faults = 0;            ///< strips with a message
+  std::size_t notSaved = 0;          ///< of these, strips that could not be written
   double seconds = 0.0;
 };
 

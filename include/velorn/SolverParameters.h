@@ -84,11 +84,15 @@ class VELORN_EXPORT SolverParameters {
   /// parameter file the unknowns are exact, otherwise those of the text with its 15 decimals.
   /// intervalTime, minTime and maxTime of the strips are in no file and get their defaults; no
   /// operation after the division reads them.
-  /// @return empty, or "SolverParameters::restore: <file>: line <n>: <fault>"; this object is then
-  ///         as before
+  /// @param unknownStrips  not null: strips of this object that the strip id file does not name are
+  ///         taken too and listed here. Each gets one LINEAR section from time 0 on whose
+  ///         corrections are zero, so that the global ones alone act on it.
+  /// @return empty, or "SolverParameters::restore: <file>: line <n>: <fault>"; this object and the
+  ///         list are then as before
   std::string restore(const std::filesystem::path& sectionFile,
                       const std::filesystem::path& parameterFile,
-                      const std::filesystem::path& stripIdFile);
+                      const std::filesystem::path& stripIdFile,
+                      std::vector<std::filesystem::path>* unknownStrips = nullptr);
 
   /// The section with the greatest start that is not after `t`; beyond the strip's last time its
   /// last section.

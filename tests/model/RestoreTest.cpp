@@ -224,6 +224,42 @@ TEST_F(Restore, RefusesDamagedTextsByFileLineAndValueAndChangesNothing) {
   EXPECT_EQ(restore(parameters), "");
 }
 
+TEST_F(Restore, TakesStripsThatTheFilesDoNotNameOnlyWhenAskedTo) {
+  ASSERT_EQ(restore(written), "");
+  SolverParameters more({"new.kx", "a.kx", "other.kx", "b.kx"}, configuration);
+  std::vector<fs::path> unknown{"as before"};
+  EXPECT_NE(restore(more), "");
+  writeContent(companion, "damaged");
+  EXPECT_NE(more.restore(sections, unknowns, ids, &unknown), "");
+  EXPECT_THAT(unknown, testing::ElementsAre("as before"));
+  EXPECT_EQ(more.getNumberOfParameters(), 0u);
+  writeContent(companion, companionBytes(values));
+
+  ASSERT_EQ(more.restore(sections, unknowns, ids, &unknown), "");
+  EXPECT_THAT(unknown, testing::ElementsAre("new.kx", "other.kx"));
+  EXPECT_EQ(more.getNumberOfParameters(), 9u * 24 + 12);
+  for (const unsigned strip : {0u, 2u}) {
+    const Section only = more.getSectionInStrip(strip, 1234.5);
+    EXPECT_EQ(only,
+              (Section{Velorn::Sec_Type::LINEAR, strip == 0 ? 0u : 4u, 0.0, strip, false, 0}));
+    for (unsigned k = 0; k < 12; ++k) {
+      EXPECT_EQ(more.getTrajectoryPositionCorrection(only.sectionID, k), 0.0);
+      EXPECT_EQ(more.getTrajectoryAngleCorrection(only.sectionID, k), 0.0);
+    }
+  }
+  const Section here = written.getSectionInStrip(1, 1300.0),
+                there = more.getSectionInStrip(3, 1300);
+  for (unsigned k = 0; k < 12; ++k) {
+    EXPECT_EQ(more.getTrajectoryAngleCorrection(there.sectionID, k),
+              written.getTrajectoryAngleCorrection(here.sectionID, k));
+  }
+  EXPECT_EQ(more.getRangeAngleScale(2), written.getRangeAngleScale(2));
+
+  writeContent(sections, replaced(contentOf(sections), "1, sectionID: 6", "9, sectionID: 6"));
+  EXPECT_THAT(more.restore(sections, unknowns, ids, &unknown),
+              HasSubstr("StripID 9: is no strip of the strip id file"));
+}
+
 TEST_F(Restore, RefusesACompanionOfOtherUnknowns) {
   const std::string good = companionBytes(values);
   const auto told = [&](const std::string& bytes) {

@@ -213,9 +213,23 @@ TEST_F(JobTest, TheResultOfAnAdjustmentCountsInsteadOfTheTrajectorysMounting) {
   EXPECT_LT(largestDistance(positionsIn(folder / "new/out/a_SA.kx", Strandel::worldChartName),
                             expectedWorld(110.0, leverArm, misalignment)),
             sameModel);
+}
 
-  job.strips.push_back(writeStrip("c.kx", 104.0));  // which the adjustment did not know
+TEST_F(JobTest, AStripThatTheAdjustmentDidNotKnowGetsItsGlobalCorrectionsAndIsNamed) {
+  constexpr point leverArm{1.0, -2.0, 0.5};
+  constexpr point misalignment{0.25, 0.5, -0.75};
+  writeAdjustment(leverArm, misalignment);
+  job.strips.insert(job.strips.begin(), writeStrip("c.kx", 104.0));
+  EXPECT_THAT(run().unknown, ElementsAre("c.kx"));
+  EXPECT_THAT(told, IsEmpty());
+  EXPECT_LT(largestDistance(positionsIn(folder / "new/out/c_SA.kx", Strandel::worldChartName),
+                            expectedWorld(104.0, leverArm, misalignment)),
+            sameModel);
+
   job.overwrite = true;
+  job.selected = {1};
+  EXPECT_THAT(run().unknown, IsEmpty());
+  job.strips.erase(job.strips.begin() + 2);  // one that the adjustment did know
   EXPECT_THROW(run(), Failure);
 }
 
