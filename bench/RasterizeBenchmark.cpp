@@ -1,0 +1,101 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the planes through all neighbourhoods of a strip take, against nanoflann's bare query for
+// the nearest neighbours of the same points (one tree of all, its building included). Groups are
+// numbers of points: 2 and 8 million, or those that VELORN_BENCH_RASTER_POINTS names ("2 8 32 64").
+#include <nanoflann.hpp>
+#include <random>
+#include <sstream>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+#include <omp.h>
+
+#include "bench/Settings.h"
+#include "host/matching/Surface.h"
+
+namespace {
+
+using namespace Matching;
+
+constexpr unsigned neighbours = 16;
+
+/// A swath of 400 m with 8 points per square metre, line by line, over hills with houses.
+std::vector<point> swath(std::size_t count) {
+  std::mt19937_64 random(3);
+  std::normal_distribution<double> noise(0.0, 0.02);
+  std::vector<point> points;
+  points.reserve(count);
+  constexpr std::size_t perLine = 1131;
+  for (std::size_t i = 0; i < count; ++i) {
+    const double x = static_cast<double>(i % perLine) * (400.0 / perLine);
+    const double y = static_cast<double>(i / perLine) * (400.0 / perLine);
+    const bool roof = std::fmod(x, 40.0) < 10.0 && std::fmod(y, 40.0) < 12.0;
+    const double z = 450.0 + 10.0 * std::sin(x / 90.0) * std::cos(y / 120.0) + (roof ? 6.0 : 0.0);
+    points.push_back(
+        {600000.0 + x + noise(random), 5250000.0 + y + noise(random), z + noise(random)});
+  }
+  return points;
+}
+
+struct Cloud {
+  const std::vector<point>& points;
+  std::size_t kdtree_get_point_count() const { return points.size(); }
+  double kdtree_get_pt(std::size_t i, std::size_t axis) const {
+    return axis == 0 ? points[i].x : axis == 1 ? points[i].y : points[i].z;
+  }
+  template <typename Box>
+  bool kdtree_get_bbox(Box& /*box*/) const {
+    return false;
+  }
+};
+
+void countPoints(benchmark::State& state, std::size_t count) {
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(count));
+}
+
+/// The baseline, on one thread.
+void bareQuery(benchmark::State& state, std::size_t count) {
+  using Metric = nanoflann::L2_Simple_Adaptor<double, Cloud>;
+  const auto points = swath(count);
+  const Cloud cloud{points};
+  for (auto _ : state) {
+    nanoflann::KDTreeSingleIndexAdaptor<Metric, Cloud, 3, std::size_t> tree(3, cloud, {10});
+    std::array<std::size_t, neighbours> numbers;
+    std::array<double, neighbours> squares;
+    for (const point& place : points) {
+      benchmark::DoNotOptimize(
+          tree.knnSearch(&place.x, neighbours, numbers.data(), squares.data()));
+    }
+  }
+  countPoints(state, count);
+}
+
+void planes(benchmark::State& state, std::size_t count, int threads) {
+  const auto points = swath(count);
+  const std::vector<Echo> echoes(count, Echo::last);
+  omp_set_num_threads(threads);
+  for (auto _ : state) {
+    const Surface surface = surfaceOf(points, echoes, {neighbours, 5.0}, [](std::size_t) {});
+    benchmark::DoNotOptimize(surface.normals.data());
+  }
+  countPoints(state, count);
+}
+
+const bool added = [] {
+  std::istringstream millions(setting("VELORN_BENCH_RASTER_POINTS", "2 8"));
+  for (std::size_t million = 0; millions >> million;) {
+    const std::string group = "Surface" + std::to_string(million) + "Million/";
+    const std::size_t count = million * 1'000'000;
+    const auto with = [](auto* benchmark) { benchmark->Unit(benchmark::kSecond)->UseRealTime(); };
+    with(benchmark::RegisterBenchmark((group + "nanoflann").c_str(), bareQuery, count));
+    for (const int threads : {1, 2}) {
+      with(benchmark::RegisterBenchmark((group + "planes" + std::to_string(threads)).c_str(),
+                                        planes, count, threads));
+    }
+  }
+  return true;
+}();
+
+}  // namespace
