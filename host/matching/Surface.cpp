@@ -47,6 +47,7 @@ class Nearest {
   double worstDist() const { return worst_ > 0.0 ? worst_ : -1.0; }
 
   bool addPoint(double square, std::uint32_t number) {
+    if (square >= worst_) return true;  // the search looks at the worst once per leaf
     if (count_ < squares_.size()) ++count_;
     std::size_t i = count_ - 1;
     for (; i > 0 && squares_[i - 1] > square; --i) {
