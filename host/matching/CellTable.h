@@ -71,6 +71,12 @@ class CellTable {
 
   const std::vector<Entry>& entries() const { return entries_; }
 
+  /// Calls use(value) for all of them.
+  template <typename Use>
+  void forEach(const Use& use) {
+    for (Entry& entry : entries_) use(entry.value);
+  }
+
  private:
   /// Where a cell is, or would be put.
   std::size_t slotOf(const Cell& cell) const {

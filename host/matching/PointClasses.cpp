@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/matching/PointClasses.h"
 
-#include <algorithm>
 #include <cmath>
 #include <numbers>
 
+#include "host/matching/RoughnessLimit.h"
 #include "host/matching/TerrainClasses.h"
 
 namespace Matching {
@@ -15,8 +15,12 @@ class Classifier {
  public:
   Classifier(const KnownPoints& points, const RasterOptions& options)
       : points_(points),
-        maxRoughness_(static_cast<float>(options.maxRoughness)),
+        limit_(static_cast<float>(options.maxRoughness)),
         steepest_(std::cos(options.slopeLimit * std::numbers::pi / 180.0)) {
+    for (std::size_t i = 0; i < points_.places.size(); ++i) {
+      if (isLast(i)) limit_.add(points_.places[i], points_.surface.roughness[i]);
+    }
+    limit_.settle();
     if (points_.given) return;
     for (std::size_t i = 0; i < points_.places.size(); ++i) {
       if (isPlanar(i) && kind(i) != Kind::none) ground_.add(points_.places[i]);
@@ -24,7 +28,7 @@ class Classifier {
   }
 
   bool isPlanar(std::size_t i) const {
-    return points_.echoes[i] == Echo::last && points_.surface.roughness[i] <= maxRoughness_;
+    return isLast(i) && points_.surface.roughness[i] <= limit_.at(points_.places[i]);
   }
 
   /// Whether the classes alone say that a point is never matched.
@@ -39,20 +43,14 @@ class Classifier {
   }
 
  private:
+  bool isLast(std::size_t i) const { return points_.echoes[i] == Echo::last; }
   Kind kind(std::size_t i) const { return kindOf(points_.lasClasses[i]); }
 
   const KnownPoints& points_;
-  float maxRoughness_;
+  RoughnessLimit limit_;
   double steepest_;
   LowestGround ground_;
 };
-
-double medianOf(std::vector<float> values) {
-  if (values.empty()) return 0.0;
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return static_cast<double>(*middle);
-}
 
 }  // namespace
 
@@ -76,7 +74,9 @@ std::vector<std::uint8_t> classCodes(const KnownPoints& points, const RasterOpti
       roughness.push_back(points.surface.roughness[i]);
     }
   }
-  counts.medianRoughness = medianOf(std::move(roughness));
+  if (!roughness.empty()) {
+    counts.medianRoughness = static_cast<double>(medianOf(std::move(roughness)));
+  }
   return codes;
 }
 

@@ -52,7 +52,6 @@ class StripRasterizing {
     Strandel::Bundle made = rasterOfStrip(strip_, chosen, std::move(planes));
     strip_.save();
     saveBundle(made, raster, *storageOf(configuration_));
-    progress_.report(text_, strip_.size(), strip_.size());
     return counts_;
   }
 

@@ -126,6 +126,7 @@ class CloudWork {
       }
     }
     if (fault_) std::rethrow_exception(fault_);
+    tell(done_);  // the calling thread may have had no tile
   }
 
  private:

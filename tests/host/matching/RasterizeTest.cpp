@@ -1,9 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <csignal>
 #include <numeric>
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include "tests/host/matching/RasterStrip.h"
 #include "tests/host/simulation/SimulatedFlight.h"
@@ -37,6 +40,23 @@ Velorn::DataBlock dataOf(const std::filesystem::path& file) {
   }
   return block;
 }
+
+/// Files cannot become longer than that, as on a full disk, for one scope.
+class FewBytes {
+ public:
+  explicit FewBytes(rlim_t bytes) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit{bytes, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FewBytes() { setrlimit(RLIMIT_FSIZE, &before_); }
+  FewBytes(const FewBytes&) = delete;
+  FewBytes& operator=(const FewBytes&) = delete;
+
+ private:
+  rlimit before_{};
+};
 
 struct Rasterize : testing::Test {
   TemporaryFolder folder;
@@ -186,8 +206,6 @@ TEST_F(Rasterize, OfPointsWithoutSurfaceIsAReadableRasterWithoutPoints) {
   EXPECT_EQ(counts.notTerrain, 3598U);
   EXPECT_THAT(OneGridFile(raster).world<point>("Positions"), IsEmpty());
   EXPECT_THAT(OneGridFile(strip).world<std::uint8_t>("RigorousClassification"), Each(15));
-  PointCloud::StripColumns none;
-  none.scanner.resize(1);
   save();
   change(strip, [](Strandel::Grid& grid) {
     for (const auto& [chartName, chart] : grid.charts()) {
@@ -233,6 +251,17 @@ TEST_F(Rasterize, RefusesAStripWithoutWhatItNeedsAndLeavesItAsItIs) {
 
 TEST_F(Rasterize, TellsWhatCannotBeWritten) {
   save();
+  const std::string before = contentOf(strip);
+  {
+    const FewBytes disk(100'000);
+    EXPECT_THAT(refusalOf([&] { rasterize(strip, raster); }, writeError), HasSubstr("strip.kx: "));
+  }
+  EXPECT_TRUE(contentOf(strip) == before);
+  std::filesystem::permissions(folder.path(), std::filesystem::perms(0555));
+  if (geteuid() != 0) {  // root may write everywhere
+    EXPECT_THAT(refusalOf([&] { rasterize(strip, raster); }, writeError), HasSubstr("strip.kx"));
+  }
+  std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
   EXPECT_THAT(refusalOf([&] { rasterize(strip, "/dev/null/raster.kx"); }, writeError),
               HasSubstr("/dev/null/raster.kx"));
   EXPECT_THAT(refusalOf([&] { rasterize(strip, strip); }), HasSubstr("would replace"));

@@ -9,6 +9,7 @@
 #include <omp.h>
 
 #include "host/matching/Representatives.h"
+#include "host/matching/RoughnessLimit.h"
 #include "host/matching/Surface.h"
 #include "host/matching/Tiles.h"
 
@@ -107,6 +108,22 @@ TEST(Surface, PassesOnWhatTheListenerThrows) {
   EXPECT_THROW(surfaceOf(scene.points, scene.echoes, {12, 1.5},
                          [](std::size_t) { throw std::runtime_error("enough"); }),
                std::runtime_error);
+}
+
+TEST(RoughnessLimit, FollowsThePlacesAbout) {
+  RoughnessLimit limit(0.1F);
+  for (int i = 0; i < 100; ++i) {
+    limit.add({1.0 * (i % 50), 0, 0}, 0.02F);
+    limit.add({100.0 + i % 50, 0, 0}, i < 60 ? 0.08F : 5.0F);
+    limit.add({200.0 + i % 50, 0, 0}, 1e-6F);
+  }
+  limit.add({300, 0, 0}, 0.02F);
+  limit.settle();
+  EXPECT_FLOAT_EQ(limit.at({20, 20, 0}), 0.05F);
+  EXPECT_FLOAT_EQ(limit.at({120, 20, 0}), 0.1F);
+  EXPECT_FLOAT_EQ(limit.at({220, 20, 0}), 0.01F);
+  EXPECT_FLOAT_EQ(limit.at({300, 0, 0}), 0.1F);  // one plane says nothing
+  EXPECT_FLOAT_EQ(limit.at({999, 0, 0}), 0.1F);
 }
 
 TEST(Surface, OfNoPointsIsEmpty) {
