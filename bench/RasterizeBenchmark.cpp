@@ -4,8 +4,8 @@
 // What the planes through all neighbourhoods of a strip take, against nanoflann's bare query for
 // the nearest neighbours of the same points (one tree of all, its building included). Groups are
 // numbers of points: 2 and 8 million, or those that VELORN_BENCH_RASTER_POINTS names ("2 8 32 64").
+#include <array>
 #include <nanoflann.hpp>
-#include <random>
 #include <sstream>
 #include <vector>
 
@@ -13,6 +13,7 @@
 #include <omp.h>
 
 #include "bench/Settings.h"
+#include "bench/Swath.h"
 #include "host/matching/Surface.h"
 
 namespace {
@@ -20,24 +21,6 @@ namespace {
 using namespace Matching;
 
 constexpr unsigned neighbours = 16;
-
-/// A swath of 400 m with 8 points per square metre, line by line, over hills with houses.
-std::vector<point> swath(std::size_t count) {
-  std::mt19937_64 random(3);
-  std::normal_distribution<double> noise(0.0, 0.02);
-  std::vector<point> points;
-  points.reserve(count);
-  constexpr std::size_t perLine = 1131;
-  for (std::size_t i = 0; i < count; ++i) {
-    const double x = static_cast<double>(i % perLine) * (400.0 / perLine);
-    const double y = static_cast<double>(i / perLine) * (400.0 / perLine);
-    const bool roof = std::fmod(x, 40.0) < 10.0 && std::fmod(y, 40.0) < 12.0;
-    const double z = 450.0 + 10.0 * std::sin(x / 90.0) * std::cos(y / 120.0) + (roof ? 6.0 : 0.0);
-    points.push_back(
-        {600000.0 + x + noise(random), 5250000.0 + y + noise(random), z + noise(random)});
-  }
-  return points;
-}
 
 struct Cloud {
   const std::vector<point>& points;
@@ -88,7 +71,9 @@ const bool added = [] {
   for (std::size_t million = 0; millions >> million;) {
     const std::string group = "Surface" + std::to_string(million) + "Million/";
     const std::size_t count = million * 1'000'000;
-    const auto with = [](auto* benchmark) { benchmark->Unit(benchmark::kSecond)->UseRealTime(); };
+    const auto with = [](auto* benchmark) {
+      benchmark->Unit(benchmark::kSecond)->UseRealTime()->MeasureProcessCPUTime();
+    };
     with(benchmark::RegisterBenchmark((group + "nanoflann").c_str(), bareQuery, count));
     for (const int threads : {1, 2}) {
       with(benchmark::RegisterBenchmark((group + "planes" + std::to_string(threads)).c_str(),

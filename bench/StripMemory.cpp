@@ -8,16 +8,13 @@
 //
 // VELORN_BENCH_FOLDER names the folder of the files (default: the system's temporary folder; 160
 // bytes per point, removed at the end).
-#include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <functional>
 #include <utility>
 
 #include <fmt/format.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 
+#include "bench/OwnProcess.h"
 #include "bench/Settings.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
@@ -77,28 +74,6 @@ void makeTrajectory(const std::filesystem::path& path, std::size_t points) {
   orThrow(storage.save(bundle, path, "wd"));
 }
 
-/// Does something in a process of its own.
-/// @return its largest resident size [bytes]
-std::size_t peakOf(const std::function<void()>& work) {
-  const pid_t child = fork();
-  if (child < 0) throw std::runtime_error("cannot start a process");
-  if (child == 0) {
-    try {
-      work();
-      _exit(0);
-    } catch (const std::exception& error) {
-      fmt::print(stderr, "{}\n", error.what());
-      _exit(1);
-    }
-  }
-  int status = 0;
-  rusage usage{};
-  if (wait4(child, &status, 0, &usage) != child || status != 0) {
-    throw std::runtime_error("the process failed");
-  }
-  return static_cast<std::size_t>(usage.ru_maxrss) * 1024;
-}
-
 /// Two files that go with the program.
 struct Files {
   std::filesystem::path strip = benchmarkFile("strip.kx");
@@ -114,18 +89,16 @@ struct Files {
 };
 
 void measure(const Files& files, std::size_t points, bool inverse) {
-  const auto begin = std::chrono::steady_clock::now();
-  const std::size_t peak = peakOf([&] {
+  const Usage usage = usageOf([&] {
     orThrow(Velorn::scanner2world({files.strip}, {files.trajectory}, "", inverse, 0, "", "", {},
                                   false, nullptr));
   });
-  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
+  const auto peak = static_cast<double>(usage.peak);
   const std::size_t bytes =
       points * (scannerBytes + timeBytes + worldBytes + (inverse ? 0 : directionBytes));
   fmt::print("| {} | {} | {:.1f} MB | {:.1f} MB | {:.1f} MB | {:.1f} s |\n",
-             inverse ? "inverse" : "forward", points, static_cast<double>(bytes) / 1e6,
-             static_cast<double>(peak) / 1e6,
-             (static_cast<double>(peak) - static_cast<double>(bytes)) / 1e6, time.count());
+             inverse ? "inverse" : "forward", points, static_cast<double>(bytes) / 1e6, peak / 1e6,
+             (peak - static_cast<double>(bytes)) / 1e6, usage.elapsed);
   std::fflush(stdout);
 }
 
@@ -135,7 +108,7 @@ int main() {
   try {
     const std::size_t points = std::stoul(setting("VELORN_BENCH_STRIP_POINTS", "10000000"));
     const Files files;
-    peakOf([&] {
+    usageOf([&] {
       makeStrip(files.strip, points);
       makeTrajectory(files.trajectory, points);
     });
