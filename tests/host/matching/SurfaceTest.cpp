@@ -93,10 +93,10 @@ TEST(Surface, IsTheSameForAnyNumberOfThreadsAlsoWithEqualDistances) {
   EXPECT_EQ(one.normals, five.normals);
 }
 
-TEST(Surface, OfAMillionPointsAtOnePlaceTakesSeconds) {
+TEST(Surface, OfManyPointsAtOnePlaceDoesNotTakeTheirSquare) {
   Scene scene(2000);
   const point pile = scene.points[100];
-  scene.points.insert(scene.points.end(), 1'000'000, pile);
+  scene.points.insert(scene.points.end(), 200'000, pile);
   scene.echoes.resize(scene.points.size(), Echo::last);
   const Surface surface = surfaceOf(scene.points, scene.echoes, {16, 5.0}, nothing);
   EXPECT_TRUE(std::isnan(surface.roughness.back()));
