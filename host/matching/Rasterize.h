@@ -39,8 +39,9 @@ struct RasterCounts {
   double medianRoughness = 0.0;  ///< of the planar points [m]; 0 without any
 };
 
-/// Writes normals and classes into the strip, and the raster. The strip is replaced first; both are
-/// written beside their target and renamed. The same for any number of threads.
+/// Writes normals and classes into the strip, and the raster. What the owner of the strip wrote in
+/// their place is kept under other names. The strip is replaced first; both are written beside
+/// their target and renamed. The same for any number of threads.
 /// @param configuration  checked; cell sizes, amplitude limits and selection count
 /// @throws Failure, naming the strip, for one that cannot be used or written
 RasterCounts rasterizeStrip(const std::filesystem::path& strip, const std::filesystem::path& raster,
