@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/matching/Correspondence.h"
 #include "host/matching/SearchLoop.h"
 #include "platform/morvane/Console.h"
 #include "platform/strandel/Bundle.h"
@@ -91,11 +92,6 @@ class PointFile {
   Strandel::GridPtr grid_;
 };
 
-template <typename T>
-bool isFinite(const T& three) {
-  return std::isfinite(three.x) && std::isfinite(three.y) && std::isfinite(three.z);
-}
-
 /// The entries of a column that are kept; an empty column stays so.
 template <typename T>
 void keepOf(std::vector<T>& column, const std::vector<std::uint32_t>& numbers) {
@@ -110,9 +106,10 @@ enum class Use : std::uint8_t { no, yes, notFinite };
 Use useOf(const Velorn::DataBlock& block, std::size_t k, const Wanted& wanted) {
   const std::uint8_t code = (*block.rigorousClasses)[k];
   if (code < firstCode || code > lastCode) return Use::no;
-  const bool finite = isFinite((*block.world)[k]) && isFinite((*block.scanner)[k]) &&
-                      isFinite((*block.directionDeltas)[k]) && std::isfinite((*block.times)[k]);
-  if (!finite) return Use::notFinite;
+  const vector& beam = (*block.directionDeltas)[k];
+  const bool isSound = isPlace((*block.world)[k]) && isPlace((*block.scanner)[k]) &&
+                       std::isfinite(lengthOf(beam)) && std::isfinite((*block.times)[k]);
+  if (!isSound) return Use::notFinite;
   return wanted((*block.world)[k]) ? Use::yes : Use::no;
 }
 
@@ -134,7 +131,7 @@ std::vector<std::uint32_t> chosen(const path& file, const Velorn::DataBlock& blo
     if (uses[k] == Use::yes) numbers.push_back(static_cast<std::uint32_t>(k));
     notFinite += uses[k] == Use::notFinite ? 1 : 0;
   }
-  tellLeftOut(file, notFinite, "a coordinate, beam or time is not finite");
+  tellLeftOut(file, notFinite, "a coordinate, beam or time is not finite or beyond 1e9");
   return numbers;
 }
 
@@ -201,14 +198,14 @@ KnownPoints readGroundTruth(const path& file, const Velorn::InputParameter& conf
   KnownPoints known;
   for (std::size_t k = 0; k < block.world->size(); ++k) {
     const vector& normal = (*block.normals)[k];
-    const double length = std::sqrt(dot(normal, normal));
-    if (!isFinite((*block.world)[k]) || !std::isfinite(length) || !(length > 0.0)) continue;
+    const double length = lengthOf(normal);
+    if (!isPlace((*block.world)[k]) || !std::isfinite(length) || !(length > 0.0)) continue;
     known.places.push_back((*block.world)[k]);
     known.normals.push_back((1.0 / length) * normal);
     known.codes.push_back(block.classes->empty() ? std::uint8_t{0} : (*block.classes)[k]);
   }
   tellLeftOut(file, block.world->size() - known.places.size(),
-              "a coordinate is not finite, or there is no normal");
+              "a coordinate is not finite or beyond 1e9, or there is no normal");
   return known;
 }
 

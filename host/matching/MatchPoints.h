@@ -4,6 +4,7 @@
 // The points of strips, rasters and ground truth that may be matched, read from their containers.
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -21,6 +22,12 @@ using Geomra::PhysicalSpace::vector;
 
 /// Codes of the classes that are matched, from roof to flat.
 inline constexpr std::uint8_t firstCode = 11, lastCode = 14;
+
+/// False for coordinates that no place has: those that are not finite, or beyond 1e9 m.
+inline bool isPlace(const point& p) {
+  constexpr double farthest = 1e9;
+  return std::abs(p.x) < farthest && std::abs(p.y) < farthest && std::abs(p.z) < farthest;
+}
 
 /// Points of one strip in its order, one entry per point in every column that is not said to be
 /// empty.
@@ -47,8 +54,8 @@ struct MatchPoints {
 };
 
 /// The points of a rasterized strip, or of its raster, that are of a matchable class and that
-/// `wanted` takes by their delivered place. Points with a coordinate or time that is not finite are
-/// left out, with a message on the console.
+/// `wanted` takes by their delivered place. Points with a coordinate that no place has,
+/// or a beam or time that is not finite, are left out, with a message on the console.
 /// @param wanted  called on all threads
 /// @throws Failure that names the file
 /// @{
@@ -71,7 +78,7 @@ struct KnownPoints {
   std::vector<std::uint8_t> codes;  ///< as the file has them
 };
 
-/// Points that are not finite, or have no normal, are left out, with a message on the console.
+/// Points that have no place, or no normal, are left out, with a message on the console.
 /// @throws Failure that names the file; an empty container is none
 KnownPoints readGroundTruth(const std::filesystem::path& file,
                             const Velorn::InputParameter& configuration);

@@ -2,8 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/matching/SearchPlaces.h"
 
-#include <cmath>
-
 #include <fmt/format.h>
 
 #include "host/Failure.h"
@@ -12,10 +10,6 @@
 
 namespace Matching {
 namespace {
-
-bool isFinite(const point& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
 
 /// Calls keep(k) for all points, and tells the console of those that it answers false for.
 template <typename Keep>
@@ -59,8 +53,8 @@ void searchWith(const Solution* solution, const std::filesystem::path& file, std
   const std::string message = Velorn::scanner2world(
       solution->parameters, solution->trajectory, points.scanner, points.times, points.week, strip,
       points.searched, directions, 0.0, interpolationFlag);
-  const auto dropped = keepThose(file, "they have no finite place by the last result", points,
-                                 [&](std::size_t k) { return isFinite(points.searched[k]); });
+  const auto dropped = keepThose(file, "they have no place by the last result", points,
+                                 [&](std::size_t k) { return isPlace(points.searched[k]); });
   if (!message.empty() && dropped == 0) {
     throw Failure(fmt::format("{}: {}", file.string(), message));
   }

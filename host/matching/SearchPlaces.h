@@ -13,7 +13,7 @@
 namespace Matching {
 
 /// Fills `searched`. Points whose time has no place on the trajectory or in the strip's sections,
-/// and those that come out as not finite, are taken from the list, with a message on the console.
+/// and those that come out at no place, are taken from the list, with a message on the console.
 /// @param file      named in messages
 /// @param strip     id of the strip
 /// @param solution  may be null: nothing happens

@@ -194,6 +194,30 @@ TEST(Match, SearchesWithASolutionAndStoresTheDeliveredPlaces) {
   EXPECT_LT(Matching::spreadOf(off).median, 0.005) << "as delivered, not as searched";
 }
 
+TEST(Match, LeavesOutPointsWithoutAPlaceAndSaysSo) {
+  MatchedFlight flight(denseFlight());
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  auto points = Matching::readStrip(flight.strips[1], flight.configuration, anyPoint);
+  points.delivered[10].x = points.scanner[11].y = points.times[12] = nan;
+  const std::size_t middle = points.size() / 2;
+  for (std::size_t k = middle; k < middle + 100; ++k) points.times[k] = 1.0;  // no trajectory yet
+  for (std::size_t k = middle + 100; k < middle + 200; ++k) points.scanner[k].x = 1e300;
+  saveMatchPoints(flight.strips[1], points);
+  std::string told;
+  const Morvane::ConsoleRedirection console([&](std::string_view line) { told += line; });
+  const auto trajectory = trajectoryIn(flight.folder.path());
+  Velorn::SolverParameters parameters(flight.strips, flight.configuration);
+  orFail(parameters.setEmptySections(trajectory.getLeverarm(), trajectory.getMisalignment()));
+  const Matching::Solution solution{parameters, trajectory};
+  EXPECT_GT(flight.match(&solution).correspondences, 1000U);
+  const std::string strip = flight.strips[1].string();
+  EXPECT_THAT(told, HasSubstr(strip + ": 103 points are left out: a coordinate, beam or time"));
+  EXPECT_THAT(told, HasSubstr("left out: the trajectory does not hold their time and week"));
+  for (const auto& [name, block] : flight.loadedBlocks()) {
+    for (const point& place : *block.sideJ().world) ASSERT_TRUE(std::isfinite(place.x + place.z));
+  }
+}
+
 TEST(Match, MarksTheFolderUntilItIsWholeAndRemovesStaleBlocksAlone) {
   MatchedFlight flight(denseFlight());
   std::filesystem::create_directory(flight.blocks());

@@ -1,0 +1,83 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// What memory and time the matching of two strips takes, files and all, in a process of its own.
+//
+//     VELORN_BENCH_POINTS=16000000 build/release/bench/match-memory
+//
+// VELORN_BENCH_FOLDER names the folder of the files (default: the system's temporary folder; 260
+// bytes per point, removed at the end).
+#include <cstdio>
+#include <filesystem>
+
+#include <fmt/format.h>
+
+#include "bench/MatchedStrips.h"
+#include "bench/OwnProcess.h"
+#include "bench/Settings.h"
+#include "host/matching/Match.h"
+#include "tests/host/matching/MatchFiles.h"
+
+namespace {
+
+struct NoProgress final : Kestrum::LoaderProgress {
+  void report(const std::string&, std::size_t, std::size_t) override {}
+};
+
+/// A folder with two strips and their rasters, which goes with the program.
+struct Flight {
+  std::filesystem::path folder = benchmarkFile("match");
+
+  explicit Flight(std::size_t points) {
+    std::filesystem::create_directories(folder / "02_raster");
+    usageOf([&] {
+      for (unsigned k = 1; k <= 2; ++k) {
+        const auto name = fmt::format("strip_{}.kx", k);
+        saveMatchPoints(folder / name, waves(points, k));
+        saveMatchPoints(folder / "02_raster" / name, waves(points, k, 10));
+      }
+      Strandel::Bundle nothing;
+      nothing.makeSlice(0.0)->makeGrid("ground_truth");
+      for (const char* name : {"02_raster/known.kx", "known.kx", "path.kx"}) {
+        orThrow(GridEditor::storage().save(nothing, folder / name, "wd"));
+      }
+    });
+  }
+  ~Flight() {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+  }
+  Flight(const Flight&) = delete;
+  Flight& operator=(const Flight&) = delete;
+
+  void match() const {
+    Velorn::FileContainer files;
+    const auto names = std::make_shared<Plome::StringList>();
+    for (const char* name : {"strip_1.kx", "strip_2.kx"}) names->add((folder / name).string());
+    orThrow(files.add(names, (folder / "known.kx").string(), (folder / "path.kx").string()));
+    Velorn::InputParameter configuration;
+    configuration.RootPath = folder;
+    orThrow(configuration.check());
+    NoProgress progress;
+    const auto report = Matching::match(configuration, files, {}, nullptr, progress);
+    if (report.correspondences == 0) throw std::runtime_error("nothing was found");
+  }
+};
+
+}  // namespace
+
+int main() {
+  try {
+    const std::size_t points = std::stoul(setting("VELORN_BENCH_POINTS", "2000000"));
+    const Flight flight(points);
+    const Usage usage = usageOf([&] { flight.match(); });
+    const auto peak = static_cast<double>(usage.peak);
+    fmt::print("| points of a strip | candidates | peak | per point of a strip | time |\n");
+    fmt::print("|---|---|---|---|---|\n| {} | {} | {:.0f} MB | {:.0f} bytes | {:.1f} s |\n", points,
+               points / 10, peak / 1e6, peak / static_cast<double>(points), usage.elapsed);
+    return 0;
+  } catch (const std::exception& error) {
+    fmt::print(stderr, "{}\n", error.what());
+    return 1;
+  }
+}
