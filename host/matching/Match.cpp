@@ -96,6 +96,7 @@ class Matcher {
     });
     report_.searchRadius = rules_.radius;
     report_.maxCorrespondences = plan_.maxCorrespondences;
+    report_.typicalDistance = spreadOf(std::move(distances_)).median;
     report_.disagreement = spreadOf(std::move(disagreements_)).median;
     report_.groundTruthPatches = patches_.size();
     return std::move(report_);
@@ -142,7 +143,10 @@ class Matcher {
     done_ += pair.candidates;
     rejectUnlike(found.pairs, found.funnels);
     thin(found, strataOf(found, candidates), pair.room, derivedSeed(options_.seed, pair.i, pair.j));
-    for (const Correspondence& one : found.pairs) disagreements_.push_back(std::abs(one.distance));
+    for (const Correspondence& one : found.pairs) {
+      distances_.push_back(lengthOf(search.points().places()[one.j] - candidates.places()[one.i]));
+      disagreements_.push_back(std::abs(one.distance));
+    }
     write(pair, found, candidates, search.points());
   }
 
@@ -200,7 +204,7 @@ class Matcher {
   SearchRules rules_;
   std::size_t done_ = 0, total_;
   MatchReport report_;
-  std::vector<double> disagreements_;
+  std::vector<double> distances_, disagreements_;  // of the strip pairs kept
   std::set<std::uint32_t> patches_;
 };
 

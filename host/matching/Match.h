@@ -65,7 +65,9 @@ struct MatchReport {
   std::size_t maxCorrespondences = 0;  ///< that were allowed
   std::size_t correspondences = 0;     ///< in all blocks
   std::size_t withGroundTruth = 0;     ///< of these
-  /// Median of the absolute distances along the normal of the pairs kept, as searched [m].
+  /// Median of the distances of the strip pairs kept [m].
+  double typicalDistance = std::numeric_limits<double>::quiet_NaN();
+  /// Median of their absolute distances along the normal, as searched [m].
   double disagreement = std::numeric_limits<double>::quiet_NaN();
   /// Ground-truth correspondences on planes of more than 10°.
   std::size_t onInclinedGroundTruth = 0;
