@@ -43,6 +43,7 @@ int run(int argc, char** argv) {
   addAdjust(app);
   addGeoreference(app);
   addInfo(app);
+  addCompare(app);
   try {
     app.parse(argc, argv);
     if (!app.get_subcommands().empty()) return 0;

@@ -13,3 +13,4 @@ void addSimulate(CLI::App& app);
 void addGeoreference(CLI::App& app);
 void addAdjust(CLI::App& app);
 void addInfo(CLI::App& app);
+void addCompare(CLI::App& app);

@@ -62,11 +62,10 @@ class AdjustedFlight : public testing::Test {
     checkJob(georeferencing);
     runJob(georeferencing, progress, [](const std::string& text) { ADD_FAILURE() << text; });
     WorldError error;
-    const auto truth = truthIn(folder.path());
     for (std::size_t i = 0; i < job.strips.size(); ++i) {
       error.add(
           OneGridFile(outputOf(georeferencing, i)).world<Geomra::PhysicalSpace::point>("Positions"),
-          trueWorld(folder.path(), truth, i));
+          trueWorld(folder.path(), i));
     }
     return error.rms();
   }

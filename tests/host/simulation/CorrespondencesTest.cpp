@@ -55,8 +55,7 @@ std::vector<Block> blocksIn(const fs::path& folder) {
 
 /// A strip's files read back, and its points under the truth; points are found by their times.
 struct StripRead {
-  StripRead(const fs::path& folder, std::size_t strip)
-      : real(trueWorld(folder, truthIn(folder), strip)) {
+  StripRead(const fs::path& folder, std::size_t strip) : real(trueWorld(folder, strip)) {
     const fs::path path = stripsIn(folder)[strip];
     const OneGridFile file(path), sidecar(folder / "truth" / (path.stem().string() + "_planes.kx"));
     times = file.world<double>("GPSTime");

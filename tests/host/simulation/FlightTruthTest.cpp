@@ -31,9 +31,8 @@ TEST(SyntheticFlight, PointsWithoutNoiseLieOnTheirPlanesUnderTheTruth) {
   options.rangeNoise = options.angleNoise = 0.0;
   make(folder.path(), options);
   const auto planes = planesIn(folder.path());
-  const auto truth = truthIn(folder.path());
   for (std::size_t strip = 0; strip < 4; ++strip) {
-    const auto world = trueWorld(folder.path(), truth, strip);
+    const auto world = trueWorld(folder.path(), strip);
     const auto name = stripsIn(folder.path())[strip].stem().string() + "_planes.kx";
     const OneGridFile sidecar(folder / "truth" / name);
     const auto places = sidecar.world<point>("Positions");

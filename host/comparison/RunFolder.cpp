@@ -1,0 +1,92 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "host/comparison/RunFolder.h"
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "host/Failure.h"
+#include <velorn/InputParameter.h>
+
+namespace Comparison {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool isFile(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_regular_file(path, ignored);
+}
+
+/// Paths of the summary may be absolute.
+ParameterFiles namedIn(const fs::path& summary, const fs::path& root) {
+  ParameterFiles files;
+  try {
+    std::ifstream stream(summary);
+    const auto names = nlohmann::json::parse(stream).at("files");
+    files = {root / names.at("sections").get<std::string>(),
+             root / names.at("parameters").get<std::string>(),
+             root / names.at("strip_ids").get<std::string>()};
+  } catch (const nlohmann::json::exception& fault) {
+    throw Failure(
+        fmt::format("{}: names no files of an adjustment: {}", summary.string(), fault.what()));
+  }
+  for (const auto& file : {files.sections, files.parameters, files.stripIds}) {
+    if (isFile(file)) continue;
+    throw Failure(fmt::format("{}: no such file; {} names it", file.string(), summary.string()));
+  }
+  return files;
+}
+
+/// The three files of one suffix, when they are all there.
+std::optional<ParameterFiles> companionsOf(const fs::path& parameters) {
+  const std::string beginning = "Parameter", name = parameters.filename().string();
+  if (!name.starts_with(beginning) || name.ends_with(".exact") || name.ends_with(".part")) {
+    return {};
+  }
+  const std::string suffix = name.substr(beginning.size());
+  const fs::path folder = parameters.parent_path();
+  ParameterFiles files{folder / ("Sections" + suffix), parameters, folder / ("StripID" + suffix)};
+  if (!isFile(files.sections) || !isFile(files.parameters) || !isFile(files.stripIds)) return {};
+  return files;
+}
+
+}  // namespace
+
+std::optional<ParameterFiles> parameterFilesOf(const fs::path& root) {
+  if (isFile(root / "summary.json")) return namedIn(root / "summary.json", root);
+  std::optional<ParameterFiles> newest;
+  fs::file_time_type newestTime;
+  std::error_code fault;
+  const fs::path folder = root / Velorn::InputParameter().getPrameterPath();
+  for (const auto& entry : fs::directory_iterator(folder, fault)) {
+    auto files = companionsOf(entry.path());
+    if (!files) continue;
+    const auto time = fs::last_write_time(entry.path(), fault);
+    if (newest && time <= newestTime) continue;
+    newest = std::move(files);
+    newestTime = time;
+  }
+  return newest;
+}
+
+StripNames stripNamesIn(const fs::path& stripIds) {
+  static const std::regex pattern(R"(id: (\d{1,9}) file: (.+) type: strip)");
+  StripNames names;
+  std::ifstream file(stripIds);
+  std::string line;
+  std::smatch parts;
+  while (std::getline(file, line)) {
+    if (!std::regex_match(line, parts, pattern)) continue;
+    names.emplace(static_cast<std::uint32_t>(std::stoul(parts[1])),
+                  fs::path(parts[2].str()).filename().string());
+  }
+  if (names.empty()) throw Failure(stripIds.string() + ": names no strip");
+  return names;
+}
+
+}  // namespace Comparison
