@@ -82,11 +82,14 @@ class PointFinder {
 
   /// The point of that very time whose range and angles are nearest.
   std::optional<std::size_t> find(double time, const point& scanner) const {
-    const auto found =
-        std::ranges::equal_range(order_, time, {}, [&](std::size_t k) { return points_.times[k]; });
-    if (found.empty()) return {};
-    return *std::ranges::min_element(
-        found, {}, [&](std::size_t k) { return lengthOf(points_.scanner[k] - scanner); });
+    const auto timeOf = [this](std::size_t k) { return points_.times[k]; };
+    auto place = std::ranges::lower_bound(order_, time, {}, timeOf);
+    std::optional<std::size_t> nearest;
+    for (; place != order_.end() && timeOf(*place) == time; ++place) {
+      const auto distance = [&](std::size_t k) { return lengthOf(points_.scanner[k] - scanner); };
+      if (!nearest || distance(*place) < distance(*nearest)) nearest = *place;
+    }
+    return nearest;
   }
 
  private:
