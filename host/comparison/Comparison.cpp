@@ -76,6 +76,24 @@ StripNames namesOf(const Truth& truth, const std::optional<ParameterFiles>& file
   return names;
 }
 
+/// A strip of another flight may have the same times; one that was georeferenced has kept its
+/// scanner coordinates.
+void checkSameMeasurements(const GridFile& after, const StripPoints& points, const fs::path& result,
+                           const TrueStrip& strip) {
+  const auto refused = [&](const char* why) {
+    return Failure(fmt::format("{}: does not hold the points of {}: other {}", result.string(),
+                               strip.file.string(), why));
+  };
+  if (after.column<double>(Strandel::worldChartName, "GPSTime") != points.times) {
+    throw refused("GPS times");
+  }
+  if (points.adjusted.size() != points.times.size()) throw refused("number of points");
+  if (!after.has(Strandel::scannerChartName, "Positions")) return;
+  if (after.column<point>(Strandel::scannerChartName, "Positions") != points.scanner) {
+    throw refused("scanner coordinates");
+  }
+}
+
 StripPoints pointsOf(const Truth& truth, std::size_t strip, const fs::path& adjusted,
                      const Velorn::Trajectory& trajectory) {
   const fs::path result = adjustedFile(adjusted, truth.strips[strip]);
@@ -85,10 +103,7 @@ StripPoints pointsOf(const Truth& truth, std::size_t strip, const fs::path& adju
   points.scanner = delivered.column<point>(Strandel::scannerChartName, "Positions");
   points.delivered = delivered.column<point>(Strandel::worldChartName, "Positions");
   points.adjusted = after.column<point>(Strandel::worldChartName, "Positions");
-  if (after.column<double>(Strandel::worldChartName, "GPSTime") != points.times) {
-    throw Failure(fmt::format("{}: does not hold the points of {}: other GPS times",
-                              result.string(), truth.strips[strip].file.string()));
-  }
+  checkSameMeasurements(after, points, result, truth.strips[strip]);
   points.real = trueWorld(truth, trajectory, strip, points.scanner, points.times);
   return points;
 }

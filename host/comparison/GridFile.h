@@ -26,6 +26,11 @@ class GridFile {
         fmt::format("{}: has {} grids where one is needed", path.string(), bundle_.grids().size()));
   }
 
+  bool has(const char* chartName, const char* name) const {
+    const auto chart = bundle_.grids().front()->chart(chartName);
+    return chart && chart->field(name);
+  }
+
   /// All values of a field, its fragments one after the other.
   /// @throws Failure, naming file and field
   template <typename T>

@@ -176,6 +176,29 @@ TEST_F(Comparing, TheModelOfTheDeliveredFilesGivesTheDeliveredFitAndMounting) {
   EXPECT_EQ(json["parameters"], (run / "00_parameter").string() + "/Parameter_1.txt");
 }
 
+TEST_F(Comparing, PointsThatTheBlocksHaveMovedAreJudgedAsMeasuredToo) {
+  writeResult({0, 0, 0});
+  const auto asMeasured = compared().pairs;
+  const auto storage = std::make_shared<Strandel::MyStorage>(0, 0, 0, 1);
+  for (const auto& entry : fs::directory_iterator(run / "03_correspondences")) {
+    const Velorn::CorrespondenceBlock block(entry.path(), storage);
+    if (block.isGroundTruth()) continue;
+    Velorn::CorrespondenceBlock moved(entry.path(), false, truth.week, truth.week, storage);
+    for (std::uint32_t k = 0; k < block.size(); ++k) {
+      auto [first, second] = block.get(k);
+      const auto s = first.scannerPosition - point{};
+      first.scannerPosition = first.scannerPosition + (0.1 / std::sqrt(dot(s, s))) * s;
+      moved.add(first, second);
+    }
+    orFail(moved.save());
+  }
+  const auto pairs = compared().pairs;
+  EXPECT_EQ(pairs.rawAfter, asMeasured.rawAfter);
+  EXPECT_EQ(pairs.floor, asMeasured.floor);
+  EXPECT_GT(pairs.blockTrue, 0.09);
+  EXPECT_LT(pairs.blockTrue, std::hypot(0.1, asMeasured.blockTrue));  // 10 cm along the beam
+}
+
 TEST_F(Comparing, ReadsTheFilesThatTheSummaryNamesAndOtherwiseTheNewest) {
   writeNominalModel("_old.txt");
   writeNominalModel("_new.txt");
@@ -222,6 +245,11 @@ TEST_F(Comparing, RefusesFoldersThatAreNotWhatTheyShouldBeByName) {
   PointCloud::saveStrip(run / "05_adjusted/strip_01_SA.kx", other);
   EXPECT_THAT(refusal(flight, run.path()),
               AllOf(HasSubstr("strip_01_SA.kx"), HasSubstr("other GPS times")));
+  other.times = times;
+  other.world.resize(times.size());
+  other.scanner.resize(times.size());
+  PointCloud::saveStrip(run / "05_adjusted/strip_01_SA.kx", other);
+  EXPECT_THAT(refusal(flight, run.path()), HasSubstr("other scanner coordinates"));
 
   fs::create_directory(run / "flight");
   fs::copy(flight / "truth", run / "flight/truth", fs::copy_options::recursive);
