@@ -12,6 +12,7 @@
 
 #include "host/Failure.h"
 #include "host/adjustment/CorrespondenceTimes.h"
+#include "host/matching/Match.h"
 #include "platform/plome/StringList.h"
 #include <velorn/FileContainer.h>
 #include <velorn/SolverParameters.h>
@@ -104,6 +105,8 @@ class Adjustment {
                                    trajectory_.getLeverarm(), trajectory_.getMisalignment(),
                                    configuration_.FileSuffix, configuration_.OverwriteToLinear,
                                    configuration_.OverwriteToSpline));
+    if (!job_.start) return;
+    orFail(parameters_.restore(job_.start->sections, job_.start->parameters, job_.start->stripIds));
   }
 
   AdjustmentOutcome run() {
@@ -117,7 +120,9 @@ class Adjustment {
       orFail(parameters_.writeExactParameters(parameterFile("Parameter")), writeError);
       requireReadable();
     }
-    AdjustmentOutcome outcome{{}, result, parameterFile("Parameter")};
+    const ModelFiles model{parameterFile("Sections"), parameterFile("Parameter"),
+                           parameterFile("StripID")};
+    AdjustmentOutcome outcome{{}, result, model, globals()};
     for (const auto& strip : files_.getStripFiles()) {
       outcome.strips.push_back(strip.filename().string());
     }
@@ -137,6 +142,17 @@ class Adjustment {
   static std::string solve(Velorn::CeresOptimization& optimization) {
     const SolverThreads threads;
     return optimization.run();
+  }
+
+  Globals globals() const {
+    Globals values;
+    for (unsigned int i = 0; i < 3; ++i) {
+      values.offsets[i] = parameters_.getRangeAngleOffset(i);
+      values.scales[i] = parameters_.getRangeAngleScale(i);
+      values.misalignment[i] = parameters_.getMisalignment(i);
+      values.leverArm[i] = parameters_.getLeverArm(i);
+    }
+    return values;
   }
 
   fs::path parameterFile(const std::string& beginning) const {
@@ -163,12 +179,6 @@ void checkJob(const AdjustmentJob& job) {
           fmt::format("{} and {}: two strips of one name", same->second.string(), strip.string()));
     }
   }
-  for (const int strip : job.configuration.LockedStrips) {
-    if (strip >= 0 && static_cast<std::size_t>(strip) < job.strips.size()) continue;
-    throw Failure(
-        fmt::format("--lock {}: there are {} strips, counted from 0", strip, job.strips.size()),
-        misuse);
-  }
   requireFile(job.groundTruth);
   for (const auto& file : job.trajectories) {
     requireFile(file);
@@ -178,6 +188,10 @@ void checkJob(const AdjustmentJob& job) {
   std::error_code fault;
   if (!fs::is_directory(job.correspondences, fault)) {
     throw Failure(job.correspondences.string() + ": no such folder of correspondences");
+  }
+  if (fs::exists(job.correspondences / Matching::unfinishedName, fault)) {
+    throw Failure(job.correspondences.string() +
+                  ": the matching that writes it was not finished; match again");
   }
 }
 

@@ -4,16 +4,23 @@
 // One adjustment from files: what `velorn adjust` does.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/kestrum/LoaderProgress.h"
 #include <velorn/CeresOptimization.h>
 #include <velorn/InputParameter.h>
+
+/// The three files of an adjusted model.
+struct ModelFiles {
+  std::filesystem::path sections, parameters, stripIds;
+};
 
 struct AdjustmentJob {
   std::vector<std::filesystem::path> strips;  ///< sorted by the library, ids by that order
@@ -22,17 +29,28 @@ struct AdjustmentJob {
   std::filesystem::path correspondences;            ///< folder of correspondence containers
   Velorn::InputParameter configuration;             ///< RootPath: where the output folders are made
   Velorn::AdjustmentSettings settings;
+  std::optional<ModelFiles> start;  ///< unknowns to begin with; none: those of the trajectory
 };
 
 /// Refuses what would fail later or end the process: files that are missing, names that the list
-/// of files cannot hold, two strips of one name.
+/// of files cannot hold, two strips of one name, correspondences of a matching that was cut off.
 /// @throws Failure that names the file
 void checkJob(const AdjustmentJob& job);
+
+/// The corrections that all strips share.
+struct Globals {
+  using Three = std::array<double, 3>;
+  Three offsets{};       ///< of range and two angles: [m], [rad], [rad]
+  Three scales{};        ///< of the same, as deviations from one
+  Three misalignment{};  ///< about the body's axes [rad]
+  Three leverArm{};      ///< body axes [m]
+};
 
 struct AdjustmentOutcome {
   std::vector<std::string> strips;  ///< file names by id
   Velorn::AdjustmentResult result;
-  std::filesystem::path parameterFile;
+  ModelFiles files;  ///< of the adjusted model; complete only after convergence
+  Globals globals;   ///< as the solver left them
 };
 
 /// Anything but a convergence leaves unknowns that are not to be used, also where the library

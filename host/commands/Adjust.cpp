@@ -11,6 +11,7 @@
 #include "host/adjustment/Job.h"
 #include "host/adjustment/Summary.h"
 #include "host/commands/Commands.h"
+#include "host/project/Model.h"
 #include "host/terminal/LibraryMessages.h"
 #include "host/terminal/Progress.h"
 
@@ -18,24 +19,9 @@ namespace {
 
 struct AdjustCall {
   AdjustmentJob job;
-  double interval = 86400.0;  // longest section [s]
-  std::vector<int> locked;
-  std::vector<std::string> held;
-  bool isRelative = false, quiet = false;
+  Model model;
+  bool quiet = false;
 };
-
-void applyTo(AdjustmentJob& job, const AdjustCall& call) {
-  auto& configuration = job.configuration;
-  configuration.DefaultInterval.assign(3, call.interval);
-  configuration.LockedStrips = {call.locked.begin(), call.locked.end()};
-  if (call.isRelative) job.settings.fewestGroundTruth = 0;
-  for (const auto& block : call.held) {
-    if (block == "offsets") job.settings.estimateOffsets = false;
-    if (block == "scales") job.settings.estimateScales = false;
-    if (block == "misalignment") job.settings.estimateMisalignment = false;
-    if (block == "lever-arm") job.settings.estimateLeverArm = false;
-  }
-}
 
 AdjustmentOutcome adjustWithProgress(const AdjustCall& call) {
   const auto progress = std::make_shared<Progress>(call.quiet);
@@ -44,7 +30,9 @@ AdjustmentOutcome adjustWithProgress(const AdjustCall& call) {
 }
 
 void run(AdjustCall& call) {
-  applyTo(call.job, call);
+  apply(call.model, call.job.strips.size());
+  call.job.configuration = call.model.configuration;
+  call.job.settings = call.model.settings;
   if (call.job.correspondences.empty()) {
     const auto& configuration = call.job.configuration;
     call.job.correspondences = configuration.RootPath / configuration.getCorrespondencePath();
@@ -53,38 +41,7 @@ void run(AdjustCall& call) {
   const AdjustmentOutcome outcome = adjustWithProgress(call);
   fmt::print("{}", summaryOf(outcome, call.job.settings.fewestGroundTruth > 0));
   requireConvergence(outcome.result.end, "raise --iterations");
-  fmt::print("parameters written to {}\n", outcome.parameterFile.string());
-}
-
-void addModel(CLI::App& command, AdjustCall& call) {
-  auto& configuration = call.job.configuration;
-  command
-      .add_option("--model", configuration.TypeModel, "correction of the trajectory per section")
-      ->check(CLI::IsMember({"BIAS", "LINEAR", "SPLINE", "HYBRID"}))
-      ->capture_default_str();
-  command.add_option("--interval", call.interval, "longest section, seconds")
-      ->check(CLI::PositiveNumber)
-      ->capture_default_str();
-  command
-      .add_option("--iterations", configuration.NumberOfIterations, "limit of the solver's steps")
-      ->check(CLI::PositiveNumber)
-      ->capture_default_str();
-  command
-      .add_option("--weights", configuration.CellSizeWeights,
-                  "of ground truth, roof, slope, bed and flat")
-      ->delimiter(',')
-      ->expected(5)
-      ->type_name("W,W,W,W,W");
-  command.add_option("--lock", call.locked, "strips whose trajectory is held, by their ids")
-      ->delimiter(',')
-      ->type_name("I,J");
-  command.add_flag("--split-back-strips", configuration.SplitBackStrips,
-                   "every second strip gets spline sections");
-  command.add_option("--hold", call.held, "global corrections that are not estimated")
-      ->delimiter(',')
-      ->check(CLI::IsMember({"offsets", "scales", "misalignment", "lever-arm"}))
-      ->type_name("BLOCK,BLOCK");
-  command.add_flag("--relative", call.isRelative, "go without ground-truth correspondences");
+  fmt::print("parameters written to {}\n", outcome.files.parameters.string());
 }
 
 }  // namespace
@@ -103,7 +60,7 @@ void addAdjust(CLI::App& app) {
       ->required()
       ->type_name("FILE");
   command
-      .add_option("--output", job.configuration.RootPath,
+      .add_option("--output", call->model.configuration.RootPath,
                   "root of the output folders 00_parameter, 01_status, 04_statistic")
       ->required()
       ->type_name("FOLDER");
@@ -112,11 +69,11 @@ void addAdjust(CLI::App& app) {
                   "folder of correspondence containers; default: 03_correspondences in the root")
       ->type_name("FOLDER");
   command
-      .add_option("--suffix", job.configuration.FileSuffix,
+      .add_option("--suffix", call->model.configuration.FileSuffix,
                   "end of the names of the parameter files; default: date and time")
       ->type_name("TEXT");
   command.add_flag("--quiet", call->quiet, "no progress; warnings and results stay");
-  addModel(command, *call);
+  addModelOptions(command, call->model);
   command.footer(
       "Example: velorn simulate demo --correspondences && velorn adjust demo/strip_*.kx\n"
       "  --trajectory demo/trajectory.kx --ground-truth demo/ground_truth.kx --output demo\n\n"

@@ -83,8 +83,9 @@ TEST_F(Adjusting, RefusesFilesThatAreMissingOrCannotBeToldApart) {
   job.correspondences = folder / "nowhere";
   EXPECT_THAT(failure(), HasSubstr("nowhere: no such folder"));
   job = good;
-  job.configuration.LockedStrips = {0, 2};
-  EXPECT_EQ(failure(misuse), "--lock 2: there are 2 strips, counted from 0");
+  writeContent(job.correspondences / "unfinished", "");
+  EXPECT_THAT(failure(), HasSubstr("blocks: the matching that writes it was not finished"));
+  fs::remove(job.correspondences / "unfinished");
   EXPECT_FALSE(fs::exists(folder / "out"));
 }
 
@@ -130,7 +131,7 @@ TEST(RequireConvergence, TellsHowTheSolverEndedByStatusAndWords) {
 }
 
 TEST_F(Adjusting, SumsUpHowTheSolverEndedAndWhatWasHeld) {
-  AdjustmentOutcome outcome{{"a.kx", "b.kx"}, {}, {}};
+  AdjustmentOutcome outcome{{"a.kx", "b.kx"}, {}, {}, {}};
   outcome.result.end.termination = "FAILURE";
   outcome.result.sections = {
       {0, 0, 500, false, false}, {1, 1, 7, true, false}, {1, 2, 9, true, true}};

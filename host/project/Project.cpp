@@ -1,0 +1,116 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "host/project/Project.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <system_error>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <glob.h>
+
+#include "host/Failure.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::array<std::string_view, 4> stepWords{"+rasterize", "+correspondences",
+                                                    "+optimization", "+adjustment"};
+
+/// The files of a pattern in the order of their names; a name without a pattern is itself.
+std::vector<std::string> filesOf(const std::string& pattern, const char* key) {
+  if (pattern.find_first_of("*?[") == std::string::npos) return {pattern};
+  glob_t found{};
+  const int status = glob(pattern.c_str(), 0, nullptr, &found);
+  std::vector<std::string> files;
+  if (status == 0) files.assign(found.gl_pathv, found.gl_pathv + found.gl_pathc);
+  globfree(&found);
+  if (files.empty()) throw Failure(fmt::format("{}: no file matches {}", key, pattern));
+  return files;
+}
+
+void expand(std::vector<std::string>& patterns, const char* key) {
+  std::vector<std::string> files;
+  for (const auto& pattern : patterns) {
+    const auto some = filesOf(pattern, key);
+    files.insert(files.end(), some.begin(), some.end());
+  }
+  patterns = std::move(files);
+}
+
+void requireFile(const char* key, const std::string& file) {
+  std::error_code fault;
+  if (fs::is_regular_file(file, fault)) return;
+  throw Failure(fmt::format("{}: {}: {}", key, file,
+                            fs::exists(file, fault) ? "is not a file" : "no such file"));
+}
+
+/// Rasters and adjusted strips have the file names of the strips.
+void checkNames(const Project& project) {
+  std::map<std::string, std::string> names;
+  const auto add = [&](const std::string& file) {
+    const auto [other, isNew] = names.emplace(fs::path(file).stem().string(), file);
+    if (isNew) return;
+    throw Failure(fmt::format("{} and {}: two files of one name; their rasters would collide",
+                              other->second, file));
+  };
+  for (const auto& strip : project.strips) add(strip);
+  if (!project.groundTruth.empty()) add(project.groundTruth);
+}
+
+void checkFiles(const Project& project) {
+  if (project.strips.empty()) throw Failure("strips: none were named", misuse);
+  if (project.trajectories.empty()) throw Failure("trajectory: none was named", misuse);
+  for (const auto& strip : project.strips) requireFile("strips", strip);
+  for (const auto& file : project.trajectories) {
+    requireFile("trajectory", file);
+    if (file.find(',') == std::string::npos) continue;
+    throw Failure(fmt::format("trajectory: {}: the name must not hold a comma", file));
+  }
+  if (!project.groundTruth.empty()) requireFile("ground-truth", project.groundTruth);
+  if (project.groundTruth.find(',') != std::string::npos) {
+    throw Failure(
+        fmt::format("ground-truth: {}: the name must not hold a comma", project.groundTruth));
+  }
+  if (project.groundTruth.empty() && !project.model.isRelative) {
+    throw Failure(
+        "ground-truth: none was named. The absolute position of the block hangs on it; "
+        "relative = true goes without",
+        misuse);
+  }
+  checkNames(project);
+}
+
+void checkSteps(const Project& project) {
+  for (const auto& word : project.steps) {
+    if (std::ranges::find(stepWords, word) != stepWords.end()) continue;
+    throw Failure(fmt::format("steps: {}: not one of {}", word, fmt::join(stepWords, " ")), misuse);
+  }
+}
+
+}  // namespace
+
+void complete(Project& project) {
+  checkSteps(project);
+  expand(project.strips, "strips");
+  expand(project.trajectories, "trajectory");
+  std::ranges::sort(project.strips, [](const fs::path& a, const fs::path& b) { return a < b; });
+  apply(project.model, project.strips.size());
+  checkFiles(project);
+  auto& configuration = project.configuration();
+  // The records of a run stay true when the next one is called from elsewhere.
+  if (!configuration.RootPath.empty()) {
+    configuration.RootPath = fs::absolute(configuration.RootPath).lexically_normal();
+  }
+  configuration.Options = Plome::FlagList(fmt::format("{}", fmt::join(project.steps, " ")), ' ');
+  configuration.GroundTruth = project.groundTruth;
+  configuration.Trajectories = fmt::format("{}", fmt::join(project.trajectories, ","));
+  configuration.StripFiles = std::make_shared<Plome::StringList>(project.strips);
+  project.match.neighbours = project.raster.neighbours;
+  project.match.neighbourRadius = project.raster.neighbourRadius;
+  orFail(configuration.check());
+  Matching::check(configuration, project.raster);
+}

@@ -1,0 +1,269 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "host/project/ProjectKeys.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cctype>
+#include <fstream>
+#include <map>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "host/Failure.h"
+
+namespace {
+
+constexpr const char* files = "Files";
+constexpr const char* chain = "Chain";
+constexpr const char* raster = "Rasterize";
+constexpr const char* matching = "Match";
+constexpr const char* adjusting = "Adjust";
+
+void addFiles(CLI::App& command, Project& project) {
+  command
+      .add_option("--strips", project.strips,
+                  "strip containers; * and ? stand for any letters and any letter")
+      ->group(files)
+      ->type_name("FILE");
+  command.add_option("--trajectory", project.trajectories, "trajectory containers")
+      ->group(files)
+      ->type_name("FILE");
+  command.add_option("--ground-truth", project.groundTruth, "ground-truth container")
+      ->group(files)
+      ->type_name("FILE");
+  command
+      .add_option("--root", project.configuration().RootPath,
+                  "folder of all results; it is made when it is missing")
+      ->group(files)
+      ->type_name("FOLDER")
+      ->capture_default_str();
+}
+
+void addChain(CLI::App& command, Project& project) {
+  command
+      .add_option("--steps", project.steps,
+                  "what is done: +rasterize +correspondences +optimization +adjustment")
+      ->delimiter(' ')
+      ->group(chain)
+      ->type_name("+WORD")
+      ->capture_default_str();
+  command
+      .add_option("--rounds", project.rounds,
+                  "of matching and adjusting, at most; it ends early when the fit changes by less "
+                  "than 1 %")
+      ->check(CLI::Range(1U, 20U))
+      ->group(chain)
+      ->capture_default_str();
+  command.add_flag("--compress", project.compress, "deflate what is written into adjusted strips")
+      ->group(chain);
+}
+
+void addRaster(CLI::App& command, Project& project) {
+  auto& configuration = project.configuration();
+  auto& options = project.raster;
+  command.add_option("--min-cell-size", configuration.MinCellSize, "smallest raster cell, metres")
+      ->group(raster)
+      ->capture_default_str();
+  command
+      .add_option("--cell-scalers", configuration.CellSizeScaler,
+                  "cell sizes of ground truth, roof, slope, bed and flat in units of it")
+      ->delimiter(',')
+      ->expected(5)
+      ->check(CLI::PositiveNumber)
+      ->group(raster)
+      ->type_name("F,F,F,F,F")
+      ->capture_default_str();
+  command
+      .add_option("--amplitude", configuration.Amplitude,
+                  "lowest amplitude of each class; -100: no limit")
+      ->delimiter(',')
+      ->expected(5)
+      ->group(raster)
+      ->type_name("A,A,A,A,A")
+      ->capture_default_str();
+  command
+      .add_option("--selection", configuration.SelectionStr,
+                  "expression over field names that a point must fulfil, such as \"Amplitude > 20 "
+                  "and not PointSourceID == 3\"")
+      ->group(raster)
+      ->type_name("EXPRESSION");
+  command.add_option("--neighbours", options.neighbours, "points that a plane is fitted to")
+      ->check(CLI::Range(6U, 200U))
+      ->group(raster)
+      ->capture_default_str();
+  command.add_option("--neighbour-radius", options.neighbourRadius, "they lie within, metres")
+      ->check(CLI::PositiveNumber)
+      ->group(raster)
+      ->capture_default_str();
+  command
+      .add_option("--max-roughness", options.maxRoughness,
+                  "standard deviation from the plane of a planar neighbourhood, metres")
+      ->check(CLI::PositiveNumber)
+      ->group(raster)
+      ->capture_default_str();
+  command
+      .add_option("--slope-limit", options.slopeLimit, "ground that is steeper is a slope, degrees")
+      ->check(CLI::Range(0.0, 90.0))
+      ->group(raster)
+      ->capture_default_str();
+}
+
+void addMatching(CLI::App& command, Project& project) {
+  auto& configuration = project.configuration();
+  auto& options = project.match;
+  command
+      .add_option("--search-radius", configuration.SearchRadius,
+                  "within which the partner of a point is sought, metres; later rounds take less")
+      ->check(CLI::PositiveNumber)
+      ->group(matching)
+      ->capture_default_str();
+  command
+      .add_option("--max-angle", configuration.ThresholdMaxAngle,
+                  "between the normals of a correspondence, degrees")
+      ->check(CLI::Range(0.0, 90.0))
+      ->group(matching)
+      ->capture_default_str();
+  command
+      .add_option("--max-correspondences", options.maxCorrespondences,
+                  "over all strips; 0: 10,000 per strip, as far as half of the free memory holds "
+                  "them at 3 kB each")
+      ->group(matching)
+      ->capture_default_str();
+  command.add_option("--seed", options.seed, "of the thinning")
+      ->group(matching)
+      ->capture_default_str();
+  command
+      .add_option("--onto-planes", options.ontoPlanes,
+                  "points of correspondences are moved along their beams onto the planes of their "
+                  "neighbourhoods")
+      ->group(matching)
+      ->capture_default_str();
+}
+
+std::string quoted(const std::string& text) {
+  const bool isPlain = std::ranges::all_of(text, [](unsigned char letter) {
+    return std::isalnum(letter) != 0 || letter == '.' || letter == '-' || letter == '_';
+  });
+  return isPlain && !text.empty() ? text : '"' + text + '"';
+}
+
+std::string listOf(const std::vector<std::string>& values) {
+  std::vector<std::string> texts;
+  for (const auto& value : values) texts.push_back(quoted(value));
+  if (texts.size() == 1) return texts.front();
+  return fmt::format("[{}]", fmt::join(texts, ", "));
+}
+
+/// What stands for a key that has no default.
+std::string exampleOf(const std::string& key) {
+  static const std::map<std::string, std::string> examples{
+      {"strips", "\"strips/*.kx\""},
+      {"trajectory", "trajectory.kx"},
+      {"ground-truth", "ground_truth.kx"},
+      {"selection", "\"Amplitude > 20 and not PointSourceID == 3\""},
+      {"lock", "[0, 2]"},
+      {"hold", "[scales, lever-arm]"},
+      {"split-back-strips", "false"},
+      {"relative", "false"},
+      {"compress", "false"}};
+  const auto example = examples.find(key);
+  return example == examples.end() ? "" : example->second;
+}
+
+std::string keyOf(const CLI::Option& option) {
+  return option.get_lnames().empty() ? "" : option.get_lnames().front();
+}
+
+std::string entryOf(const CLI::Option& option, bool isNeeded) {
+  const std::string key = keyOf(option);
+  std::string text = "\n# " + option.get_description() + "\n";
+  if (option.count() > 0) return text + key + " = " + listOf(option.results()) + "\n";
+  const std::string standard = option.get_default_str();
+  const std::string value = standard.empty() ? exampleOf(key) : standard;
+  return text + (isNeeded ? "" : "# ") + key + " = " + value + "\n";
+}
+
+/// The items of a project file, without the marks of sections.
+std::vector<CLI::ConfigItem> itemsOf(const std::filesystem::path& file) {
+  std::ifstream stream(file);
+  if (!stream) throw Failure(file.string() + ": cannot be opened");
+  auto items = CLI::ConfigTOML().from_config(stream);
+  if (stream.bad()) throw Failure(file.string() + ": cannot be read");
+  std::set<std::string> seen;
+  for (const auto& item : items) {
+    if (!item.parents.empty() || item.name == "++" || item.name == "--") {
+      throw Failure(fmt::format("{}: {}: a project file has no sections and no dots in its keys",
+                                file.string(), item.fullname()));
+    }
+    if (!seen.insert(item.name).second) {
+      throw Failure(fmt::format("{}: {} is there twice", file.string(), item.name));
+    }
+  }
+  return items;
+}
+
+}  // namespace
+
+ProjectKeys::ProjectKeys(CLI::App& command, Project& project)
+    : command_(command),
+      project_(project),
+      pathKeys_{"strips", "trajectory", "ground-truth", "root"} {
+  addFiles(command, project);
+  addChain(command, project);
+  addRaster(command, project);
+  addMatching(command, project);
+  const auto before = command.get_options();
+  addModelOptions(command, project.model);
+  for (auto* option : command.get_options()) {
+    if (std::ranges::find(before, option) == before.end()) option->group(adjusting);
+  }
+}
+
+void ProjectKeys::read(const std::filesystem::path& file) const {
+  for (auto& item : itemsOf(file)) {
+    const std::string where = fmt::format("{}: {}", file.string(), item.name);
+    CLI::Option* const option = command_.get_option_no_throw("--" + item.name);
+    if (!option || !option->get_configurable()) throw Failure(where + ": no such key", misuse);
+    if (option->count() > 0) continue;
+    if (item.inputs.empty() || std::ranges::count(item.inputs, std::string()) > 0) {
+      throw Failure(where + " has no value", misuse);
+    }
+    for (auto& input : item.inputs) {
+      if (pathKeys_.contains(item.name)) {
+        input = (file.parent_path() / input).lexically_normal().string();
+      }
+    }
+    try {
+      const bool isFlag = option->get_expected_min() == 0;
+      if (isFlag) {
+        option->add_result(option->get_flag_value(item.name, item.inputs.front()));
+      } else {
+        option->add_result(item.inputs);
+      }
+      option->run_callback();
+    } catch (const CLI::ParseError& error) {
+      throw Failure(fmt::format("{} = {}: {}", where, fmt::join(item.inputs, ", "), error.what()),
+                    misuse);
+    }
+  }
+  auto& root = project_.configuration().RootPath;
+  if (command_.get_option("--root")->count() == 0) root = file.parent_path() / root;
+}
+
+std::string ProjectKeys::text() const {
+  std::string text =
+      "# A project of `velorn run`. Every key is a flag too (--search-radius 5), and flags win.\n"
+      "# Relative paths count from the folder of this file.\n";
+  std::string group;
+  for (const auto* option : command_.get_options()) {
+    if (keyOf(*option).empty() || !option->get_configurable()) continue;
+    if (option->get_group() != group) {
+      group = option->get_group();
+      text += fmt::format("\n\n# ---- {} ----\n", group);
+    }
+    text += entryOf(*option, pathKeys_.contains(keyOf(*option)));
+  }
+  return text;
+}
