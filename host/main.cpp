@@ -4,6 +4,7 @@
 // The program `velorn`. Every job is a subcommand in host/commands/; this file only puts them
 // together.
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -39,11 +40,15 @@ int run(int argc, char** argv) {
   app.set_version_flag("--version", "velorn " VELORN_VERSION);
   app.footer(footer);
   app.require_subcommand(0, 1);
-  addSimulate(app);
+  addInit(app);
+  addRun(app);
+  addRasterize(app);
+  addMatch(app);
   addAdjust(app);
   addGeoreference(app);
   addInfo(app);
   addCompare(app);
+  addSimulate(app);
   try {
     app.parse(argc, argv);
     if (!app.get_subcommands().empty()) return 0;
@@ -66,6 +71,7 @@ void checkStandardOutput() {
 
 int main(int argc, char** argv) {
   endWhenInterrupted();
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow further is a write error
   Morvane::Console::redirect(writeMessage);
   try {
     const int status = run(argc, argv);

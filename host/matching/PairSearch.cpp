@@ -3,6 +3,7 @@
 #include "host/matching/PairSearch.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <tuple>
 

@@ -1,0 +1,74 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "host/run/Context.h"
+
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "host/Failure.h"
+#include "host/pointcloud/Containers.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* recordsFolder = "steps";
+
+void makeFolder(const fs::path& folder) {
+  std::error_code fault;
+  fs::create_directories(folder, fault);
+  if (fs::is_directory(folder)) return;
+  throw Failure(folder.string() + ": cannot be made a folder" +
+                    (fault ? ": " + fault.message() : std::string()),
+                writeError);
+}
+
+void makeFolders(const RunContext& run) {
+  const auto& names = run.configuration();
+  for (const auto& name :
+       {names.getPrameterPath(), names.getStatusPath() / recordsFolder, names.getRasterPath(),
+        names.getCorrespondencePath(), names.getStatisticPath()}) {
+    makeFolder(run.inRoot(name));
+  }
+}
+
+/// The list of files wants a ground truth.
+fs::path emptyGroundTruth(const RunContext& run) {
+  const auto file = run.inRoot(run.configuration().getPrameterPath()) / "no_ground_truth.kx";
+  if (!fs::exists(file)) PointCloud::saveGroundTruth(file, {});
+  return file;
+}
+
+}  // namespace
+
+RunContext::RunContext(const Project& theProject, RunOutput theOutput)
+    : project(theProject), output(std::move(theOutput)), trajectory(theProject.trajectoryFiles()) {
+  makeFolders(*this);
+  groundTruth = project.groundTruth;
+  if (groundTruth.empty()) groundTruth = emptyGroundTruth(*this);
+  orFail(files.add(configuration().StripFiles, groundTruth.string(), configuration().Trajectories));
+  orFail(trajectory.importTrajectory());
+  for (const auto& strip : files.getStripFiles()) strips.push_back(factsOf(strip));
+  checkTogether(strips, trajectory, project);
+}
+
+std::vector<fs::path> RunContext::rasters() const {
+  return files.getStripFilesAndGroundTruthRaster(inRoot(configuration().getRasterPath()));
+}
+
+StepRecord RunContext::recordOf(const std::string& step) const {
+  return {inRoot(configuration().getStatusPath()) / recordsFolder, step};
+}
+
+Json keyOf(const std::string& step) {
+  return {{"step", step}, {"program", VELORN_VERSION}};
+}
+
+std::string digestOf(const Json& key) {
+  std::uint64_t hash = 14695981039346656037ULL;
+  for (const char letter : key.dump()) {
+    hash = (hash ^ static_cast<unsigned char>(letter)) * 1099511628211ULL;
+  }
+  return fmt::format("{:016x}", hash);
+}

@@ -1,0 +1,20 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the steps of a run found, as parts of summary.json; docs/run.md describes them. Lengths are
+// metres and angles degrees; a figure that is not known is null.
+#pragma once
+
+#include "host/adjustment/Job.h"
+#include "host/matching/Match.h"
+#include "host/matching/Rasterize.h"
+#include "host/run/StepRecord.h"
+
+Json reportOf(const Matching::RasterCounts& counts);
+Json reportOf(const Matching::MatchReport& matching);
+Json reportOf(const AdjustmentOutcome& outcome);
+
+/// What the user is to know about the datum: what fixes it, and what nothing controls.
+/// @param matching  report of the last matching
+/// @return {"fixed_by": [text], "warnings": [text]}
+Json datumOf(const Json& matching, const Velorn::InputParameter& configuration, bool isRelative);

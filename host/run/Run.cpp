@@ -1,0 +1,106 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "host/run/Run.h"
+
+#include <chrono>
+
+#include <fmt/format.h>
+
+#include "host/Failure.h"
+#include "host/run/AdjustedStrips.h"
+#include "host/run/Memory.h"
+#include "host/run/Rasterizing.h"
+#include "host/run/Reports.h"
+#include "host/run/Rounds.h"
+#include "host/run/SummaryText.h"
+#include "platform/plome/ReplacedFile.h"
+#include <velorn/TextHelpers.h>
+
+namespace {
+
+Json stripsOf(const RunContext& run) {
+  Json strips = Json::array();
+  for (std::size_t id = 0; id < run.strips.size(); ++id) {
+    const auto& strip = run.strips[id];
+    strips.push_back({{"id", id},
+                      {"file", strip.file.string()},
+                      {"points", strip.points},
+                      {"week", strip.week},
+                      {"first_time", strip.first},
+                      {"last_time", strip.last}});
+  }
+  return strips;
+}
+
+void write(const std::filesystem::path& file, const std::string& text) {
+  if (const auto fault = Plome::replaceFile(file, text); !fault.empty()) {
+    throw Failure(fault, writeError);
+  }
+}
+
+void writeSummary(const RunContext& run, const Json& summary) {
+  write(run.inRoot("summary.json"),
+        summary.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+  write(run.inRoot("summary.txt"), summaryText(summary));
+}
+
+/// Where the adjusted model is, from the root folder, so that the folder can go elsewhere.
+Json filesOf(const RunContext& run, const ModelFiles& model) {
+  const auto inRoot = [&](const std::filesystem::path& file) {
+    return file.lexically_relative(run.configuration().RootPath).string();
+  };
+  return {{"sections", inRoot(model.sections)},
+          {"parameters", inRoot(model.parameters)},
+          {"strip_ids", inRoot(model.stripIds)}};
+}
+
+/// What the last round found stands by itself, so that nobody has to look for it.
+void addLastRound(const RunContext& run, const RoundsResult& rounds, Json& summary) {
+  summary["rounds"] = rounds.reports;
+  if (rounds.reports.empty()) return;
+  if (rounds.model) summary["files"] = filesOf(run, *rounds.model);
+  Json& last = summary["rounds"].back();
+  for (auto& round : summary["rounds"]) {
+    if (round.contains("adjustment")) round["adjustment"].erase("files");
+  }
+  if (last.contains("adjustment")) summary["adjustment"] = last["adjustment"];
+  if (last.contains("matching")) {
+    summary["datum"] = datumOf(last["matching"], run.configuration(), run.project.model.isRelative);
+  }
+}
+
+}  // namespace
+
+Json run(const Project& project, const RunOutput& output) {
+  const auto begin = std::chrono::steady_clock::now();
+  const RunContext context(project, output);
+  Json summary{{"schema", "velorn summary"},
+               {"version", 1},
+               {"program", VELORN_VERSION},
+               {"steps", project.configuration().Options.text()},
+               {"root", project.configuration().RootPath.string()},
+               {"strips", stripsOf(context)}};
+  if (project.does("+rasterize")) summary["rasterize"] = rasterizeAll(context);
+  RoundsResult rounds;
+  if (project.does("+correspondences") || project.does("+optimization")) {
+    rounds = runRounds(context);
+    addLastRound(context, rounds, summary);
+  }
+  if (project.does("+adjustment") && rounds.model) {
+    summary["georeference"] = georeferenceAll(context, *rounds.model, rounds.key);
+  }
+  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
+  summary["seconds"] = elapsed.count();
+  summary["peak_memory"] = peakMemory();
+  writeSummary(context, summary);
+  return summary;
+}
+
+void orFailAsSolver(const Json& summary) {
+  if (!summary.contains("adjustment")) return;
+  const auto& solver = summary["adjustment"]["solver"];
+  Velorn::SolverEnd end;
+  end.termination = solver["termination"];
+  end.message = solver["message"];
+  requireConvergence(end, "raise iterations, or with many short sections raise interval");
+}

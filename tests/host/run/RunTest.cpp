@@ -1,0 +1,219 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include <cmath>
+#include <limits>
+
+#include <gmock/gmock.h>
+
+#include "host/Failure.h"
+#include "host/pointcloud/Containers.h"
+#include "host/run/Run.h"
+#include "host/run/SummaryText.h"
+#include "platform/morvane/Console.h"
+#include "tests/host/simulation/SimulatedFlight.h"
+#include "tests/host/simulation/TrueWorld.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Geomra::PhysicalSpace::point;
+using testing::AllOf;
+using testing::HasSubstr;
+
+struct Silent : Kestrum::LoaderProgress {
+  void report(const std::string& /*text*/, std::size_t /*current*/,
+              std::size_t /*total*/) override {}
+};
+
+/// A project over a copy of a small flight with one parallel and two crossing strips.
+class SmallRun : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    pristine = new TemporaryFolder;
+    Simulation::Options options;
+    options.points = 300'000;
+    options.strips = 2;
+    options.length = 500;
+    make(pristine->path(), options);
+  }
+  static void TearDownTestSuite() {
+    delete pristine;
+    pristine = nullptr;
+  }
+
+  SmallRun() {
+    fs::copy(pristine->path(), flight(), fs::copy_options::recursive);
+    for (const auto& strip : stripsIn(flight())) project.strips.push_back(strip.string());
+    project.trajectories = {(flight() / "trajectory.kx").string()};
+    project.groundTruth = (flight() / "ground_truth.kx").string();
+    project.configuration().RootPath = folder / "out";
+    project.match.maxCorrespondences = 1500;
+  }
+
+  fs::path flight() const { return folder / "flight"; }
+
+  Json done() {
+    lines.clear();
+    Project its = project;
+    complete(its);
+    Json summary = run(its, output);
+    orFailAsSolver(summary);
+    return summary;
+  }
+
+  std::string refusal(int status = jobFailed) {
+    try {
+      done();
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.exitStatus(), status);
+      return failure.what();
+    }
+    return "none";
+  }
+
+  std::size_t skipped() const {
+    return static_cast<std::size_t>(std::count_if(
+        lines.begin(), lines.end(), [](const auto& line) { return line.ends_with("skipped"); }));
+  }
+
+  /// Replaces a column of the world chart of a strip.
+  template <typename T, typename Change>
+  void change(std::size_t strip, const char* name, const Change& to) {
+    Strandel::Bundle bundle;
+    const Strandel::MyStorage storage(0, 0, 1, 1);
+    orFail(storage.load(project.strips[strip], bundle));
+    const auto field = bundle.grids().at(0)->cartesian()->field(name);
+    auto values = *field->values<T>({0}).values;
+    to(values);
+    orFail(field->setValues<T>({0}, std::move(values)));
+    orFail(storage.save(bundle, project.strips[strip], "wd"));
+  }
+
+  static TemporaryFolder* pristine;
+  TemporaryFolder folder;
+  Project project;
+  std::vector<std::string> lines;
+  RunOutput output{std::make_shared<Silent>(), [this](const auto& line) { lines.push_back(line); }};
+  Morvane::ConsoleRedirection silence{[](std::string_view) {}};
+};
+
+TemporaryFolder* SmallRun::pristine = nullptr;
+
+TEST_F(SmallRun, AdjustsAFlightAndSkipsWhatIsDone) {
+  const auto summary = done();
+  EXPECT_EQ(summary["adjustment"]["solver"]["termination"], "CONVERGENCE");
+  const auto& fit = summary["adjustment"];
+  EXPECT_GT(fit["before"]["pairs"]["rms"], 0.1);
+  EXPECT_LT(fit["after"]["pairs"]["rms"], 0.03);
+  EXPECT_EQ(summary["rounds"].size(), 2U);
+  EXPECT_EQ(skipped(), 0U);
+  // "Before" is the delivered state in every round.
+  const auto before = [&](std::size_t round) {
+    return summary["rounds"][round]["adjustment"]["before"]["pairs"]["rms"].get<double>();
+  };
+  EXPECT_NEAR(before(1), before(0), 0.05 * before(0));
+  EXPECT_TRUE(summary["datum"]["warnings"].empty());
+  const auto text = contentOf(folder / "out" / "summary.txt");
+  EXPECT_EQ(text, summaryText(summary));
+  EXPECT_THAT(text, AllOf(HasSubstr("strip pairs"), HasSubstr("candidates"), HasSubstr("datum: ")));
+  EXPECT_EQ(Json::parse(contentOf(folder / "out" / "summary.json")), summary);
+
+  const auto adjusted = fs::last_write_time(folder / "out/05_adjusted/strip_01_SA.kx");
+  const auto again = done();
+  EXPECT_EQ(skipped(), lines.size());
+  EXPECT_EQ(again["adjustment"], summary["adjustment"]);
+  EXPECT_EQ(fs::last_write_time(folder / "out/05_adjusted/strip_01_SA.kx"), adjusted);
+
+  fs::remove(folder / "out/05_adjusted/strip_02_SA.kx");
+  done();
+  EXPECT_EQ(lines.size() - skipped(), 1U);  // georeferenced alone
+  project.model.configuration.ThresholdMaxAngle = 4;
+  done();
+  EXPECT_EQ(skipped(), project.strips.size());  // rasterized strips
+  project.force = true;
+  done();
+  EXPECT_EQ(skipped(), 0U);
+}
+
+TEST_F(SmallRun, SaysWhatNothingControls) {
+  project.model.configuration.CellSizeWeights[0] = 1;
+  project.rounds = 1;
+  EXPECT_THAT(summaryText(done()), HasSubstr("WARNING: LINEAR sections with weight 1"));
+  project.groundTruth.clear();
+  project.model.isRelative = true;
+  const auto summary = done();
+  EXPECT_THAT(summaryText(summary), HasSubstr("WARNING: No ground truth"));
+  EXPECT_LT(summary["adjustment"]["after"]["pairs"]["rms"], 0.03);
+}
+
+TEST_F(SmallRun, GoesOnWithAStripThatHasNoPlanarSurface) {
+  change<std::uint8_t>(0, "Classification",
+                       [](auto& classes) { classes.assign(classes.size(), 5); });
+  const auto summary = done();
+  EXPECT_EQ(summary["rasterize"]["strips"][0]["no_terrain"],
+            summary["rasterize"]["strips"][0]["points"].get<std::size_t>() -
+                summary["rasterize"]["strips"][0]["not_planar"].get<std::size_t>());
+  EXPECT_THAT(summaryText(summary), HasSubstr("of strip_01.kx with 0 correspondences"));
+}
+
+TEST_F(SmallRun, RefusesFilesThatDoNotBelongTogether) {
+  change<double>(0, "GPSTime", [](auto& times) {
+    for (double& time : times) time += 4000.0;
+  });
+  EXPECT_THAT(refusal(), AllOf(HasSubstr("strip_01.kx: measured from"),
+                               HasSubstr("but the trajectory is from")));
+  change<double>(0, "GPSTime", [](auto& times) {
+    for (double& time : times) time -= 4000.0;
+    times[7] = std::numeric_limits<double>::quiet_NaN();
+  });
+  EXPECT_THAT(refusal(), HasSubstr("strip_01.kx: a GPS time is no number"));
+  PointCloud::saveStrip(project.strips[0], {});
+  EXPECT_THAT(refusal(), HasSubstr("strip_01.kx: holds no points"));
+  PointCloud::StripColumns other;
+  other.week = 2000;
+  other.world = {{1, 2, 3}, {4, 5, 6}};
+  other.times = {302410, 302411};
+  PointCloud::saveStrip(project.strips[0], other);
+  EXPECT_THAT(refusal(), HasSubstr("of week 2000, but the trajectory has only the GPS weeks 2318"));
+  writeContent(project.strips[0], "no container");
+  EXPECT_THAT(refusal(), HasSubstr("strip_01.kx"));
+}
+
+TEST_F(SmallRun, RefusesGroundTruthElsewhereAndStripsApart) {
+  const auto truth = project.groundTruth;
+  project.groundTruth = (folder / "far.kx").string();
+  PointCloud::saveGroundTruth(project.groundTruth, {{{1e5, 2e6, 100}}, {{0, 0, 1}}, {2}});
+  EXPECT_THAT(refusal(), AllOf(HasSubstr("far.kx: lies at E 100000"), HasSubstr("another zone")));
+  project.groundTruth = truth;
+  for (std::size_t strip = 0; strip < project.strips.size(); ++strip) {
+    change<point>(strip, "Positions", [&](auto& places) {
+      for (point& place : places) place.x += 5000.0 * static_cast<double>(strip);
+    });
+  }
+  EXPECT_THAT(refusal(), HasSubstr("overlap"));
+}
+
+TEST_F(SmallRun, LeavesOutPointsThatAreNoNumbers) {
+  change<point>(1, "Positions", [](auto& places) {
+    for (std::size_t i = 0; i < places.size(); i += 10) places[i].z = std::nan("");
+  });
+  const auto summary = done();
+  EXPECT_GT(summary["rasterize"]["strips"][1]["not_finite"], 1000U);
+  EXPECT_LT(summary["adjustment"]["after"]["pairs"]["rms"], 0.03);
+}
+
+TEST_F(SmallRun, EndsWithTheStatusOfItsKind) {
+  project.rounds = 1;
+  project.model.configuration.NumberOfIterations = 1;
+  EXPECT_THAT(refusal(noConvergence), HasSubstr("raise iterations"));
+  EXPECT_THAT(contentOf(folder / "out/summary.txt"), HasSubstr("NO_CONVERGENCE"));
+  EXPECT_FALSE(fs::exists(folder / "out/05_adjusted"));
+  project.model.configuration.NumberOfIterations = 30;
+  PointCloud::saveGroundTruth(project.groundTruth, {});
+  EXPECT_THAT(refusal(tooLittleGroundTruth), HasSubstr("100 are needed"));
+  project.configuration().RootPath = "/proc/nowhere";
+  EXPECT_THAT(refusal(writeError), HasSubstr("/proc/nowhere"));
+}
+
+}  // namespace
