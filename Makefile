@@ -15,15 +15,13 @@ all build: build/release/build.ninja
 test: build
 	@ctest --preset release
 
-# A flight of a million points with known errors: adjusted with correspondences from its own planes, and georeferenced
-# with the result.
+# A simulated flight with known errors, from strips to adjusted strips, and compared with its truth.
 demo: build
-	@build/release/host/velorn simulate build/demo --correspondences --overwrite
-	@build/release/host/velorn adjust build/demo/strip_*.kx --trajectory build/demo/trajectory.kx \
-	  --ground-truth build/demo/ground_truth.kx --output build/demo --suffix .txt
-	@build/release/host/velorn georeference build/demo/strip_*.kx --trajectory build/demo/trajectory.kx \
-	  --sections build/demo/00_parameter/Sections.txt --parameters build/demo/00_parameter/Parameter.txt \
-	  --strip-ids build/demo/00_parameter/StripID.txt --output build/demo/adjusted --overwrite
+	@build/release/host/velorn simulate build/demo --points 3000000 --overwrite
+	@build/release/host/velorn init build/demo/flight.velorn --overwrite --strips 'strip_*.kx' \
+	  --trajectory trajectory.kx --ground-truth ground_truth.kx --root run
+	@build/release/host/velorn run build/demo/flight.velorn
+	@build/release/host/velorn compare build/demo build/demo/run
 
 sanitize: build/dev/build.ninja
 	@cmake --build --preset dev
