@@ -45,7 +45,8 @@ Json georeferenceAll(const RunContext& run, const ModelFiles& model, const Json&
     const JobResult result = runJob(job, *run.output.progress, run.output.tell);
     if (result.faults > 0) {
       throw Failure(fmt::format("{} of {} strips could not be georeferenced, they are named above",
-                                result.faults, result.strips));
+                                result.faults, result.strips),
+                    result.notSaved > 0 ? writeError : jobFailed);
     }
     report = Json{{"folder", job.outputFolder.string()},
                   {"strips", result.strips},

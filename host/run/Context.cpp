@@ -67,7 +67,8 @@ Json keyOf(const std::string& step) {
 
 std::string digestOf(const Json& key) {
   std::uint64_t hash = 14695981039346656037ULL;
-  for (const char letter : key.dump()) {
+  // File names are any bytes.
+  for (const char letter : key.dump(-1, ' ', false, Json::error_handler_t::replace)) {
     hash = (hash ^ static_cast<unsigned char>(letter)) * 1099511628211ULL;
   }
   return fmt::format("{:016x}", hash);

@@ -32,9 +32,11 @@ std::optional<Json> StepRecord::valid(const Json& key) const {
   if (!record.is_object() || record.value("key", Json()) != key) return {};
   const auto outputs = record.value("outputs", Json::array());
   for (const auto& stamp : outputs) {
-    if (!stamp.is_object() || stampOf(stamp.value("path", "")) != stamp) return {};
+    const bool isStamp = stamp.is_object() && stamp.value("path", Json()).is_string();
+    if (!isStamp || stampOf(stamp["path"].get<std::string>()) != stamp) return {};
   }
-  return record.value("report", Json());
+  const auto report = record.value("report", Json());
+  return report.is_object() ? std::optional(report) : std::nullopt;
 }
 
 void StepRecord::begin() const {

@@ -203,6 +203,15 @@ TEST_F(SmallRun, LeavesOutPointsThatAreNoNumbers) {
   EXPECT_LT(summary["adjustment"]["after"]["pairs"]["rms"], 0.03);
 }
 
+TEST_F(SmallRun, TakesFileNamesThatAreNoUtf8) {
+  const std::string renamed = (flight() / "streifen_\xE4.kx").string();
+  fs::rename(project.strips.back(), renamed);
+  project.strips.back() = renamed;
+  const auto summary = done();
+  EXPECT_EQ(summary["rounds"].size(), 2U);
+  EXPECT_TRUE(fs::exists(folder / "out/05_adjusted/streifen_\xE4_SA.kx"));
+}
+
 TEST_F(SmallRun, EndsWithTheStatusOfItsKind) {
   project.rounds = 1;
   project.model.configuration.NumberOfIterations = 1;
