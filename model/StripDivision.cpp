@@ -17,11 +17,11 @@ void linearEnd(Section& section) {
 
 }  // namespace
 
-StripModel modelOfStrip(std::size_t stripIndex, Sec_Type word, const InputParameter& parameter,
-                        const std::map<int, double>& toLinear,
-                        const std::map<int, double>& toSpline) {
+DivisionModel modelOfStrip(std::size_t stripIndex, Sec_Type word, const InputParameter& parameter,
+                           const std::map<int, double>& toLinear,
+                           const std::map<int, double>& toSpline) {
   const bool hybrid = word == Sec_Type::HYBRID;
-  StripModel model{
+  DivisionModel model{
       word, parameter.DefaultInterval.at(hybrid ? linearEntry : static_cast<std::size_t>(word))};
   if (parameter.SplitBackStrips && stripIndex % 2 == 1) {
     model = {Sec_Type::SPLINE, parameter.DefaultInterval.at(splineEntry)};

@@ -15,7 +15,7 @@
 namespace Velorn {
 
 /// Model and longest section [s] of one strip.
-struct StripModel {
+struct DivisionModel {
   Sec_Type type;
   double interval;
 };
@@ -24,9 +24,9 @@ struct StripModel {
 /// @param parameter  its DefaultInterval has three entries; see faultOfModel
 /// @param toLinear, toSpline  strips with a model and interval of their own; the second wins
 /// @return a HYBRID word stays HYBRID, whatever else says; only the interval changes
-StripModel modelOfStrip(std::size_t stripIndex, Sec_Type word, const InputParameter& parameter,
-                        const std::map<int, double>& toLinear,
-                        const std::map<int, double>& toSpline);
+DivisionModel modelOfStrip(std::size_t stripIndex, Sec_Type word, const InputParameter& parameter,
+                           const std::map<int, double>& toLinear,
+                           const std::map<int, double>& toSpline);
 
 /// @return empty, or why no model can be taken from the word and the default intervals
 std::string faultOfModel(const std::string& word, const InputParameter& parameter);

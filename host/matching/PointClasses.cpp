@@ -13,7 +13,7 @@ namespace {
 
 class Classifier {
  public:
-  Classifier(const KnownPoints& points, const RasterOptions& options)
+  Classifier(const StripColumns& points, const RasterOptions& options)
       : points_(points),
         limit_(static_cast<float>(options.maxRoughness)),
         steepest_(std::cos(options.slopeLimit * std::numbers::pi / 180.0)) {
@@ -46,7 +46,7 @@ class Classifier {
   bool isLast(std::size_t i) const { return points_.echoes[i] == Echo::last; }
   Kind kind(std::size_t i) const { return kindOf(points_.lasClasses[i]); }
 
-  const KnownPoints& points_;
+  const StripColumns& points_;
   RoughnessLimit limit_;
   double steepest_;
   LowestGround ground_;
@@ -54,7 +54,7 @@ class Classifier {
 
 }  // namespace
 
-std::vector<std::uint8_t> classCodes(const KnownPoints& points, const RasterOptions& options,
+std::vector<std::uint8_t> classCodes(const StripColumns& points, const RasterOptions& options,
                                      RasterCounts& counts) {
   const Classifier classifier(points, options);
   std::vector<std::uint8_t> codes(points.places.size(), noTerrain);

@@ -15,7 +15,7 @@
 namespace Matching {
 
 /// What is known about the points of a strip, one entry per point.
-struct KnownPoints {
+struct StripColumns {
   std::span<const point> places;
   std::span<const Echo> echoes;
   const Surface& surface;
@@ -25,7 +25,7 @@ struct KnownPoints {
 
 /// Values of RigorousClassification, and all counts but those of selected points and surfaces.
 /// @param counts  gets them
-std::vector<std::uint8_t> classCodes(const KnownPoints& points, const RasterOptions& options,
+std::vector<std::uint8_t> classCodes(const StripColumns& points, const RasterOptions& options,
                                      RasterCounts& counts);
 
 }  // namespace Matching
