@@ -54,9 +54,7 @@ double squareTo(double east, double north, double side) {
 class PointTiles::Tree {
  public:
   Tree(const point* places, std::size_t count)
-      : coordinates_{places, count}, index_(3, coordinates_, {leafSize}) {
-    index_.buildIndex();
-  }
+      : coordinates_{places, count}, index_(3, coordinates_, {leafSize}) {}
 
   void search(const point& place, FoundInTile found) const {
     index_.findNeighbors(found, &place.x, nanoflann::SearchParams());
