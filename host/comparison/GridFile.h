@@ -18,12 +18,16 @@ namespace Comparison {
 
 class GridFile {
  public:
-  /// @throws Failure, naming the file, for one that cannot be read or has not one grid
+  /// @throws Failure, naming the file, for one that cannot be read, has not one grid, or fields
+  ///         of several lengths
   explicit GridFile(const std::filesystem::path& path) : path_(path) {
     orFail(Strandel::MyStorage(0, 0, 0, 1).load(path, bundle_));
-    if (bundle_.grids().size() == 1) return;
-    throw Failure(
-        fmt::format("{}: has {} grids where one is needed", path.string(), bundle_.grids().size()));
+    if (bundle_.grids().size() != 1) {
+      throw Failure(fmt::format("{}: has {} grids where one is needed", path.string(),
+                                bundle_.grids().size()));
+    }
+    const auto unequal = bundle_.grids().front()->unequalLengths();
+    if (!unequal.empty()) throw Failure(path.string() + ": " + unequal);
   }
 
   bool has(const char* chartName, const char* name) const {

@@ -2,9 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/comparison/RunFolder.h"
 
+#include <charconv>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <regex>
+#include <string_view>
 #include <system_error>
 
 #include <fmt/format.h>
@@ -55,6 +56,25 @@ std::optional<ParameterFiles> companionsOf(const fs::path& parameters) {
   return files;
 }
 
+/// Takes a text off the beginning of a line, if it is there.
+bool take(std::string_view text, std::string_view& line) {
+  if (!line.starts_with(text)) return false;
+  line.remove_prefix(text.size());
+  return true;
+}
+
+/// A line "id: 3 file: folder/name.kx type: strip".
+std::optional<StripNames::value_type> stripIn(std::string_view line) {
+  constexpr std::string_view end = " type: strip";
+  std::uint32_t id = 0;
+  if (!take("id: ", line) || !line.ends_with(end)) return {};
+  line.remove_suffix(end.size());
+  const auto number = std::from_chars(line.data(), line.data() + line.size(), id);
+  line.remove_prefix(static_cast<std::size_t>(number.ptr - line.data()));
+  if (number.ec != std::errc() || !take(" file: ", line) || line.empty()) return {};
+  return StripNames::value_type{id, fs::path(line).filename().string()};
+}
+
 }  // namespace
 
 std::optional<ParameterFiles> parameterFilesOf(const fs::path& root) {
@@ -75,15 +95,11 @@ std::optional<ParameterFiles> parameterFilesOf(const fs::path& root) {
 }
 
 StripNames stripNamesIn(const fs::path& stripIds) {
-  static const std::regex pattern(R"(id: (\d{1,9}) file: (.+) type: strip)");
   StripNames names;
   std::ifstream file(stripIds);
   std::string line;
-  std::smatch parts;
   while (std::getline(file, line)) {
-    if (!std::regex_match(line, parts, pattern)) continue;
-    names.emplace(static_cast<std::uint32_t>(std::stoul(parts[1])),
-                  fs::path(parts[2].str()).filename().string());
+    if (const auto strip = stripIn(line)) names.insert(*strip);
   }
   if (names.empty()) throw Failure(stripIds.string() + ": names no strip");
   return names;
