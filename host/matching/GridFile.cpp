@@ -78,7 +78,7 @@ Strandel::FieldPtr GridFile::checkedField(const char* chart, const std::string& 
   const std::string needed = advice.empty() ? "" : "; " + advice;
   const auto holder = grid_->chart(chart);
   if (!holder) throw refused("there is no such chart" + needed);
-  const auto field = holder->field(name);
+  auto field = holder->field(name);
   if (!field) throw refused("missing; the chart holds " + listed(holder->fields()) + needed);
   if (field->valueType() != type) {
     throw refused(
@@ -94,7 +94,7 @@ Strandel::FieldPtr GridFile::checkedField(const char* chart, const std::string& 
 }
 
 Strandel::FieldPtr GridFile::fieldToSet(const std::string& name, Strandel::ValueType type) {
-  const auto field = worldField(name);
+  auto field = worldField(name);
   if (!field) return grid_->cartesian()->makeField(name, type);
   if (field->valueType() == type) return field;
   refuse(name, fmt::format("holds {}; {} is to be written under that name",

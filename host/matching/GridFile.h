@@ -161,16 +161,18 @@ std::shared_ptr<Strandel::MyStorage> storageOf(const Velorn::InputParameter& con
 
 template <Strandel::Value T>
 Strandel::FieldPtr GridFile::set(const std::string& name, std::vector<T>& values) {
-  const auto field = fieldToSet(name, Strandel::valueTypeOf<T>());
-  for (const Piece& piece : pieces_) {
-    const auto begin = values.begin() + static_cast<std::ptrdiff_t>(piece.first);
-    orFail(pieces_.size() == 1
-               ? field->template setValues<T>(piece.fragment, std::move(values))
-               : field->template setValues<T>(
-                     piece.fragment,
-                     std::vector<T>(begin, begin + static_cast<std::ptrdiff_t>(piece.count))));
+  auto field = fieldToSet(name, Strandel::valueTypeOf<T>());
+  std::vector<T> all;
+  all.swap(values);
+  if (pieces_.size() == 1) {
+    orFail(field->template setValues<T>(pieces_.front().fragment, std::move(all)));
+    return field;
   }
-  values = {};
+  for (const Piece& piece : pieces_) {
+    const auto begin = all.begin() + static_cast<std::ptrdiff_t>(piece.first);
+    orFail(field->template setValues<T>(piece.fragment,
+                                        {begin, begin + static_cast<std::ptrdiff_t>(piece.count)}));
+  }
   return field;
 }
 

@@ -14,7 +14,7 @@ constexpr Strandel::FragmentId only{0};
 
 template <typename T>
 Strandel::FieldPtr add(Strandel::Chart& chart, const char* name, std::vector<T> values) {
-  const auto field = chart.makeField(name, Strandel::valueTypeOf<T>());
+  auto field = chart.makeField(name, Strandel::valueTypeOf<T>());
   orFail(field->template setValues<T>(only, std::move(values)));
   return field;
 }
