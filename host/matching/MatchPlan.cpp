@@ -3,19 +3,17 @@
 #include "host/matching/MatchPlan.h"
 
 #include <algorithm>
-#include <fstream>
-#include <string>
 
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/matching/SolverMemory.h"
 #include "host/matching/Thinning.h"
 
 namespace Matching {
 namespace {
 
 constexpr std::size_t defaultPerStrip = 10'000;
-constexpr std::size_t bytesOfSolver = 3000;  // per correspondence, at the solver's peak
 constexpr std::size_t groundTruthShare = 10, enoughGroundTruth = 200;
 
 std::vector<std::filesystem::path> rastersOf(const Velorn::InputParameter& configuration,
@@ -115,15 +113,6 @@ MatchPlan planOf(const Velorn::InputParameter& configuration, const Velorn::File
   findKnown(groundTruth, configuration.SearchRadius, plan);
   shareOut(plan);
   return plan;
-}
-
-std::size_t availableMemory() {
-  std::ifstream lines("/proc/meminfo");
-  std::string name, unit;
-  for (std::size_t kilobytes = 0; lines >> name >> kilobytes; std::getline(lines, unit)) {
-    if (name == "MemAvailable:") return 1024 * kilobytes;
-  }
-  return 0;
 }
 
 }  // namespace Matching

@@ -45,7 +45,4 @@ GroundTruth groundTruthOf(const Velorn::InputParameter& configuration,
 MatchPlan planOf(const Velorn::InputParameter& configuration, const Velorn::FileContainer& files,
                  const MatchOptions& options, const GroundTruth& groundTruth);
 
-/// Memory that the system could give now [bytes]; 0 when it does not say.
-std::size_t availableMemory();
-
 }  // namespace Matching

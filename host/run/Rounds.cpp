@@ -8,7 +8,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
-#include "host/run/Memory.h"
+#include "host/matching/SolverMemory.h"
 #include "host/run/Reports.h"
 #include <velorn/SolverParameters.h>
 
@@ -131,6 +131,7 @@ class Rounds {
     return result_;
   }
 
+ private:
   Json matched(unsigned int round, double radius) {
     Json key = keyOf("match " + std::to_string(round));
     key["options"] = matchOptions(run_.project, radius);
@@ -150,7 +151,6 @@ class Rounds {
     return report;
   }
 
- private:
   /// The matching of a round is looked at only when its adjustment has to be done: the blocks of an
   /// earlier round are gone.
   Json one(unsigned int round, double radius) {
@@ -230,17 +230,17 @@ class Rounds {
     return adjust(job, run_.output.progress);
   }
 
-  /// The solver's memory at its peak is some 3 kB per correspondence, of some 220 bytes in a block.
+  /// A correspondence takes some 220 bytes of a block.
   void warnOfMemory(const std::vector<fs::path>& blocks) const {
     std::uintmax_t bytes = 0;
     for (const auto& block : blocks) bytes += fs::file_size(block);
-    const double needed = static_cast<double>(bytes) / 220.0 * 3000.0;
-    const auto free = availableMemory();
-    if (!free || needed < static_cast<double>(*free)) return;
+    const double needed = static_cast<double>(bytes) / 220.0 * Matching::bytesOfSolver;
+    const auto free = static_cast<double>(Matching::availableMemory());
+    if (free == 0.0 || needed < free) return;
     run_.output.tell(fmt::format(
         "warning: the solver may need {:.1f} GB, {:.1f} GB are free; --max-correspondences takes "
         "fewer",
-        needed / 1e9, static_cast<double>(*free) / 1e9));
+        needed / 1e9, free / 1e9));
   }
 
   bool isSettled() const {
@@ -258,8 +258,4 @@ class Rounds {
 
 RoundsResult runRounds(const RunContext& run) {
   return Rounds(run).all();
-}
-
-Json matchOnce(const RunContext& run) {
-  return Rounds(run).matched(1, run.configuration().SearchRadius);
 }

@@ -21,6 +21,3 @@ struct RoundsResult {
 /// Without the word for one of both the other is done once.
 /// @throws Failure; a solver that does not converge is none, it ends the rounds
 RoundsResult runRounds(const RunContext& run);
-
-/// One matching with the strips as delivered, whatever was done before.
-Json matchOnce(const RunContext& run);
