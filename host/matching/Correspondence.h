@@ -31,7 +31,6 @@ struct Correspondence {
   vector normalI, normalJ;                    ///< unit
   double shiftI = 0.0, shiftJ = 0.0;          ///< along the beams, towards the sensor [m]
   double roughnessI = 0.0, roughnessJ = 0.0;  ///< of the neighbourhoods; 0 of the ground truth [m]
-  double separation = 0.0;                    ///< of the points as they are, as searched [m]
   double distance = 0.0;  ///< n_I · (Q' − P') of the moved points, as searched [m]
 };
 

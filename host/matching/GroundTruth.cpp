@@ -66,7 +66,7 @@ Fate examine(const PartnerSearch& strip, const GroundTruth& known, Correspondenc
   const Neighbour nearest = known.nearest(p, rules.radius);
   if (!(nearest.square < infinite)) return Fate::noCandidate;
   pair.j = nearest.number;
-  pair.code = 10;
+  pair.code = codeOf(Velorn::TerrainType::GROUND_TRUTH);
   pair.normalI = pair.normalJ = known.points().normals[pair.j];
   const vector away = known.points().places[pair.j] - p;
   const double along = dot(pair.normalI, away);

@@ -53,13 +53,13 @@ std::vector<std::uint64_t> strataOf(const Found& found, const MatchPoints& point
 /// Keeps as many as there is room for; counts those given up and those kept.
 void thin(Found& found, const std::vector<std::uint64_t>& strata, std::size_t room,
           std::uint64_t seed) {
-  for (const Correspondence& pair : found.pairs) ++found.funnels[pair.code - 10U].thinned;
+  for (const Correspondence& pair : found.pairs) ++found.funnels[classIndexOf(pair.code)].thinned;
   std::vector<Correspondence> kept;
   for (const std::uint32_t k : thinned(strata, room, seed)) kept.push_back(found.pairs[k]);
   found.pairs = std::move(kept);
   for (const Correspondence& pair : found.pairs) {
-    --found.funnels[pair.code - 10U].thinned;
-    ++found.funnels[pair.code - 10U].kept;
+    --found.funnels[classIndexOf(pair.code)].thinned;
+    ++found.funnels[classIndexOf(pair.code)].kept;
   }
 }
 

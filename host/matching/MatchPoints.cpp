@@ -105,9 +105,9 @@ enum class Use : std::uint8_t { no, yes, notFinite };
 
 Use useOf(const Velorn::DataBlock& block, std::size_t k, const Wanted& wanted) {
   const std::uint8_t code = (*block.rigorousClasses)[k];
-  if (code < firstCode || code > lastCode) return Use::no;
+  if (!isSurface(code)) return Use::no;
   const vector& beam = (*block.directionDeltas)[k];
-  const bool isSound = isPlace((*block.world)[k]) && isPlace((*block.scanner)[k]) &&
+  const bool isSound = isOnEarth((*block.world)[k]) && isOnEarth((*block.scanner)[k]) &&
                        std::isfinite(lengthOf(beam)) && std::isfinite((*block.times)[k]);
   if (!isSound) return Use::notFinite;
   return wanted((*block.world)[k]) ? Use::yes : Use::no;
@@ -199,7 +199,7 @@ KnownPoints readGroundTruth(const path& file, const Velorn::InputParameter& conf
   for (std::size_t k = 0; k < block.world->size(); ++k) {
     const vector& normal = (*block.normals)[k];
     const double length = lengthOf(normal);
-    if (!isPlace((*block.world)[k]) || !std::isfinite(length) || !(length > 0.0)) continue;
+    if (!isOnEarth((*block.world)[k]) || !std::isfinite(length) || !(length > 0.0)) continue;
     known.places.push_back((*block.world)[k]);
     known.normals.push_back((1.0 / length) * normal);
     known.codes.push_back(block.classes->empty() ? std::uint8_t{0} : (*block.classes)[k]);

@@ -4,13 +4,13 @@
 // The points of strips, rasters and ground truth that may be matched, read from their containers.
 #pragma once
 
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <vector>
 
+#include "host/matching/TerrainClasses.h"
 #include "platform/geomra/PhysicalSpace.h"
 #include <velorn/InputParameter.h>
 #include <velorn/SphericalBeing.h>
@@ -21,13 +21,8 @@ using Geomra::PhysicalSpace::point;
 using Geomra::PhysicalSpace::vector;
 
 /// Codes of the classes that are matched, from roof to flat.
-inline constexpr std::uint8_t firstCode = 11, lastCode = 14;
-
-/// False for coordinates that no place has: those that are not finite, or beyond 1e9 m.
-inline bool isPlace(const point& p) {
-  constexpr double farthest = 1e9;
-  return std::abs(p.x) < farthest && std::abs(p.y) < farthest && std::abs(p.z) < farthest;
-}
+inline constexpr std::uint8_t firstCode = codeOf(Velorn::TerrainType::ROOF),
+                              lastCode = codeOf(Velorn::TerrainType::FLAT);
 
 /// Points of one strip in its order, one entry per point in every column that is not said to be
 /// empty.

@@ -128,7 +128,7 @@ std::vector<Correspondence> searchPartners(const MatchPoints& candidates,
   });
   std::size_t found = 0;
   for (std::size_t k = 0; k < pairs.size(); ++k) {
-    Funnel& funnel = funnels[candidates.codes[k] - 10U];
+    Funnel& funnel = funnels[classIndexOf(candidates.codes[k])];
     ++funnel.candidates;
     if (fates[k] == Fate::found) {
       pairs[found++] = pairs[k];

@@ -22,10 +22,6 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t classes = std::tuple_size_v<PerClass>;
 
-std::size_t classOf(std::uint8_t code) {
-  return static_cast<std::size_t>(code - codeOf(Velorn::TerrainType::GROUND_TRUTH));
-}
-
 /// One strip from its container to its raster.
 class StripRasterizing {
  public:
@@ -73,7 +69,7 @@ class StripRasterizing {
       for (std::size_t i = 0; i < amplitudes.size(); ++i) {
         std::uint8_t& code = codes_[first + i];
         if (!isSurface(code)) continue;
-        const double limit = configuration_.Amplitude[classOf(code)];
+        const double limit = configuration_.Amplitude[classIndexOf(code)];
         if (limit <= -100.0 || amplitudes[i] >= limit) continue;
         code = noTerrain;
         ++counts_.notSelected;
@@ -87,7 +83,7 @@ class StripRasterizing {
     for (std::size_t type = 1; type < classes; ++type) {
       std::vector<std::uint32_t> members;
       for (std::size_t i = 0; i < codes_.size(); ++i) {
-        if (isSurface(codes_[i]) && classOf(codes_[i]) == type) {
+        if (isSurface(codes_[i]) && classIndexOf(codes_[i]) == type) {
           members.push_back(static_cast<std::uint32_t>(i));
         }
       }

@@ -21,7 +21,7 @@ double medianOf(std::vector<double>& values) {
 }
 
 std::size_t classOf(const Correspondence& pair) {
-  return pair.code - 10U;
+  return classIndexOf(pair.code);
 }
 
 /// A quantity of all correspondences and of those of each class.

@@ -54,7 +54,7 @@ void searchWith(const Solution* solution, const std::filesystem::path& file, std
       solution->parameters, solution->trajectory, points.scanner, points.times, points.week, strip,
       points.searched, directions, 0.0, interpolationFlag);
   const auto dropped = keepThose(file, "they have no place by the last result", points,
-                                 [&](std::size_t k) { return isPlace(points.searched[k]); });
+                                 [&](std::size_t k) { return isOnEarth(points.searched[k]); });
   if (!message.empty() && dropped == 0) {
     throw Failure(fmt::format("{}: {}", file.string(), message));
   }

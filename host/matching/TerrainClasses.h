@@ -4,6 +4,7 @@
 // What kind of surface a point lies on, by its class, its plane and the heights about it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
@@ -16,6 +17,11 @@ namespace Matching {
 /// Value of RigorousClassification for a kind of surface.
 constexpr std::uint8_t codeOf(Velorn::TerrainType type) {
   return static_cast<std::uint8_t>(10 + static_cast<std::uint32_t>(type));
+}
+
+/// Place of a class in what there is one of per class: ground truth, roof, slope, bed points, flat.
+constexpr std::size_t classIndexOf(std::uint8_t code) {
+  return static_cast<std::size_t>(code - codeOf(Velorn::TerrainType::GROUND_TRUTH));
 }
 
 /// A point that is never matched.
