@@ -62,7 +62,7 @@ void checkNames(const Selection& selection, const GridFile& strip) {
     }
     std::string known;
     for (const auto& [other, its] : strip.grid().cartesian()->fields()) {
-      if (isScalar(*its)) known += (known.empty() ? "" : ", ") + other;
+      if (isScalar(*its)) known.append(known.empty() ? "" : ", ").append(other);
     }
     strip.refuse("", "SelectionStr asks for " + name + "; the fields of numbers are " + known);
   }

@@ -89,10 +89,11 @@ std::uint64_t stratumOf(std::uint8_t code, const Geomra::PhysicalSpace::vector& 
   const double slope = std::atan2(std::hypot(normal.x, normal.y), normal.z);
   const auto band = static_cast<std::uint64_t>(
       std::upper_bound(limits.begin(), limits.end(), slope) - limits.begin());
-  if (band == 0) return 100U * code;
+  const std::uint64_t ofClass = std::uint64_t{100} * code;
+  if (band == 0) return ofClass;
   const double turn = std::atan2(normal.x, normal.y) / (2.0 * std::numbers::pi) + 0.5;
   const auto sector = std::min(static_cast<std::uint64_t>(8.0 * turn), std::uint64_t{7});
-  return 100U * code + 10U * band + sector;
+  return ofClass + 10U * band + sector;
 }
 
 std::uint64_t derivedSeed(std::uint64_t seed, std::uint64_t first, std::uint64_t second) {

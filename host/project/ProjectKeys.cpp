@@ -151,6 +151,7 @@ std::string quoted(const std::string& text) {
 
 std::string listOf(const std::vector<std::string>& values) {
   std::vector<std::string> texts;
+  texts.reserve(values.size());
   for (const auto& value : values) texts.push_back(quoted(value));
   if (texts.size() == 1) return texts.front();
   return fmt::format("[{}]", fmt::join(texts, ", "));

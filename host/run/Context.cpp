@@ -35,7 +35,7 @@ void makeFolders(const RunContext& run) {
 
 /// The list of files wants a ground truth.
 fs::path emptyGroundTruth(const RunContext& run) {
-  const auto file = run.inRoot(run.configuration().getPrameterPath()) / "no_ground_truth.kx";
+  auto file = run.inRoot(run.configuration().getPrameterPath()) / "no_ground_truth.kx";
   if (!fs::exists(file)) PointCloud::saveGroundTruth(file, {});
   return file;
 }

@@ -145,7 +145,7 @@ class Rounds {
       return *done;
     }
     record.begin();
-    const Json report = match(radius);
+    Json report = match(radius);
     record.finish(key, blocksIn(run_.inRoot(run_.configuration().getCorrespondencePath())), report);
     run_.output.tell(matchingLine(round, report, false));
     return report;
