@@ -69,6 +69,31 @@ void addLastRound(const RunContext& run, const RoundsResult& rounds, Json& summa
   }
 }
 
+/// What the steps find is in the summary also when a later one fails.
+void doSteps(const RunContext& context, Json& summary) {
+  const Project& project = context.project;
+  if (project.does("+rasterize")) summary["rasterize"] = rasterizeAll(context);
+  RoundsResult rounds;
+  if (project.does("+correspondences") || project.does("+optimization")) {
+    rounds = runRounds(context);
+    addLastRound(context, rounds, summary);
+  }
+  if (project.does("+adjustment") && rounds.model) {
+    summary["georeference"] = georeferenceAll(context, *rounds.model, rounds.key);
+  }
+}
+
+/// Leaves no summary of an earlier run beside the results of this one, and hides no fault of the
+/// steps behind one of its own.
+void writeSummaryOfFailure(const RunContext& context, Json& summary, const Failure& failure) {
+  summary["failure"] = failure.what();
+  try {
+    writeSummary(context, summary);
+  } catch (const Failure& second) {
+    context.output.tell(second.what());
+  }
+}
+
 }  // namespace
 
 Json run(const Project& project, const RunOutput& output) {
@@ -80,18 +105,19 @@ Json run(const Project& project, const RunOutput& output) {
                {"steps", project.configuration().Options.text()},
                {"root", project.configuration().RootPath.string()},
                {"strips", stripsOf(context)}};
-  if (project.does("+rasterize")) summary["rasterize"] = rasterizeAll(context);
-  RoundsResult rounds;
-  if (project.does("+correspondences") || project.does("+optimization")) {
-    rounds = runRounds(context);
-    addLastRound(context, rounds, summary);
+  const auto measure = [&] {
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
+    summary["seconds"] = elapsed.count();
+    summary["peak_memory"] = peakMemory();
+  };
+  try {
+    doSteps(context, summary);
+  } catch (const Failure& failure) {
+    measure();
+    writeSummaryOfFailure(context, summary, failure);
+    throw;
   }
-  if (project.does("+adjustment") && rounds.model) {
-    summary["georeference"] = georeferenceAll(context, *rounds.model, rounds.key);
-  }
-  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
-  summary["seconds"] = elapsed.count();
-  summary["peak_memory"] = peakMemory();
+  measure();
   writeSummary(context, summary);
   return summary;
 }

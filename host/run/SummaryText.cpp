@@ -200,6 +200,7 @@ std::string summaryText(const Json& summary) {
   if (summary.contains("georeference")) {
     text += "adjusted strips: " + textOf(summary["georeference"]["folder"]) + "\n";
   }
+  if (summary.contains("failure")) text += "FAILED: " + textOf(summary["failure"]) + "\n";
   return text + fmt::format("{:.1f} s, at most {:.2f} GB of memory\n",
                             summary["seconds"].get<double>(),
                             summary["peak_memory"].get<double>() / 1e9);

@@ -192,6 +192,9 @@ TEST_F(SmallRun, RefusesGroundTruthElsewhereAndStripsApart) {
     });
   }
   EXPECT_THAT(refusal(), HasSubstr("overlap"));
+  const auto summary = Json::parse(contentOf(folder / "out/summary.json"));
+  EXPECT_GT(summary["rasterize"]["strips"][0]["points"], 1000U);
+  EXPECT_THAT(contentOf(folder / "out/summary.txt"), HasSubstr("FAILED: no two of"));
 }
 
 TEST_F(SmallRun, LeavesOutPointsThatAreNoNumbers) {
