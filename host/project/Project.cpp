@@ -89,6 +89,13 @@ void checkSteps(const Project& project) {
     if (std::ranges::find(stepWords, word) != stepWords.end()) continue;
     throw Failure(fmt::format("steps: {}: not one of {}", word, fmt::join(stepWords, " ")), misuse);
   }
+  const auto has = [&](const char* word) { return std::ranges::count(project.steps, word) > 0; };
+  if (has("+adjustment") && !has("+optimization")) {
+    throw Failure(
+        "steps: +adjustment takes the model that +optimization makes; `velorn georeference` takes "
+        "one of an earlier run",
+        misuse);
+  }
 }
 
 }  // namespace

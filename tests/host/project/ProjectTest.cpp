@@ -97,6 +97,7 @@ TEST_F(ProjectFile, IsRefusedByTheNameOfItsKey) {
       {"model = CUBIC", "model = CUBIC: "},
       {"min-cell-size = 0.001", "MinCellSize too low"},
       {"steps = \"+rasterise\"", "steps: +rasterise: not one of"},
+      {"steps = \"+rasterize +adjustment\"", "+adjustment takes the model"},
       {"lock = 3", "--lock 3: there are 3 strips"},
       {"[match]\nsearch-radius = 3", "no sections"},
       {"seed = 1\nmax-angle = 3\nseed = 2", "seed is there twice"},
