@@ -18,8 +18,8 @@ test: build
 # A simulated flight with known errors, from strips to adjusted strips, and compared with its truth.
 demo: build
 	@build/release/host/velorn simulate build/demo --points 3000000 --overwrite
-	@build/release/host/velorn init build/demo/flight.velorn --overwrite --strips 'strip_*.kx' \
-	  --trajectory trajectory.kx --ground-truth ground_truth.kx --root run
+	@build/release/host/velorn init build/demo/flight.velorn --overwrite --strips 'build/demo/strip_*.kx' \
+	  --trajectory build/demo/trajectory.kx --ground-truth build/demo/ground_truth.kx --root build/demo/run
 	@build/release/host/velorn run build/demo/flight.velorn
 	@build/release/host/velorn compare build/demo build/demo/run
 

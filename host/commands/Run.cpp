@@ -46,16 +46,21 @@ void addSwitches(ProjectCall& call) {
       ->configurable(false);
 }
 
-void runSteps(ProjectCall& call) {
-  auto& project = call.project;
-  if (!project.file.empty()) call.keys.read(project.file);
-  complete(project);
+/// The bar is off the terminal when this returns.
+Json runWithProgress(const Project& project) {
   const auto progress = std::make_shared<Progress>(project.quiet);
   const LibraryMessages messages(*progress, project.quiet);
   const RunOutput output{progress, [&](const std::string& line) {
                            if (!project.quiet) progress->message(line);
                          }};
-  const Json summary = run(project, output);
+  return run(project, output);
+}
+
+void runSteps(ProjectCall& call) {
+  auto& project = call.project;
+  if (!project.file.empty()) call.keys.read(project.file);
+  complete(project);
+  const Json summary = runWithProgress(project);
   fmt::print("{}", summaryText(summary));
   orFailAsSolver(summary);
 }
@@ -80,7 +85,7 @@ void writeProject(const ProjectCall& call) {
   if (!call.overwrite && std::filesystem::exists(file)) {
     throw Failure(file.string() + ": exists; --overwrite replaces it");
   }
-  if (const auto fault = Plome::replaceFile(file, call.keys.text()); !fault.empty()) {
+  if (const auto fault = Plome::replaceFile(file, call.keys.text(file)); !fault.empty()) {
     throw Failure(fault, writeError);
   }
   fmt::print("{} written; `velorn run {}` runs it\n", file.string(), file.string());

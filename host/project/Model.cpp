@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/project/Bounds.h"
 
 void addModelOptions(CLI::App& command, Model& model) {
   auto& configuration = model.configuration;
@@ -16,18 +17,18 @@ void addModelOptions(CLI::App& command, Model& model) {
       ->check(CLI::IsMember({"BIAS", "LINEAR", "SPLINE", "HYBRID"}))
       ->capture_default_str();
   command.add_option("--interval", model.interval, "longest section, seconds")
-      ->check(CLI::PositiveNumber)
+      ->check(within(1e-3, 1e6))
       ->capture_default_str();
   command
       .add_option("--iterations", configuration.NumberOfIterations, "limit of the solver's steps")
-      ->check(CLI::PositiveNumber)
+      ->check(within(1, 1e6))
       ->capture_default_str();
   command
       .add_option("--weights", configuration.CellSizeWeights,
                   "of ground truth, roof, slope, bed and flat")
       ->delimiter(',')
       ->expected(5)
-      ->check(CLI::PositiveNumber)
+      ->check(within(1e-6, 1e6))
       ->capture_default_str()
       ->type_name("W,W,W,W,W");
   command

@@ -12,6 +12,7 @@
 #include <fmt/ranges.h>
 
 #include "host/Failure.h"
+#include "host/project/Bounds.h"
 
 namespace {
 
@@ -53,7 +54,7 @@ void addChain(CLI::App& command, Project& project) {
       .add_option("--rounds", project.rounds,
                   "of matching and adjusting, at most; it ends early when the fit changes by less "
                   "than 1 %")
-      ->check(CLI::Range(1U, 20U))
+      ->check(within(1, 20))
       ->group(chain)
       ->capture_default_str();
   command.add_flag("--compress", project.compress, "deflate what is written into adjusted strips")
@@ -64,6 +65,7 @@ void addRaster(CLI::App& command, Project& project) {
   auto& configuration = project.configuration();
   auto& options = project.raster;
   command.add_option("--min-cell-size", configuration.MinCellSize, "smallest raster cell, metres")
+      ->check(within(0.01, 1000))
       ->group(raster)
       ->capture_default_str();
   command
@@ -71,7 +73,7 @@ void addRaster(CLI::App& command, Project& project) {
                   "cell sizes of ground truth, roof, slope, bed and flat in units of it")
       ->delimiter(',')
       ->expected(5)
-      ->check(CLI::PositiveNumber)
+      ->check(within(0.001, 1e6))
       ->group(raster)
       ->type_name("F,F,F,F,F")
       ->capture_default_str();
@@ -80,6 +82,7 @@ void addRaster(CLI::App& command, Project& project) {
                   "lowest amplitude of each class; -100: no limit")
       ->delimiter(',')
       ->expected(5)
+      ->check(within(-1e9, 1e9))
       ->group(raster)
       ->type_name("A,A,A,A,A")
       ->capture_default_str();
@@ -90,22 +93,22 @@ void addRaster(CLI::App& command, Project& project) {
       ->group(raster)
       ->type_name("EXPRESSION");
   command.add_option("--neighbours", options.neighbours, "points that a plane is fitted to")
-      ->check(CLI::Range(6U, 200U))
+      ->check(within(6, 200))
       ->group(raster)
       ->capture_default_str();
   command.add_option("--neighbour-radius", options.neighbourRadius, "they lie within, metres")
-      ->check(CLI::PositiveNumber)
+      ->check(within(0.01, 1000))
       ->group(raster)
       ->capture_default_str();
   command
       .add_option("--max-roughness", options.maxRoughness,
                   "standard deviation from the plane of a planar neighbourhood, metres")
-      ->check(CLI::PositiveNumber)
+      ->check(within(1e-6, 1000))
       ->group(raster)
       ->capture_default_str();
   command
       .add_option("--slope-limit", options.slopeLimit, "ground that is steeper is a slope, degrees")
-      ->check(CLI::Range(0.0, 90.0))
+      ->check(within(0, 90))
       ->group(raster)
       ->capture_default_str();
 }
@@ -116,33 +119,44 @@ void addMatching(CLI::App& command, Project& project) {
   command
       .add_option("--search-radius", configuration.SearchRadius,
                   "within which the partner of a point is sought, metres; later rounds take less")
-      ->check(CLI::PositiveNumber)
+      ->check(within(0.01, 1000))
       ->group(matching)
       ->capture_default_str();
   command
       .add_option("--max-angle", configuration.ThresholdMaxAngle,
                   "between the normals of a correspondence, degrees")
-      ->check(CLI::Range(0.0, 90.0))
+      ->check(within(0, 90))
       ->group(matching)
       ->capture_default_str();
   command
       .add_option("--max-correspondences", options.maxCorrespondences,
                   "over all strips; 0: 10,000 per strip, as far as half of the free memory holds "
                   "them at 3 kB each")
+      ->check(within(0, 1e12))
       ->group(matching)
       ->capture_default_str();
   command.add_option("--seed", options.seed, "of the thinning")
+      ->check(within(0, 9e15))
       ->group(matching)
       ->capture_default_str();
   command
       .add_option("--onto-planes", options.ontoPlanes,
                   "points of correspondences are moved along their beams onto the planes of their "
                   "neighbourhoods")
+      ->check(CLI::IsMember({"true", "false", "1", "0"}))
       ->group(matching)
-      ->capture_default_str();
+      ->type_name("BOOL")
+      ->default_str("true");
 }
 
+/// @throws Failure for what a project file cannot hold
 std::string quoted(const std::string& text) {
+  if (text.find_first_of("\"#\n\r") != std::string::npos) {
+    throw Failure(fmt::format("{}: a project file holds no value with a quote, a # or a line feed; "
+                              "give it as a flag",
+                              text),
+                  misuse);
+  }
   const bool isPlain = std::ranges::all_of(text, [](unsigned char letter) {
     return std::isalnum(letter) != 0 || letter == '.' || letter == '-' || letter == '_';
   });
@@ -177,29 +191,60 @@ std::string keyOf(const CLI::Option& option) {
   return option.get_lnames().empty() ? "" : option.get_lnames().front();
 }
 
-std::string entryOf(const CLI::Option& option, bool isNeeded) {
+/// Paths of flags count from where the user is, those of a project file from its folder.
+std::vector<std::string> seenFrom(const std::filesystem::path& folder,
+                                  std::vector<std::string> paths) {
+  namespace fs = std::filesystem;
+  for (auto& path : paths) {
+    if (fs::path(path).is_relative()) {
+      path = fs::absolute(path).lexically_proximate(folder).string();
+    }
+  }
+  return paths;
+}
+
+/// @param folder  of the project file, absolute, for a key of paths, which is never a comment
+std::string entryOf(const CLI::Option& option, const std::filesystem::path* folder) {
   const std::string key = keyOf(option);
   std::string text = "\n# " + option.get_description() + "\n";
-  if (option.count() > 0) return text + key + " = " + listOf(option.results()) + "\n";
+  if (option.count() > 0) {
+    const auto values = folder ? seenFrom(*folder, option.results()) : option.results();
+    return text + key + " = " + listOf(values) + "\n";
+  }
   const std::string standard = option.get_default_str();
   const std::string value = standard.empty() ? exampleOf(key) : standard;
-  return text + (isNeeded ? "" : "# ") + key + " = " + value + "\n";
+  return text + (folder ? "" : "# ") + key + " = " + value + "\n";
+}
+
+/// A comment begins at any #, also between quotes; what it would cut off is refused.
+void refuseOpenQuotes(const std::filesystem::path& file) {
+  std::ifstream stream(file);
+  std::size_t number = 1;
+  for (std::string line; std::getline(stream, line); ++number) {
+    const auto value = line.substr(0, line.find('#'));
+    if (std::ranges::count(value, '"') % 2 == 0) continue;
+    throw Failure(
+        fmt::format("{}: line {}: a quote is open; a value cannot hold a #", file.string(), number),
+        misuse);
+  }
 }
 
 /// The items of a project file, without the marks of sections.
 std::vector<CLI::ConfigItem> itemsOf(const std::filesystem::path& file) {
   std::ifstream stream(file);
   if (!stream) throw Failure(file.string() + ": cannot be opened");
+  refuseOpenQuotes(file);
   auto items = CLI::ConfigTOML().from_config(stream);
   if (stream.bad()) throw Failure(file.string() + ": cannot be read");
   std::set<std::string> seen;
   for (const auto& item : items) {
     if (!item.parents.empty() || item.name == "++" || item.name == "--") {
       throw Failure(fmt::format("{}: {}: a project file has no sections and no dots in its keys",
-                                file.string(), item.fullname()));
+                                file.string(), item.fullname()),
+                    misuse);
     }
     if (!seen.insert(item.name).second) {
-      throw Failure(fmt::format("{}: {} is there twice", file.string(), item.name));
+      throw Failure(fmt::format("{}: {} is there twice", file.string(), item.name), misuse);
     }
   }
   return items;
@@ -253,7 +298,8 @@ void ProjectKeys::read(const std::filesystem::path& file) const {
   if (command_.get_option("--root")->count() == 0) root = file.parent_path() / root;
 }
 
-std::string ProjectKeys::text() const {
+std::string ProjectKeys::text(const std::filesystem::path& file) const {
+  const auto folder = std::filesystem::absolute(file).parent_path();
   std::string text =
       "# A project of `velorn run`. Every key is a flag too (--search-radius 5), and flags win.\n"
       "# Relative paths count from the folder of this file.\n";
@@ -264,7 +310,7 @@ std::string ProjectKeys::text() const {
       group = option->get_group();
       text += fmt::format("\n\n# ---- {} ----\n", group);
     }
-    text += entryOf(*option, pathKeys_.contains(keyOf(*option)));
+    text += entryOf(*option, pathKeys_.contains(keyOf(*option)) ? &folder : nullptr);
   }
   return text;
 }

@@ -23,7 +23,9 @@ class ProjectKeys {
 
   /// A project file with every key: those of the flags that were given as values, the others as
   /// comments with their defaults.
-  std::string text() const;
+  /// @param file  that it is written to: paths are given as seen from its folder
+  /// @throws Failure for a value that a project file cannot hold
+  std::string text(const std::filesystem::path& file) const;
 
  private:
   CLI::App& command_;

@@ -93,9 +93,12 @@ TEST_F(ProjectFile, IsRefusedByTheNameOfItsKey) {
       {"search-radius = -1", "search-radius = -1: "},
       {"search-radius =", "search-radius has no value"},
       {"rounds = 0", "rounds = 0: "},
+      {"search-radius = nan", "nan is not a number from 0.01 to 1000"},
+      {"max-correspondences = -5", "-5 is not a number from 0"},
+      {"root = \"a #1\"", "a value cannot hold a #"},
       {"weights = [1, 2]", "weights = 1, 2: "},
       {"model = CUBIC", "model = CUBIC: "},
-      {"min-cell-size = 0.001", "MinCellSize too low"},
+      {"min-cell-size = 0.001", "0.001 is not a number from 0.01"},
       {"steps = \"+rasterise\"", "steps: +rasterise: not one of"},
       {"steps = \"+rasterize +adjustment\"", "+adjustment takes the model"},
       {"lock = 3", "--lock 3: there are 3 strips"},
@@ -124,8 +127,9 @@ TEST_F(ProjectFile, IsRefusedForItsFiles) {
 
 TEST_F(ProjectFile, AsItIsWrittenReadsBackAlsoWithEveryDefaultAndExampleUncommented) {
   command.parse("--strips strips/*.kx --trajectory t.kx --ground-truth g.kx --max-angle 4.5");
-  const std::string text = keys.text();
+  const std::string text = keys.text("flight.velorn");
   EXPECT_THAT(text, HasSubstr("\nmax-angle = 4.5\n"));
+  EXPECT_THAT(keys.text("sub/flight.velorn"), HasSubstr("\ntrajectory = \"../t.kx\"\n"));
   EXPECT_THAT(text, HasSubstr("\n# search-radius = 3\n"));
   EXPECT_EQ(refusal(text), "none");
   const std::string uncommented = std::regex_replace(text, std::regex("\n# ([a-z-]+ = )"), "\n$1");
