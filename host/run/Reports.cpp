@@ -2,8 +2,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/run/Reports.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <set>
+#include <vector>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -101,6 +104,40 @@ Json movementsOf(const AdjustmentOutcome& outcome) {
   return strips;
 }
 
+std::size_t keptOf(const Json& pair) {
+  std::size_t kept = 0;
+  if (!pair.contains("classes")) return kept;
+  for (const auto& funnel : pair["classes"]) kept += funnel["kept"].get<std::size_t>();
+  return kept;
+}
+
+/// Which strips hang together by correspondences, and whether any of them has ground truth.
+struct Part {
+  std::set<std::uint32_t> strips;
+  bool isControlled = false;
+};
+
+std::vector<Part> partsOf(const Json& matching) {
+  std::vector<Part> parts;
+  for (const auto& pair : matching["pairs"]) {
+    if (keptOf(pair) == 0) continue;
+    Part joined;
+    joined.strips.insert(pair["i"].get<std::uint32_t>());
+    joined.isControlled = pair["ground_truth"].get<bool>();
+    if (!joined.isControlled) joined.strips.insert(pair["j"].get<std::uint32_t>());
+    std::erase_if(parts, [&](const Part& part) {
+      const bool meets = std::ranges::any_of(
+          part.strips, [&](std::uint32_t strip) { return joined.strips.contains(strip); });
+      if (!meets) return false;
+      joined.strips.insert(part.strips.begin(), part.strips.end());
+      joined.isControlled = joined.isControlled || part.isControlled;
+      return true;
+    });
+    parts.push_back(std::move(joined));
+  }
+  return parts;
+}
+
 }  // namespace
 
 Json reportOf(const Matching::RasterCounts& counts) {
@@ -167,6 +204,14 @@ Json datumOf(const Json& matching, const Velorn::InputParameter& configuration, 
     fixedBy.push_back("the delivered trajectory, on average");
     warnings.push_back(
         "No ground truth: nothing controls position, height, tilt and scale of the block.");
+  }
+  const auto parts = partsOf(matching);
+  for (const auto& part : parts) {
+    if (parts.size() < 2 || part.isControlled) continue;
+    warnings.push_back(fmt::format(
+        "The strips {} hang together with no other ones and with no ground truth: nothing controls "
+        "where they lie.",
+        fmt::join(part.strips, ", ")));
   }
   constexpr double fewestInclined = 0.1;
   if (control > 0 &&

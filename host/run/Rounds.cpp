@@ -151,8 +151,8 @@ class Rounds {
     return report;
   }
 
-  /// The matching of a round is looked at only when its adjustment has to be done: the blocks of an
-  /// earlier round are gone.
+  /// The matching of a round is looked at only when its adjustment has to be done, for the blocks
+  /// of an earlier round are gone, and in the last round, so that the blocks belong to the model.
   Json one(unsigned int round, double radius) {
     const auto& project = run_.project;
     Json report{{"round", round}};
@@ -162,6 +162,8 @@ class Rounds {
     }
     const StepRecord record = run_.recordOf("adjust_" + std::to_string(round));
     if (auto done = project.force ? std::nullopt : record.valid(adjustKey(round, radius))) {
+      const bool isLast = round == project.rounds;
+      if (isLast && project.does("+correspondences")) matched(round, radius);
       result_.key = adjustKey(round, radius);
       result_.model = modelOf((*done)["adjustment"]);
       run_.output.tell(adjustmentLine(round, (*done)["adjustment"], true));
