@@ -100,7 +100,17 @@ class SmallRun : public testing::Test {
 
 TemporaryFolder* SmallRun::pristine = nullptr;
 
-TEST_F(SmallRun, AdjustsAFlightAndSkipsWhatIsDone) {
+/// Runs beside the one that sanitizers see, of the same code; each would take a minute there.
+class SeveralRuns : public SmallRun {
+ protected:
+  void SetUp() override {
+#ifdef VELORN_SANITIZED
+    GTEST_SKIP() << "one whole run is enough for the sanitizers";
+#endif
+  }
+};
+
+TEST_F(SeveralRuns, AdjustsAFlightAndSkipsWhatIsDone) {
   const auto summary = done();
   EXPECT_EQ(summary["adjustment"]["solver"]["termination"], "CONVERGENCE");
   const auto& fit = summary["adjustment"];
@@ -136,7 +146,7 @@ TEST_F(SmallRun, AdjustsAFlightAndSkipsWhatIsDone) {
   EXPECT_EQ(skipped(), 0U);
 }
 
-TEST_F(SmallRun, SaysWhatNothingControls) {
+TEST_F(SeveralRuns, SaysWhatNothingControls) {
   project.model.configuration.CellSizeWeights[0] = 1;
   project.rounds = 1;
   EXPECT_THAT(summaryText(done()), HasSubstr("WARNING: LINEAR sections with weight 1"));
@@ -197,7 +207,7 @@ TEST_F(SmallRun, RefusesGroundTruthElsewhereAndStripsApart) {
   EXPECT_THAT(contentOf(folder / "out/summary.txt"), HasSubstr("FAILED: no two of"));
 }
 
-TEST_F(SmallRun, LeavesOutPointsThatAreNoNumbers) {
+TEST_F(SeveralRuns, LeavesOutPointsThatAreNoNumbers) {
   change<point>(1, "Positions", [](auto& places) {
     for (std::size_t i = 0; i < places.size(); i += 10) places[i].z = std::nan("");
   });
@@ -215,7 +225,7 @@ TEST_F(SmallRun, TakesFileNamesThatAreNoUtf8) {
   EXPECT_TRUE(fs::exists(folder / "out/05_adjusted/streifen_\xE4_SA.kx"));
 }
 
-TEST_F(SmallRun, EndsWithTheStatusOfItsKind) {
+TEST_F(SeveralRuns, EndsWithTheStatusOfItsKind) {
   project.rounds = 1;
   project.model.configuration.NumberOfIterations = 1;
   EXPECT_THAT(refusal(noConvergence), HasSubstr("raise iterations"));
