@@ -19,8 +19,6 @@ namespace {
 
 using namespace Matching;
 
-constexpr double infinite = std::numeric_limits<double>::infinity();
-
 TEST(PlanHull, HoldsItsPointsAndWhatIsNear) {
   const std::vector<point> square{{1e6, 5e6, 3},           {1e6 + 10, 5e6, 9},
                                   {1e6 + 10, 5e6 + 10, 0}, {1e6, 5e6 + 10, 1},
