@@ -2,10 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "optimization/CorrespondenceFolder.h"
 
+#include <algorithm>
 #include <limits>
 #include <optional>
 #include <regex>
 #include <stdexcept>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -51,9 +53,12 @@ std::string walkCorrespondences(
     const InputParameter& configuration, const std::string& text,
     const std::function<std::string(const CorrespondenceFile&, const CorrespondenceBlock&)>&
         visit) {
-  const std::size_t total = entriesOfCorrespondenceFolder(configuration);
+  std::vector<fs::directory_entry> entries{fs::directory_iterator(folderOf(configuration)),
+                                           fs::directory_iterator()};
+  std::sort(entries.begin(), entries.end());  // sums do not hang on the file system's order
+  const std::size_t total = entries.size();
   std::size_t current = 0;
-  for (const auto& entry : fs::directory_iterator(folderOf(configuration))) {
+  for (const auto& entry : entries) {
     if (!entry.is_regular_file()) continue;
     if (const auto progress = configuration.progress.lock()) {
       progress->report(text, current, total);

@@ -25,9 +25,9 @@ struct CorrespondenceFile {
 std::size_t entriesOfCorrespondenceFolder(const InputParameter& configuration);
 
 /// Loads every file of the folder that is named c<first>_<second>.kx or
-/// c<first>_<second>_GroundTruth.kx, one after the other in the order of the folder, and hands it
-/// on. Other names, and what is no regular file, are passed over. The configuration's progress is
-/// told `text`, the number of regular files before, and the number of entries.
+/// c<first>_<second>_GroundTruth.kx, one after the other in the order of their names, and hands
+/// it on. Other names, and what is no regular file, are passed over. The configuration's progress
+/// is told `text`, the number of regular files before, and the number of entries.
 /// @param visit  returns empty, or a text that ends the walk
 /// @return empty, or the first text of a block that cannot be loaded or of `visit`
 /// @throws std::filesystem::filesystem_error; std::out_of_range for a number that does not fit
