@@ -23,12 +23,14 @@ bool isFile(const fs::path& path) {
   return fs::is_regular_file(path, ignored);
 }
 
-/// Paths of the summary may be absolute.
-ParameterFiles namedIn(const fs::path& summary, const fs::path& root) {
+/// Paths of the summary may be absolute. Empty for the summary of a run that did not adjust.
+std::optional<ParameterFiles> namedIn(const fs::path& summary, const fs::path& root) {
   ParameterFiles files;
   try {
     std::ifstream stream(summary);
-    const auto names = nlohmann::json::parse(stream).at("files");
+    const auto document = nlohmann::json::parse(stream);
+    if (!document.contains("files")) return {};
+    const auto& names = document.at("files");
     files = {root / names.at("sections").get<std::string>(),
              root / names.at("parameters").get<std::string>(),
              root / names.at("strip_ids").get<std::string>()};
@@ -78,7 +80,9 @@ std::optional<StripNames::value_type> stripIn(std::string_view line) {
 }  // namespace
 
 std::optional<ParameterFiles> parameterFilesOf(const fs::path& root) {
-  if (isFile(root / "summary.json")) return namedIn(root / "summary.json", root);
+  if (isFile(root / "summary.json")) {
+    if (auto named = namedIn(root / "summary.json", root)) return named;
+  }
   std::optional<ParameterFiles> newest;
   fs::file_time_type newestTime;
   std::error_code fault;

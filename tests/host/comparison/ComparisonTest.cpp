@@ -216,7 +216,9 @@ TEST_F(Comparing, ReadsTheFilesThatTheSummaryNamesAndOtherwiseTheNewest) {
   EXPECT_EQ(Comparison::parameterFilesOf(run.path())->parameters, parameters("_old.txt"));
   fs::remove(parameters("_old.txt"));
   EXPECT_THROW(Comparison::parameterFilesOf(run.path()), Failure);
-  writeContent(run / "summary.json", "{}");
+  writeContent(run / "summary.json", "{}");  // as a run without an adjustment leaves it
+  EXPECT_EQ(Comparison::parameterFilesOf(run.path())->parameters, parameters("_new.txt"));
+  writeContent(run / "summary.json", "{");
   EXPECT_THROW(Comparison::parameterFilesOf(run.path()), Failure);
 }
 
