@@ -3,6 +3,7 @@
 #include "host/run/Inputs.h"
 
 #include <cmath>
+#include <initializer_list>
 
 #include <fmt/format.h>
 
@@ -31,6 +32,14 @@ Strandel::ValueRange rangeOf(const fs::path& file, const Strandel::ChartPtr& cha
   orFail(read.error);
   if (!read.range) throw Failure(fmt::format("{}: holds no points", file.string()));
   return *read.range;
+}
+
+void requireFields(const fs::path& file, const Strandel::ChartPtr& chart,
+                   std::initializer_list<const char*> names) {
+  for (const char* const name : names) {
+    if (chart && chart->field(name)) continue;
+    throw Failure(fmt::format("{}: has no field {}", file.string(), name));
+  }
 }
 
 std::string timesText(double first, double last, std::int64_t week) {
@@ -92,6 +101,9 @@ StripFacts factsOf(const fs::path& strip) {
   const auto world = grid->cartesian();
   const auto positions = rangeOf(strip, world, "Positions");
   const auto times = rangeOf(strip, world, "GPSTime");
+  requireFields(strip, world, {"ReturnNumber", "NumberOfReturns", "Classification", "Amplitude"});
+  requireFields(strip, grid->chart(Strandel::scannerChartName),
+                {"Positions", "Waveforms.DirectionDelta"});
   const auto week = grid->attributes().integer("WeekNumber");
   if (!week) {
     throw Failure(fmt::format("{}: has no grid attribute WeekNumber, the GPS week of its times",
@@ -107,9 +119,8 @@ StripFacts factsOf(const fs::path& strip) {
 std::optional<Box> boxOfGroundTruth(const fs::path& groundTruth) {
   Strandel::Bundle bundle;
   const auto chart = gridOf(groundTruth, bundle)->cartesian();
-  const auto field = chart ? chart->field("Positions") : nullptr;
-  if (!field) throw Failure(groundTruth.string() + ": has no field Positions");
-  const auto read = field->range();
+  requireFields(groundTruth, chart, {"Positions", "NormalVector"});
+  const auto read = chart->field("Positions")->range();
   orFail(read.error);
   if (!read.range) return {};
   return Box{read.range->minimum, read.range->maximum};

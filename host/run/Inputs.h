@@ -39,7 +39,7 @@ struct StripFacts {
 StripFacts factsOf(const std::filesystem::path& strip);
 
 /// @return nothing for a ground truth without points
-/// @throws Failure, naming the file, for one without a grid or positions
+/// @throws Failure, naming the file, for one without a grid, positions or normals
 std::optional<Box> boxOfGroundTruth(const std::filesystem::path& groundTruth);
 
 /// Refuses strips that the trajectory does not cover, and ground truth far from all strips.
