@@ -18,8 +18,14 @@ constexpr std::size_t groundTruthShare = 10, enoughGroundTruth = 200;
 
 std::vector<std::filesystem::path> rastersOf(const Velorn::InputParameter& configuration,
                                              const Velorn::FileContainer& files) {
-  return files.getStripFilesAndGroundTruthRaster(configuration.RootPath /
-                                                 configuration.getRasterPath());
+  auto rasters = files.getStripFilesAndGroundTruthRaster(configuration.RootPath /
+                                                         configuration.getRasterPath());
+  for (const auto& raster : rasters) {
+    std::error_code fault;
+    if (std::filesystem::exists(raster, fault)) continue;
+    throw Failure(raster.string() + ": no such raster; rasterize first");
+  }
+  return rasters;
 }
 
 bool takesAll(const point&) {
