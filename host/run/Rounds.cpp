@@ -83,10 +83,11 @@ double rmsOf(const Json& adjustment, const char* phase) {
 }
 
 std::string adjustmentLine(unsigned int round, const Json& adjustment, bool isSkipped) {
-  return fmt::format("round {}: {}; pairs fit to {:.2f} cm, before {:.2f} cm{}", round,
-                     adjustment["solver"]["termination"].get<std::string>(),
-                     100.0 * rmsOf(adjustment, "after"), 100.0 * rmsOf(adjustment, "before"),
-                     isSkipped ? "; unchanged, skipped" : "");
+  const auto end = adjustment["solver"]["termination"].get<std::string>();
+  const double before = rmsOf(adjustment, "before"), after = rmsOf(adjustment, "after");
+  if (!std::isfinite(after)) return fmt::format("round {}: {}", round, end);
+  return fmt::format("round {}: {}; pairs fit to {:.2f} cm, before {:.2f} cm{}", round, end,
+                     100.0 * after, 100.0 * before, isSkipped ? "; unchanged, skipped" : "");
 }
 
 ModelFiles modelOf(const Json& adjustment) {

@@ -80,6 +80,9 @@ void doSteps(const RunContext& context, Json& summary) {
   }
   if (project.does("+adjustment") && rounds.model) {
     summary["georeference"] = georeferenceAll(context, *rounds.model, rounds.key);
+  } else if (std::filesystem::exists(context.inRoot(adjustedFolder))) {
+    context.output.tell(fmt::format("{}: its strips are those of an earlier run",
+                                    context.inRoot(adjustedFolder).string()));
   }
 }
 
