@@ -20,11 +20,24 @@ namespace fs = std::filesystem;
 constexpr std::array<std::string_view, 4> stepWords{"+rasterize", "+correspondences",
                                                     "+optimization", "+adjustment"};
 
+/// Only * and ? stand for letters; brackets are met in names of folders.
+std::string globOf(const std::string& pattern) {
+  std::string escaped;
+  for (const char letter : pattern) {
+    if (letter == '[' || letter == '\\') escaped += '\\';
+    escaped += letter;
+  }
+  return escaped;
+}
+
 /// The files of a pattern in the order of their names; a name without a pattern is itself.
 std::vector<std::string> filesOf(const std::string& pattern, const char* key) {
-  if (pattern.find_first_of("*?[") == std::string::npos) return {pattern};
+  std::error_code fault;
+  if (pattern.find_first_of("*?") == std::string::npos || fs::exists(pattern, fault)) {
+    return {pattern};
+  }
   glob_t found{};
-  const int status = glob(pattern.c_str(), 0, nullptr, &found);
+  const int status = glob(globOf(pattern).c_str(), 0, nullptr, &found);
   std::vector<std::string> files;
   if (status == 0) files.assign(found.gl_pathv, found.gl_pathv + found.gl_pathc);
   globfree(&found);

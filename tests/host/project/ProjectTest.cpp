@@ -111,6 +111,16 @@ TEST_F(ProjectFile, IsRefusedByTheNameOfItsKey) {
   }
 }
 
+TEST_F(ProjectFile, MayLieInAFolderWithBrackets) {
+  fs::create_directory(folder / "[2026] \\a");
+  fs::rename(folder / "strips", folder / "[2026] \\a/strips");
+  project.strips = {(folder / "[2026] \\a/strips/?.kx").string()};
+  project.trajectories = {(folder / "t.kx").string()};
+  project.groundTruth = (folder / "g.kx").string();
+  complete(project);
+  EXPECT_EQ(project.strips.size(), 3U);
+}
+
 TEST_F(ProjectFile, IsRefusedForItsFiles) {
   EXPECT_THAT(refusal("trajectory = t.kx\nground-truth = g.kx\n"), HasSubstr("strips: none"));
   EXPECT_THAT(refusal("strips = \"none/*.kx\"\ntrajectory = t.kx\n"), HasSubstr("no file matches"));
