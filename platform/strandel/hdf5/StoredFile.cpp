@@ -2,7 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/strandel/hdf5/StoredFile.h"
 
+#include <cerrno>
 #include <system_error>
+
+#include <unistd.h>
 
 #include "platform/strandel/Node.h"
 #include "platform/strandel/hdf5/Driver.h"
@@ -29,6 +32,7 @@ std::size_t sizeOfRegularFile(const fs::path& path) {
   if (!fs::is_regular_file(status)) throw Fault("is not a regular file");
   const auto size = fs::file_size(path, error);
   if (error) throw Fault(error.message());
+  if (access(path.c_str(), R_OK) != 0) throw Fault(std::generic_category().message(errno));
   return size;
 }
 
