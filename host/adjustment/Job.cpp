@@ -3,12 +3,14 @@
 #include "host/adjustment/Job.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <map>
 #include <system_error>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <omp.h>
+#include <unistd.h>
 
 #include "host/Failure.h"
 #include "host/adjustment/CorrespondenceTimes.h"
@@ -34,12 +36,16 @@ void requireFile(const fs::path& file) {
 void makeFolders(const InputParameter& configuration) {
   for (const auto& folder : {configuration.getPrameterPath(), configuration.getStatusPath(),
                              configuration.getStatisticPath()}) {
+    const fs::path path = configuration.RootPath / folder;
     std::error_code fault;
-    fs::create_directories(configuration.RootPath / folder, fault);
-    if (fs::is_directory(configuration.RootPath / folder, fault)) continue;
-    throw Failure((configuration.RootPath / folder).string() + ": cannot be made a folder" +
-                      (fault ? ": " + fault.message() : ""),
-                  writeError);
+    fs::create_directories(path, fault);
+    if (!fs::is_directory(path, fault)) {
+      throw Failure(
+          path.string() + ": cannot be made a folder" + (fault ? ": " + fault.message() : ""),
+          writeError);
+    }
+    if (access(path.c_str(), W_OK) == 0) continue;
+    throw Failure(path.string() + ": " + std::generic_category().message(errno), writeError);
   }
 }
 

@@ -123,10 +123,11 @@ class Rounds {
     const unsigned int most = both ? run_.project.rounds : 1;
     double radius = run_.configuration().SearchRadius;
     for (unsigned int round = 1; round <= most; ++round) {
-      Json report = one(round, radius);
+      const Json report = one(round, radius);
+      const bool isLast =
+          !report.contains("adjustment") || !result_.model || isSettledBy(report["adjustment"]);
       result_.reports.push_back(report);
-      if (!report.contains("adjustment") || !result_.model) break;
-      if (round > 1 && isSettled()) break;
+      if (isLast) break;
       if (both) radius = nextRadius(run_.configuration().SearchRadius, report);
     }
     return result_;
@@ -163,7 +164,7 @@ class Rounds {
     }
     const StepRecord record = run_.recordOf("adjust_" + std::to_string(round));
     if (auto done = project.force ? std::nullopt : record.valid(adjustKey(round, radius))) {
-      const bool isLast = round == project.rounds;
+      const bool isLast = round == project.rounds || isSettledBy((*done)["adjustment"]);
       if (isLast && project.does("+correspondences")) matched(round, radius);
       result_.key = adjustKey(round, radius);
       result_.model = modelOf((*done)["adjustment"]);
@@ -171,7 +172,11 @@ class Rounds {
       (*done)["skipped"] = true;
       return *done;
     }
-    if (project.does("+correspondences")) report["matching"] = matched(round, radius);
+    if (project.does("+correspondences")) {
+      report["matching"] = matched(round, radius);
+    } else {
+      requireBlocks();
+    }
     record.begin();
     const Json key = adjustKey(round, radius);
     const auto outcome = adjusted(round);
@@ -184,6 +189,12 @@ class Rounds {
     const auto& files = outcome.files;
     record.finish(key, {files.sections, files.parameters, files.stripIds}, report);
     return report;
+  }
+
+  void requireBlocks() const {
+    const auto folder = run_.inRoot(run_.configuration().getCorrespondencePath());
+    if (!blocksIn(folder).empty()) return;
+    throw Failure(folder.string() + ": holds no blocks of correspondences; match first");
   }
 
   /// Blocks that this run does not make count by themselves.
@@ -246,11 +257,11 @@ class Rounds {
         needed / 1e9, free / 1e9));
   }
 
-  bool isSettled() const {
-    const auto& reports = result_.reports;
-    const double before = rmsOf(reports[reports.size() - 2]["adjustment"], "after");
-    const double after = rmsOf(reports.back()["adjustment"], "after");
-    return std::abs(after - before) < smallestChange * before;
+  /// Whether the adjustment of a round fits as well as that of the round before.
+  bool isSettledBy(const Json& adjustment) const {
+    if (result_.reports.empty()) return false;
+    const double before = rmsOf(result_.reports.back()["adjustment"], "after");
+    return std::abs(rmsOf(adjustment, "after") - before) < smallestChange * before;
   }
 
   const RunContext& run_;

@@ -198,6 +198,13 @@ TEST_F(SmallRun, RefusesFilesThatDoNotBelongTogether) {
   EXPECT_THAT(refusal(), HasSubstr("strip_01.kx"));
 }
 
+TEST_F(SmallRun, RefusesAStepWithoutTheOneBefore) {
+  project.steps = {"+correspondences"};
+  EXPECT_THAT(refusal(), HasSubstr("strip_01.kx: no such raster; rasterize first"));
+  project.steps = {"+optimization"};
+  EXPECT_THAT(refusal(), HasSubstr("03_correspondences: holds no blocks of correspondences"));
+}
+
 TEST_F(SmallRun, RefusesGroundTruthElsewhereAndStripsApart) {
   const auto truth = project.groundTruth;
   project.groundTruth = (folder / "far.kx").string();
