@@ -36,7 +36,7 @@ struct FoundInTile {
 
   bool addPoint(double square, std::uint32_t k) {
     if (square < all.limit()) all.add({numbers[k], square});
-    return true;
+    return all.limit() > 0.0;  // nothing is nearer than at the place itself
   }
   double worstDist() const { return all.limit(); }
   bool full() const { return true; }

@@ -41,9 +41,9 @@ void checkPerClass(const char* name, const std::vector<double>& values, double l
 
 void check(const Velorn::InputParameter& configuration, const RasterOptions& options) {
   checkBetween("neighbours", options.neighbours, fewestForPlane, 1000);
-  checkBetween("neighbourRadius", options.neighbourRadius, 0.01, 1000);
-  checkBetween("maxRoughness", options.maxRoughness, 0, 1000);
-  checkBetween("slopeLimit", options.slopeLimit, 0, 90);
+  checkBetween("neighbour-radius", options.neighbourRadius, 0.01, 1000);
+  checkBetween("max-roughness", options.maxRoughness, 0, 1000);
+  checkBetween("slope-limit", options.slopeLimit, 0, 90);
   checkPerClass("CellSize", configuration.CellSize, 0.001);
   checkPerClass("Amplitude", configuration.Amplitude, std::numeric_limits<double>::lowest());
   const Selection selection(configuration.SelectionStr);

@@ -46,7 +46,7 @@ void throwFault(const std::string& text, const std::string& fault, std::size_t p
   const auto columns = std::count_if(shown.begin(), before, [](char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;  // not the rest of a UTF-8 character
   });
-  throw Failure(fmt::format("SelectionStr: {}\n  {}\n  {}^", fault, shown,
+  throw Failure(fmt::format("selection: {}\n  {}\n  {}^", fault, shown,
                             std::string(static_cast<std::size_t>(columns), ' ')),
                 misuse);
 }

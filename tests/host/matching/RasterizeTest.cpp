@@ -287,8 +287,8 @@ TEST(RasterCheck, NamesTheSettingBeyondSense) {
   };
   EXPECT_THAT(refused({.neighbours = 5}),
               HasSubstr("neighbours must be between 6 and 1000, not 5"));
-  EXPECT_THAT(refused({.neighbourRadius = -1}), HasSubstr("neighbourRadius"));
-  EXPECT_THAT(refused({.maxRoughness = std::nan("")}), HasSubstr("maxRoughness"));
+  EXPECT_THAT(refused({.neighbourRadius = -1}), HasSubstr("neighbour-radius"));
+  EXPECT_THAT(refused({.maxRoughness = std::nan("")}), HasSubstr("max-roughness"));
   EXPECT_THAT(refused({.slopeLimit = 91}), HasSubstr("slopeLimit"));
   auto configuration = rasterConfiguration();
   configuration.CellSize[1] = 0.0;
