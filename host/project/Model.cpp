@@ -46,7 +46,8 @@ void addModelOptions(CLI::App& command, Model& model) {
       ->delimiter(',')
       ->check(CLI::IsMember({"offsets", "scales", "misalignment", "lever-arm"}))
       ->type_name("BLOCK,BLOCK");
-  command.add_flag("--relative", model.isRelative, "go without ground-truth correspondences");
+  command.add_flag("--relative", model.isRelative,
+                   "ground truth may be missing or too little; what there is of it still counts");
 }
 
 void apply(Model& model, std::size_t strips) {
