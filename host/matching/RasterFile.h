@@ -8,9 +8,11 @@
 #include <span>
 #include <vector>
 
-#include "host/matching/GridFile.h"
+#include "host/pointcloud/GridFile.h"
 
 namespace Matching {
+
+using PointCloud::GridFile;
 
 /// What is known about the chosen points beside the strip's fields.
 struct PlanesOfRaster {

@@ -47,7 +47,7 @@ class StripRasterizing {
     setFields(surface);
     Strandel::Bundle made = rasterOfStrip(strip_, chosen, std::move(planes));
     strip_.save();
-    saveBundle(made, raster, *storageOf(configuration_));
+    PointCloud::saveBundle(made, raster, *PointCloud::storageOf(configuration_));
     return counts_;
   }
 

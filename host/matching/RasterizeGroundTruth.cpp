@@ -19,7 +19,7 @@ constexpr std::size_t groundTruthClass = 0;
 
 Velorn::DataBlock pointsOf(const GridFile& file) {
   Velorn::DataBlock block;
-  for (const Piece& piece : file.pieces()) {
+  for (const PointCloud::Piece& piece : file.pieces()) {
     const auto fragment = std::make_shared<Strandel::FragmentId>(piece.fragment);
     const std::string fault = block.appendData(file.grid(), fragment, true, false);
     if (!fault.empty()) file.refuse("", fault);
@@ -77,7 +77,7 @@ RasterCounts rasterize(const GridFile& file, const std::filesystem::path& raster
   add(*world, "Positions", *block.world, chosen);
   add(*world, "NormalVector", *block.normals, chosen);
   add(*world, "Classification", *block.classes, chosen);
-  saveBundle(bundle, raster, *storageOf(configuration));
+  PointCloud::saveBundle(bundle, raster, *PointCloud::storageOf(configuration));
   return counts;
 }
 

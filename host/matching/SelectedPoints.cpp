@@ -7,6 +7,8 @@
 namespace Matching {
 namespace {
 
+using PointCloud::Piece;
+
 bool isScalar(const Strandel::Field& field) {
   return infoOf(field.valueType()).components == 1;
 }

@@ -7,10 +7,12 @@
 #include <cstdint>
 #include <vector>
 
-#include "host/matching/GridFile.h"
 #include "host/matching/Selection.h"
+#include "host/pointcloud/GridFile.h"
 
 namespace Matching {
+
+using PointCloud::GridFile;
 
 /// Looks for the fields of an expression: scalars of the world chart.
 /// @throws Failure that names the strip, the field, and the fields there are

@@ -8,10 +8,12 @@
 #include <optional>
 #include <vector>
 
-#include "host/matching/GridFile.h"
 #include "host/matching/Surface.h"
+#include "host/pointcloud/GridFile.h"
 
 namespace Matching {
+
+using PointCloud::GridFile;
 
 /// A field attribute of this name and value marks what was computed here.
 inline constexpr const char* originName = "Origin";

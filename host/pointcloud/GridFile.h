@@ -22,7 +22,7 @@
 #include "platform/strandel/MyStorage.h"
 #include <velorn/InputParameter.h>
 
-namespace Matching {
+namespace PointCloud {
 
 /// A fragment with points.
 struct Piece {
@@ -63,10 +63,11 @@ class FieldOfFile {
   /// Calls use(number of the first point, values) for one block of points after the other.
   template <typename Use>
   void forEachBlock(const Use& use) const {
-    Matching::forEachBlock(*pieces_, [&](const Piece& piece, std::size_t first, std::size_t count) {
-      const auto values = read(piece, first, count);
-      use(piece.first + first, std::span<const T>(*values));
-    });
+    PointCloud::forEachBlock(*pieces_,
+                             [&](const Piece& piece, std::size_t first, std::size_t count) {
+                               const auto values = read(piece, first, count);
+                               use(piece.first + first, std::span<const T>(*values));
+                             });
   }
 
   /// The values of some points.
@@ -176,4 +177,4 @@ Strandel::FieldPtr GridFile::set(const std::string& name, std::vector<T>& values
   return field;
 }
 
-}  // namespace Matching
+}  // namespace PointCloud

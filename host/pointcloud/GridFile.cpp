@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include "host/matching/GridFile.h"
+#include "host/pointcloud/GridFile.h"
 
 #include <limits>
 
 #include <fmt/format.h>
 
-namespace Matching {
+namespace PointCloud {
 namespace {
 
 std::string listed(const auto& named) {
@@ -24,8 +24,7 @@ std::shared_ptr<Strandel::MyStorage> storageOf(const Velorn::InputParameter& con
 
 void saveBundle(Strandel::Bundle& bundle, const std::filesystem::path& path,
                 const Strandel::MyStorage& storage) {
-  const std::string fault = storage.save(bundle, path, "wd");
-  if (!fault.empty()) throw Failure(fault, writeError);
+  orFail(storage.save(bundle, path, "wd"), writeError);
 }
 
 GridFile::GridFile(std::filesystem::path path, const Velorn::InputParameter& configuration)
@@ -105,4 +104,4 @@ void GridFile::save() {
   saveBundle(bundle_, path_, *storage_);
 }
 
-}  // namespace Matching
+}  // namespace PointCloud
