@@ -10,7 +10,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
-#include "host/comparison/GridFile.h"
+#include "host/pointcloud/GridFile.h"
 #include <velorn/InputParameter.h>
 
 namespace Comparison {
@@ -18,6 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using Geomra::PhysicalSpace::point;
+using PointCloud::GridFile;
 using Velorn::TerrainType;
 
 fs::path adjustedFile(const fs::path& folder, const TrueStrip& strip) {
@@ -84,12 +85,10 @@ void checkSameMeasurements(const GridFile& after, const StripPoints& points, con
     return Failure(fmt::format("{}: does not hold the points of {}: other {}", result.string(),
                                strip.file.string(), why));
   };
-  if (after.column<double>(Strandel::worldChartName, "GPSTime") != points.times) {
-    throw refused("GPS times");
-  }
-  if (points.adjusted.size() != points.times.size()) throw refused("number of points");
-  if (!after.has(Strandel::scannerChartName, "Positions")) return;
-  if (after.column<point>(Strandel::scannerChartName, "Positions") != points.scanner) {
+  if (*after.world<double>("GPSTime").whole() != points.times) throw refused("GPS times");
+  const auto scanner = after.grid().chart(Strandel::scannerChartName);
+  if (!scanner || !scanner->field("Positions")) return;
+  if (*after.scanner<point>("Positions").whole() != points.scanner) {
     throw refused("scanner coordinates");
   }
 }
@@ -99,10 +98,10 @@ StripPoints pointsOf(const Truth& truth, std::size_t strip, const fs::path& adju
   const fs::path result = adjustedFile(adjusted, truth.strips[strip]);
   const GridFile delivered(truth.strips[strip].file), after(result);
   StripPoints points;
-  points.times = delivered.column<double>(Strandel::scannerChartName, "GPSTime");
-  points.scanner = delivered.column<point>(Strandel::scannerChartName, "Positions");
-  points.delivered = delivered.column<point>(Strandel::worldChartName, "Positions");
-  points.adjusted = after.column<point>(Strandel::worldChartName, "Positions");
+  points.times = *delivered.scanner<double>("GPSTime").whole();
+  points.scanner = *delivered.scanner<point>("Positions").whole();
+  points.delivered = *delivered.world<point>("Positions").whole();
+  points.adjusted = *after.world<point>("Positions").whole();
   checkSameMeasurements(after, points, result, truth.strips[strip]);
   points.real = trueWorld(truth, trajectory, strip, points.scanner, points.times);
   return points;
@@ -110,15 +109,15 @@ StripPoints pointsOf(const Truth& truth, std::size_t strip, const fs::path& adju
 
 std::vector<TerrainType> kindsOf(const Truth& truth, std::size_t strip, std::size_t points) {
   const fs::path& file = truth.strips[strip].planes;
-  const auto planes = GridFile(file).column<std::uint32_t>(Strandel::worldChartName, "Plane");
+  const auto planes = GridFile(file).world<std::uint32_t>("Plane").whole();
   const bool known = std::ranges::all_of(
-      planes, [&](std::uint32_t plane) { return plane < truth.kindOfPlane.size(); });
-  if (planes.size() != points || !known) {
+      *planes, [&](std::uint32_t plane) { return plane < truth.kindOfPlane.size(); });
+  if (planes->size() != points || !known) {
     throw Failure(file.string() + ": does not belong to the points and planes of the flight");
   }
   std::vector<TerrainType> kinds;
   kinds.reserve(points);
-  for (const std::uint32_t plane : planes) kinds.push_back(truth.kindOfPlane[plane]);
+  for (const std::uint32_t plane : *planes) kinds.push_back(truth.kindOfPlane[plane]);
   return kinds;
 }
 

@@ -61,10 +61,9 @@ Strandel::Bundle rasterOfStrip(const GridFile& strip, std::span<const std::uint3
   }
   add(*world, "Roughness", std::move(planes.roughness));
   add(*world, "PlaneDistance", std::move(planes.distance));
-  const char* const inScanner = Strandel::scannerChartName;
-  add(*scanner, "Positions", strip.field<point>(inScanner, "Positions").at(chosen));
+  add(*scanner, "Positions", strip.scanner<point>("Positions").at(chosen));
   add(*scanner, "Waveforms.DirectionDelta",
-      strip.field<vector>(inScanner, "Waveforms.DirectionDelta").at(chosen));
+      strip.scanner<vector>("Waveforms.DirectionDelta").at(chosen));
   if (!chosen.empty()) checkRaster(strip, *grid);
   return bundle;
 }

@@ -9,8 +9,6 @@
 namespace Matching {
 namespace {
 
-constexpr const char* scanner = Strandel::scannerChartName;
-
 bool isOurs(const Strandel::Field& field) {
   return field.attributes().text(originName) == originText;
 }
@@ -47,8 +45,8 @@ void checkStrip(const GridFile& strip) {
   for (const char* name : {"ReturnNumber", "NumberOfReturns", "Classification"}) {
     strip.world<std::uint8_t>(name);
   }
-  strip.field<point>(scanner, "Positions", georeference + " --inverse` writes it");
-  strip.field<vector>(scanner, "Waveforms.DirectionDelta", georeference + "` writes it");
+  strip.scanner<point>("Positions", georeference + " --inverse` writes it");
+  strip.scanner<vector>("Waveforms.DirectionDelta", georeference + "` writes it");
 }
 
 std::vector<Echo> echoesOf(const GridFile& strip, std::span<const point> positions) {

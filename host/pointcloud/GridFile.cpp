@@ -27,9 +27,20 @@ void saveBundle(Strandel::Bundle& bundle, const std::filesystem::path& path,
   orFail(storage.save(bundle, path, "wd"), writeError);
 }
 
-GridFile::GridFile(std::filesystem::path path, const Velorn::InputParameter& configuration)
-    : path_(std::move(path)), storage_(storageOf(configuration)) {
+GridFile::GridFile(std::filesystem::path path, std::shared_ptr<Strandel::MyStorage> storage)
+    : path_(std::move(path)), storage_(std::move(storage)) {
   orFail(storage_->load(path_, bundle_));
+}
+
+GridFile::GridFile(std::filesystem::path path) : GridFile(std::move(path), storageOf({})) {
+  const auto grids = bundle_.grids();
+  if (grids.size() != 1) refuse("", fmt::format("holds {} grids, one is needed", grids.size()));
+  grid_ = grids.front();
+  findPoints();
+}
+
+GridFile::GridFile(std::filesystem::path path, const Velorn::InputParameter& configuration)
+    : GridFile(std::move(path), storageOf(configuration)) {
   const auto slices = bundle_.slices();
   if (slices.empty() || slices.front()->numberOfGrids() == 0) refuse("", "holds no grid");
   grid_ = slices.front()->uniqueGrid();
@@ -38,6 +49,10 @@ GridFile::GridFile(std::filesystem::path path, const Velorn::InputParameter& con
     refuse("", fmt::format("GridName is \"{}\"; the file holds the grids {}",
                            configuration.GridName, listed(slices.front()->grids())));
   }
+  findPoints();
+}
+
+void GridFile::findPoints() {
   if (const auto unequal = grid_->unequalLengths(); !unequal.empty()) refuse("", unequal);
   const auto positions = worldField("Positions");
   if (!positions || positions->valueType() != Strandel::ValueType::Point) {

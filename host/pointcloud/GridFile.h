@@ -97,12 +97,16 @@ class FieldOfFile {
   const std::vector<Piece>* pieces_;
 };
 
-/// A container with one grid, or with the one that `GridName` of the configuration names. Of
-/// several slices the first counts.
+/// A container of points, of which one grid is read.
 class GridFile {
  public:
-  /// Reads the structure.
-  /// @throws Failure, naming the file: no container, no such grid, no positions
+  /// Reads the structure of a container with one grid.
+  /// @throws Failure, naming the file: no container, not one grid, no positions, fields of several
+  ///         lengths
+  explicit GridFile(std::filesystem::path path);
+
+  /// The same where one grid of several may be meant: the one that `GridName` of the configuration
+  /// names. Of several slices the first counts.
   GridFile(std::filesystem::path path, const Velorn::InputParameter& configuration);
   GridFile(const GridFile&) = delete;
   GridFile& operator=(const GridFile&) = delete;
@@ -112,17 +116,19 @@ class GridFile {
   std::size_t size() const;
   const std::vector<Piece>& pieces() const { return pieces_; }
 
+  /// A field of the chart.
+  /// @param advice  what to do when there is none
   /// @throws Failure, naming file and object: no such field, another type, a fragment without it
+  /// @{
   template <Strandel::Value T>
-  FieldOfFile<T> field(const char* chart, const std::string& name,
-                       const std::string& advice = {}) const {
-    return {nameOf(chart, name), checkedField(chart, name, Strandel::valueTypeOf<T>(), advice),
-            pieces_};
+  FieldOfFile<T> world(const std::string& name, const std::string& advice = {}) const {
+    return field<T>(Strandel::worldChartName, name, advice);
   }
   template <Strandel::Value T>
-  FieldOfFile<T> world(const std::string& name) const {
-    return field<T>(Strandel::worldChartName, name);
+  FieldOfFile<T> scanner(const std::string& name, const std::string& advice = {}) const {
+    return field<T>(Strandel::scannerChartName, name, advice);
   }
+  /// @}
 
   /// A field of the world chart; empty when there is none of that name.
   Strandel::FieldPtr worldField(const std::string& name) const;
@@ -140,6 +146,14 @@ class GridFile {
   void save();
 
  private:
+  GridFile(std::filesystem::path path, std::shared_ptr<Strandel::MyStorage> storage);
+  void findPoints();
+  template <Strandel::Value T>
+  FieldOfFile<T> field(const char* chart, const std::string& name,
+                       const std::string& advice) const {
+    return {nameOf(chart, name), checkedField(chart, name, Strandel::valueTypeOf<T>(), advice),
+            pieces_};
+  }
   std::string nameOf(const char* chart, const std::string& name) const;
   Strandel::FieldPtr checkedField(const char* chart, const std::string& name,
                                   Strandel::ValueType type, const std::string& advice) const;
