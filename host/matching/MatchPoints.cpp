@@ -3,94 +3,32 @@
 #include "host/matching/MatchPoints.h"
 
 #include <cmath>
-#include <limits>
 #include <utility>
 
 #include <fmt/format.h>
 
-#include "host/Failure.h"
 #include "host/matching/Correspondence.h"
 #include "host/matching/SearchLoop.h"
 #include "platform/morvane/Console.h"
-#include "platform/strandel/Bundle.h"
-#include <velorn/DataBlock.h>
 
 namespace Matching {
 namespace {
 
+using PointCloud::Bare;
 using std::filesystem::path;
 
-[[noreturn]] void refuse(const path& file, const std::string& fault) {
-  throw Failure(fmt::format("{}: {}", file.string(), fault));
+std::uint32_t weekOf(const GridFile& file) {
+  if (file.size() == 0) return 0;
+  const auto week = file.grid().attributes().unsigned32("WeekNumber");
+  if (!week) file.refuse("", "has no attribute WeekNumber");
+  return *week;
 }
 
-/// The grid of a file's points; empty for a container that holds nothing.
-class PointFile {
- public:
-  PointFile(path file, const Velorn::InputParameter& configuration) : file_(std::move(file)) {
-    if (!configuration.Storage) refuse(file_, "there is no storage to load it");
-    orFail(configuration.Storage->load(file_, bundle_));
-    if (bundle_.empty()) return;
-    const auto slice = bundle_.slices().front();
-    if (slice->numberOfGrids() == 0) return;
-    grid_ = slice->numberOfGrids() == 1 ? slice->uniqueGrid() : slice->grid(configuration.GridName);
-    if (!grid_) refuse(file_, fmt::format("has no grid \"{}\"", configuration.GridName));
-  }
-
-  /// All attributes of all points; of a file without points an empty block.
-  Velorn::DataBlock points(bool worldOnly) const {
-    Velorn::DataBlock block;
-    for (const auto id : fragments()) {
-      const auto fault = block.appendData(*grid_, std::make_shared<Strandel::FragmentId>(id),
-                                          worldOnly, !worldOnly);
-      if (!fault.empty()) refuse(file_, fault + rasterizeFirst(worldOnly));
-    }
-    if (block.world->size() > std::numeric_limits<std::uint32_t>::max()) {
-      refuse(file_, "has more points than can be numbered (4,294,967,295)");
-    }
-    return block;
-  }
-
-  std::vector<double> column(const char* name) const {
-    std::vector<double> all;
-    const auto chart = grid_ ? grid_->cartesian() : nullptr;
-    const auto field = chart ? chart->field(name) : nullptr;
-    for (const auto id : fragments()) {
-      if (!field) refuse(file_, fmt::format("no raster of a strip: it has no field {}", name));
-      const auto read = field->values<double>(id);
-      if (!read) refuse(file_, read.error);
-      all.insert(all.end(), read.values->begin(), read.values->end());
-    }
-    return all;
-  }
-
-  /// @return 0 for a file without points
-  std::uint32_t week() const {
-    if (fragments().empty()) return 0;
-    const auto week = grid_->attributes().unsigned32("WeekNumber");
-    if (!week) refuse(file_, "has no attribute WeekNumber");
-    return *week;
-  }
-
- private:
-  static const char* rasterizeFirst(bool worldOnly) {
-    return worldOnly ? "" : "; a strip must be rasterized before it is matched";
-  }
-
-  /// Those with points.
-  std::vector<Strandel::FragmentId> fragments() const {
-    const auto chart = grid_ ? grid_->cartesian() : nullptr;
-    const auto positions = chart ? chart->field("Positions") : nullptr;
-    if (grid_ && !grid_->charts().empty() && !positions) refuse(file_, "has no positions");
-    auto all = positions ? positions->fragments() : std::vector<Strandel::FragmentId>();
-    std::erase_if(all, [&](auto id) { return positions->size(id) == 0; });
-    return all;
-  }
-
-  path file_;
-  Strandel::Bundle bundle_;
-  Strandel::GridPtr grid_;
-};
+/// A column that rasters have and strips have not.
+std::vector<double> columnOfRaster(const GridFile& file, const char* name) {
+  if (file.size() == 0) return {};
+  return *file.world<double>(name, "this is no raster of a strip").whole();
+}
 
 /// The entries of a column that are kept; an empty column stays so.
 template <typename T>
@@ -136,7 +74,7 @@ std::vector<std::uint32_t> chosen(const path& file, const Velorn::DataBlock& blo
 }
 
 /// Columns that the matching has no use for go first.
-MatchPoints pointsOf(const PointFile& file, Velorn::DataBlock block,
+MatchPoints pointsOf(const GridFile& file, Velorn::DataBlock block,
                      const std::vector<std::uint32_t>& numbers) {
   for (auto* column : {&block.returnNumbers, &block.numbersOfReturns, &block.classes}) {
     column->reset();
@@ -149,7 +87,7 @@ MatchPoints pointsOf(const PointFile& file, Velorn::DataBlock block,
   points.normals = std::move(*block.normals);
   points.beams = std::move(*block.directionDeltas);
   points.codes = std::move(*block.rigorousClasses);
-  points.week = file.week();
+  points.week = weekOf(file);
   points.keep(numbers);
   return points;
 }
@@ -163,38 +101,45 @@ void MatchPoints::keep(const std::vector<std::uint32_t>& numbers) {
   keepOf(codes, numbers);
 }
 
+Velorn::DataBlock blockOf(const GridFile& file, bool worldOnly) {
+  Velorn::DataBlock block;
+  for (const PointCloud::Piece& piece : file.pieces()) {
+    const auto fragment = std::make_shared<Strandel::FragmentId>(piece.fragment);
+    const auto fault = block.appendData(file.grid(), fragment, worldOnly, !worldOnly);
+    if (fault.empty()) continue;
+    file.refuse("", fault + (worldOnly ? "" : "; a strip must be rasterized before it is matched"));
+  }
+  block.classes->resize(block.world->size());
+  return block;
+}
+
 MatchPoints readStrip(const path& file, const Velorn::InputParameter& configuration,
                       const Wanted& wanted) {
-  const PointFile container(file, configuration);
-  Velorn::DataBlock block = container.points(false);
+  const GridFile container(file, configuration, Bare::noPoints);
+  Velorn::DataBlock block = blockOf(container, false);
   const auto numbers = chosen(file, block, wanted);
   return pointsOf(container, std::move(block), numbers);
 }
 
 MatchPoints readRaster(const path& file, const Velorn::InputParameter& configuration,
                        const Wanted& wanted) {
-  const PointFile container(file, configuration);
-  Velorn::DataBlock block = container.points(false);
-  const std::size_t count = block.world->size();
+  const GridFile container(file, configuration, Bare::noPoints);
+  Velorn::DataBlock block = blockOf(container, false);
   const auto numbers = chosen(file, block, wanted);
   MatchPoints points = pointsOf(container, std::move(block), numbers);
-  points.roughness = container.column("Roughness");
-  points.heights = container.column("PlaneDistance");
-  if (points.roughness.size() != count || points.heights.size() != count) {
-    refuse(file, fmt::format("has {} points, {} values of Roughness and {} of PlaneDistance", count,
-                             points.roughness.size(), points.heights.size()));
-  }
+  points.roughness = columnOfRaster(container, "Roughness");
+  points.heights = columnOfRaster(container, "PlaneDistance");
   keepOf(points.roughness, numbers);
   keepOf(points.heights, numbers);
   return points;
 }
 
 std::uint32_t readWeek(const path& file, const Velorn::InputParameter& configuration) {
-  return PointFile(file, configuration).week();
+  return weekOf(GridFile(file, configuration, Bare::noPoints));
 }
 
 KnownPoints readGroundTruth(const path& file, const Velorn::InputParameter& configuration) {
-  const auto block = PointFile(file, configuration).points(true);
+  const auto block = blockOf(GridFile(file, configuration, Bare::noPoints), true);
   KnownPoints known;
   for (std::size_t k = 0; k < block.world->size(); ++k) {
     const vector& normal = (*block.normals)[k];
@@ -202,7 +147,7 @@ KnownPoints readGroundTruth(const path& file, const Velorn::InputParameter& conf
     if (!isOnEarth((*block.world)[k]) || !std::isfinite(length) || !(length > 0.0)) continue;
     known.places.push_back((*block.world)[k]);
     known.normals.push_back((1.0 / length) * normal);
-    known.codes.push_back(block.classes->empty() ? std::uint8_t{0} : (*block.classes)[k]);
+    known.codes.push_back((*block.classes)[k]);
   }
   tellLeftOut(file, block.world->size() - known.places.size(),
               "a coordinate is not finite or beyond 1e9, or there is no normal");

@@ -11,7 +11,9 @@
 #include <vector>
 
 #include "host/matching/TerrainClasses.h"
+#include "host/pointcloud/GridFile.h"
 #include "platform/geomra/PhysicalSpace.h"
+#include <velorn/DataBlock.h>
 #include <velorn/InputParameter.h>
 #include <velorn/SphericalBeing.h>
 
@@ -19,6 +21,7 @@ namespace Matching {
 
 using Geomra::PhysicalSpace::point;
 using Geomra::PhysicalSpace::vector;
+using PointCloud::GridFile;
 
 /// Codes of the classes that are matched, from roof to flat.
 inline constexpr std::uint8_t firstCode = codeOf(Velorn::TerrainType::ROOF),
@@ -47,6 +50,11 @@ struct MatchPoints {
   /// Keeps the points whose numbers are listed, in ascending order.
   void keep(const std::vector<std::uint32_t>& numbers);
 };
+
+/// All points of a container; class 0 where it has no classification.
+/// @param worldOnly  positions, normals and classes; otherwise all that a rasterized strip has
+/// @throws Failure that names the file
+Velorn::DataBlock blockOf(const GridFile& file, bool worldOnly);
 
 /// The points of a rasterized strip, or of its raster, that are of a matchable class and that
 /// `wanted` takes by their delivered place. Points with a coordinate that no place has,

@@ -4,29 +4,15 @@
 #include <cmath>
 #include <new>
 
+#include "host/matching/MatchPoints.h"
 #include "host/matching/RasterFile.h"
 #include "host/matching/Rasterize.h"
 #include "host/matching/Representatives.h"
-#include <velorn/DataBlock.h>
 
 namespace Matching {
 namespace {
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-
 constexpr std::size_t groundTruthClass = 0;
-
-Velorn::DataBlock pointsOf(const GridFile& file) {
-  Velorn::DataBlock block;
-  for (const PointCloud::Piece& piece : file.pieces()) {
-    const auto fragment = std::make_shared<Strandel::FragmentId>(piece.fragment);
-    const std::string fault = block.appendData(file.grid(), fragment, true, false);
-    if (!fault.empty()) file.refuse("", fault);
-  }
-  block.classes->resize(block.world->size());
-  return block;
-}
 
 /// Unit and upward; zero when the vector has no direction.
 vector upward(const vector& normal) {
@@ -63,7 +49,7 @@ void add(Strandel::Chart& chart, const char* name, const std::vector<T>& all,
 
 RasterCounts rasterize(const GridFile& file, const std::filesystem::path& raster,
                        const Velorn::InputParameter& configuration) {
-  const Velorn::DataBlock block = pointsOf(file);
+  const Velorn::DataBlock block = blockOf(file, true);
   RasterCounts counts;
   const auto members = usable(block, counts);
   const auto chosen =

@@ -39,17 +39,22 @@ GridFile::GridFile(std::filesystem::path path) : GridFile(std::move(path), stora
   findPoints();
 }
 
-GridFile::GridFile(std::filesystem::path path, const Velorn::InputParameter& configuration)
+GridFile::GridFile(std::filesystem::path path, const Velorn::InputParameter& configuration,
+                   Bare bare)
     : GridFile(std::move(path), storageOf(configuration)) {
   const auto slices = bundle_.slices();
-  if (slices.empty() || slices.front()->numberOfGrids() == 0) refuse("", "holds no grid");
+  if (slices.empty() || slices.front()->numberOfGrids() == 0) {
+    if (bare == Bare::fault) refuse("", "holds no grid");
+    grid_ = std::make_shared<Strandel::Grid>("");
+    return;
+  }
   grid_ = slices.front()->uniqueGrid();
   if (!grid_) grid_ = slices.front()->grid(configuration.GridName);
   if (!grid_) {
     refuse("", fmt::format("GridName is \"{}\"; the file holds the grids {}",
                            configuration.GridName, listed(slices.front()->grids())));
   }
-  findPoints();
+  if (bare == Bare::fault || !grid_->charts().empty()) findPoints();
 }
 
 void GridFile::findPoints() {

@@ -97,6 +97,9 @@ class FieldOfFile {
   const std::vector<Piece>* pieces_;
 };
 
+/// What a container without a grid, or with a grid without charts, is taken for.
+enum class Bare : std::uint8_t { fault, noPoints };
+
 /// A container of points, of which one grid is read.
 class GridFile {
  public:
@@ -107,7 +110,8 @@ class GridFile {
 
   /// The same where one grid of several may be meant: the one that `GridName` of the configuration
   /// names. Of several slices the first counts.
-  GridFile(std::filesystem::path path, const Velorn::InputParameter& configuration);
+  GridFile(std::filesystem::path path, const Velorn::InputParameter& configuration,
+           Bare bare = Bare::fault);
   GridFile(const GridFile&) = delete;
   GridFile& operator=(const GridFile&) = delete;
 
