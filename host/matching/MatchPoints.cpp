@@ -18,10 +18,7 @@ using PointCloud::Bare;
 using std::filesystem::path;
 
 std::uint32_t weekOf(const GridFile& file) {
-  if (file.size() == 0) return 0;
-  const auto week = file.grid().attributes().unsigned32("WeekNumber");
-  if (!week) file.refuse("", "has no attribute WeekNumber");
-  return *week;
+  return file.size() == 0 ? 0 : file.week();
 }
 
 /// A column that rasters have and strips have not.

@@ -40,8 +40,7 @@ Strandel::Bundle rasterOfStrip(const GridFile& strip, std::span<const std::uint3
                                PlanesOfRaster planes) {
   Strandel::Bundle bundle;
   const auto grid = bundle.makeSlice(0.0)->makeGrid(strip.grid().name());
-  const std::int64_t week = strip.grid().attributes().unsigned32("WeekNumber").value();
-  grid->attributes().set("WeekNumber", week);
+  grid->attributes().set("WeekNumber", std::int64_t{strip.week()});
   const auto world = grid->makeChart(Strandel::worldChartName);
   const auto scanner = grid->makeChart(Strandel::scannerChartName);
   const auto copy = [&]<typename T>(T, const char* name) {

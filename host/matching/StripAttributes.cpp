@@ -37,9 +37,7 @@ void keepGivenAs(GridFile& strip, const char* name, const char* nameToKeep) {
 
 void checkStrip(const GridFile& strip) {
   const std::string georeference = "`velorn georeference STRIP --trajectory FILE --in-place";
-  if (!strip.grid().attributes().unsigned32("WeekNumber")) {
-    strip.refuse("", "grid " + strip.grid().name() + ": the attribute WeekNumber is missing");
-  }
+  strip.week();
   strip.world<double>("GPSTime");
   strip.world<double>("Amplitude");
   for (const char* name : {"ReturnNumber", "NumberOfReturns", "Classification"}) {

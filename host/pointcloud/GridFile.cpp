@@ -74,6 +74,12 @@ std::size_t GridFile::size() const {
   return pieces_.empty() ? 0 : pieces_.back().first + pieces_.back().count;
 }
 
+std::uint32_t GridFile::week() const {
+  const auto week = grid_->attributes().unsigned32("WeekNumber");
+  if (week) return *week;
+  refuse("", "grid " + grid_->name() + ": the attribute WeekNumber, the GPS week, is missing");
+}
+
 Strandel::FieldPtr GridFile::worldField(const std::string& name) const {
   const auto chart = grid_->cartesian();
   return chart ? chart->field(name) : nullptr;

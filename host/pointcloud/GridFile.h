@@ -118,6 +118,9 @@ class GridFile {
   const std::filesystem::path& path() const { return path_; }
   const Strandel::Grid& grid() const { return *grid_; }
   std::size_t size() const;
+  /// GPS week of the times.
+  /// @throws Failure, naming file and grid, when there is no attribute `WeekNumber`
+  std::uint32_t week() const;
   const std::vector<Piece>& pieces() const { return pieces_; }
 
   /// A field of the chart.

@@ -3,43 +3,25 @@
 #include "host/run/Inputs.h"
 
 #include <cmath>
-#include <initializer_list>
 
 #include <fmt/format.h>
 
 #include "host/Failure.h"
-#include "platform/strandel/Bundle.h"
-#include "platform/strandel/MyStorage.h"
+#include "host/matching/StripAttributes.h"
+#include "host/pointcloud/GridFile.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using PointCloud::GridFile;
 
 constexpr double weekSeconds = 604800.0;
 
-Strandel::GridPtr gridOf(const fs::path& file, Strandel::Bundle& bundle) {
-  orFail(Strandel::MyStorage(0, 0, 0, 1).load(file, bundle));
-  const auto grids = bundle.grids();
-  if (grids.size() == 1) return grids.front();
-  throw Failure(fmt::format("{}: holds {} grids, one is needed", file.string(), grids.size()));
-}
-
-Strandel::ValueRange rangeOf(const fs::path& file, const Strandel::ChartPtr& chart,
-                             const char* name) {
-  const auto field = chart ? chart->field(name) : nullptr;
-  if (!field) throw Failure(fmt::format("{}: has no field {}", file.string(), name));
-  const auto read = field->range();
+/// @return nothing for a field without values
+std::optional<Strandel::ValueRange> rangeOf(const GridFile& file, const char* name) {
+  const auto read = file.worldField(name)->range();
   orFail(read.error);
-  if (!read.range) throw Failure(fmt::format("{}: holds no points", file.string()));
-  return *read.range;
-}
-
-void requireFields(const fs::path& file, const Strandel::ChartPtr& chart,
-                   std::initializer_list<const char*> names) {
-  for (const char* const name : names) {
-    if (chart && chart->field(name)) continue;
-    throw Failure(fmt::format("{}: has no field {}", file.string(), name));
-  }
+  return read.range;
 }
 
 std::string timesText(double first, double last, std::int64_t week) {
@@ -96,34 +78,23 @@ bool Box::isFinite() const {
 }
 
 StripFacts factsOf(const fs::path& strip) {
-  Strandel::Bundle bundle;
-  const auto grid = gridOf(strip, bundle);
-  const auto world = grid->cartesian();
-  const auto positions = rangeOf(strip, world, "Positions");
-  const auto times = rangeOf(strip, world, "GPSTime");
-  requireFields(strip, world, {"ReturnNumber", "NumberOfReturns", "Classification", "Amplitude"});
-  requireFields(strip, grid->chart(Strandel::scannerChartName),
-                {"Positions", "Waveforms.DirectionDelta"});
-  const auto week = grid->attributes().integer("WeekNumber");
-  if (!week) {
-    throw Failure(fmt::format("{}: has no grid attribute WeekNumber, the GPS week of its times",
-                              strip.string()));
-  }
+  const GridFile file(strip);
+  if (file.size() == 0) file.refuse("", "holds no points");
+  Matching::checkStrip(file);
+  const auto places = rangeOf(file, "Positions").value(), times = rangeOf(file, "GPSTime").value();
   if (!std::isfinite(times.lowest()) || !std::isfinite(times.highest())) {
-    throw Failure(fmt::format("{}: a GPS time is no number", strip.string()));
+    file.refuse("", "a GPS time is no number");
   }
-  return {strip,           world->field("Positions")->size(),     *week, times.lowest(),
-          times.highest(), {positions.minimum, positions.maximum}};
+  return {strip,          file.size(),     file.week(),
+          times.lowest(), times.highest(), {places.minimum, places.maximum}};
 }
 
 std::optional<Box> boxOfGroundTruth(const fs::path& groundTruth) {
-  Strandel::Bundle bundle;
-  const auto chart = gridOf(groundTruth, bundle)->cartesian();
-  requireFields(groundTruth, chart, {"Positions", "NormalVector"});
-  const auto read = chart->field("Positions")->range();
-  orFail(read.error);
-  if (!read.range) return {};
-  return Box{read.range->minimum, read.range->maximum};
+  const GridFile file(groundTruth);
+  file.world<Geomra::PhysicalSpace::vector>("NormalVector");
+  const auto range = rangeOf(file, "Positions");
+  if (!range) return {};
+  return Box{range->minimum, range->maximum};
 }
 
 void checkTogether(const std::vector<StripFacts>& strips, const Velorn::Trajectory& trajectory,

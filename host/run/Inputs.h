@@ -34,8 +34,7 @@ struct StripFacts {
 };
 
 /// @throws Failure, naming the strip: a file that is no container, more than one grid, no points,
-/// no
-///         week, times that are no numbers
+///         no week, a missing field that the chain needs, times that are no numbers
 StripFacts factsOf(const std::filesystem::path& strip);
 
 /// @return nothing for a ground truth without points

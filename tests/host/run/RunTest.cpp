@@ -185,12 +185,13 @@ TEST_F(SmallRun, RefusesFilesThatDoNotBelongTogether) {
   other.world = {{1, 2, 3}, {4, 5, 6}};
   other.times = {302410, 302411};
   PointCloud::saveStrip(project.strips[0], other);
-  EXPECT_THAT(refusal(), HasSubstr("strip_01.kx: has no field ReturnNumber"));
+  EXPECT_THAT(refusal(), HasSubstr("strip_01.kx: StandardCartesianChart3D/Amplitude: missing"));
   other.returnNumber = other.numberOfReturns = other.classification = {1, 1};
   other.amplitude = {20, 20};
   other.scanner = {{500, 0, 0}, {500, 0, 1}};
   PointCloud::saveStrip(project.strips[0], other);
-  EXPECT_THAT(refusal(), HasSubstr("strip_01.kx: has no field Waveforms.DirectionDelta"));
+  EXPECT_THAT(refusal(),
+              HasSubstr("strip_01.kx: ScannerCoordinateSystem/Waveforms.DirectionDelta: missing"));
   other.directions = {{0, 0, 1}, {0, 0, 1}};
   PointCloud::saveStrip(project.strips[0], other);
   EXPECT_THAT(refusal(), HasSubstr("of week 2000, but the trajectory has only the GPS weeks 2318"));
