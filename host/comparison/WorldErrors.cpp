@@ -4,20 +4,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
+
+#include "host/Median.h"
 
 namespace Comparison {
 namespace {
 
 using Geomra::PhysicalSpace::vector;
 using Velorn::TerrainType;
-
-/// Of an even number of values the upper one of the middle two.
-double medianOf(std::vector<float>& values) {
-  if (values.empty()) return unknownFigure;
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
 
 /// Root mean square of errors from which a shift is taken, by their moments; rounding must not make
 /// the square negative.
@@ -74,7 +69,7 @@ ErrorFigures WorldErrors::figuresOf(const Cells& cells) const {
   const auto n = static_cast<double>(figures.points);
   const vector c = shift();
   figures.rms = {std::sqrt(squares.horizontal / n), std::sqrt(squares.vertical / n)};
-  figures.median = {medianOf(horizontal), medianOf(vertical)};
+  figures.median = {upperMedianOf(std::move(horizontal)), upperMedianOf(std::move(vertical))};
   figures.rmsWithoutShift = {
       rmsOf(squares.horizontal, c.x * sum.x + c.y * sum.y, c.x * c.x + c.y * c.y, n),
       rmsOf(squares.vertical, c.z * sum.z, c.z * c.z, n)};

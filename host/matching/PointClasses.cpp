@@ -5,6 +5,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "host/Median.h"
 #include "host/matching/RoughnessLimit.h"
 #include "host/matching/TerrainClasses.h"
 
@@ -75,7 +76,7 @@ std::vector<std::uint8_t> classCodes(const StripColumns& points, const RasterOpt
     }
   }
   if (!roughness.empty()) {
-    counts.medianRoughness = static_cast<double>(medianOf(std::move(roughness)));
+    counts.medianRoughness = static_cast<double>(upperMedianOf(std::move(roughness)));
   }
   return codes;
 }

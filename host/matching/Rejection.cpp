@@ -3,7 +3,8 @@
 #include "host/matching/Rejection.h"
 
 #include <algorithm>
-#include <limits>
+
+#include "platform/orvek/Figures.h"
 
 namespace Matching {
 namespace {
@@ -11,14 +12,6 @@ namespace {
 constexpr double width = 3.0, leastNmad = 1e-3;
 constexpr std::size_t enoughOfClass = 10, enoughOfPair = 5;
 constexpr std::size_t classes = std::tuple_size_v<Funnels>;
-
-double medianOf(std::vector<double>& values) {
-  if (values.empty()) return std::numeric_limits<double>::quiet_NaN();
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  if (values.size() % 2 == 1) return *middle;
-  return 0.5 * (*middle + *std::max_element(values.begin(), middle));
-}
 
 std::size_t classOf(const Correspondence& pair) {
   return classIndexOf(pair.code);
@@ -73,9 +66,7 @@ void rejectRough(std::vector<Correspondence>& pairs, Funnels& funnels) {
 }  // namespace
 
 Spread spreadOf(std::vector<double> values) {
-  const double median = medianOf(values);
-  for (double& value : values) value = std::abs(value - median);
-  return {median, 1.4826 * medianOf(values)};
+  return {OrvekStatistic::quantileInPlace(values, 0.5), OrvekStatistic::nmadInPlace(values)};
 }
 
 void rejectUnlike(std::vector<Correspondence>& pairs, Funnels& funnels) {

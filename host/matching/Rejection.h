@@ -16,7 +16,8 @@ struct Spread {
   double median, nmad;
 };
 
-/// @return NaN for no values; of an even number of values the mean of the middle two counts
+/// @return NaN for no values, or when one of them is NaN; of an even number of values the mean of
+/// the middle two counts
 Spread spreadOf(std::vector<double> values);
 
 /// Takes out, class by class, the correspondences with a neighbourhood on either side that is

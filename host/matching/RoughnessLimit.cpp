@@ -3,16 +3,10 @@
 #include "host/matching/RoughnessLimit.h"
 
 #include <algorithm>
-#include <limits>
+
+#include "host/Median.h"
 
 namespace Matching {
-
-float medianOf(std::vector<float> values) {
-  if (values.empty()) return std::numeric_limits<float>::quiet_NaN();
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
 
 void RoughnessLimit::add(const Geomra::PhysicalSpace::point& place, float roughness) {
   if (roughness <= most_) cells_[cellOf(place, side)].roughness.push_back(roughness);
@@ -24,7 +18,7 @@ void RoughnessLimit::settle() {
   cells_.forEach([&](Planes& planes) {
     planes.limit = most_;
     if (planes.roughness.size() < fewest) return;
-    const float median = medianOf(std::move(planes.roughness));
+    const float median = upperMedianOf(std::move(planes.roughness));
     planes.roughness = {};
     planes.limit = std::min(most_, std::max(alwaysFine, usual * median));
   });

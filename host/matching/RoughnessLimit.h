@@ -37,7 +37,4 @@ class RoughnessLimit {
   CellTable<Planes> cells_;
 };
 
-/// Of an even number of values the upper one; NaN for none.
-float medianOf(std::vector<float> values);
-
 }  // namespace Matching
