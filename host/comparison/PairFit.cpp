@@ -7,12 +7,12 @@
 #include <map>
 #include <memory>
 #include <numeric>
-#include <regex>
 #include <system_error>
 
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/pointcloud/BlockName.h"
 #include "platform/strandel/MyStorage.h"
 #include <velorn/Georeferencing.h>
 
@@ -22,28 +22,15 @@ namespace {
 namespace fs = std::filesystem;
 using Geomra::PhysicalSpace::point;
 using Geomra::PhysicalSpace::vector;
+using PointCloud::BlockName;
 using Velorn::SphericalBeing;
-
-/// "c0_1.kx", "c0_7_GroundTruth.kx".
-struct BlockName {
-  std::uint32_t i = 0, j = 0;
-  bool isGroundTruth = false;
-};
-
-std::optional<BlockName> blockNameIn(const std::string& name) {
-  static const std::regex pattern(R"(c(\d{1,9})_(\d{1,9})(_GroundTruth)?\.kx)");
-  std::smatch parts;
-  if (!std::regex_match(name, parts, pattern)) return {};
-  return BlockName{static_cast<std::uint32_t>(std::stoul(parts[1])),
-                   static_cast<std::uint32_t>(std::stoul(parts[2])), parts[3].matched};
-}
 
 /// By name, so that sums are the same wherever the run was.
 std::map<fs::path, BlockName> blocksIn(const fs::path& folder) {
   std::map<fs::path, BlockName> blocks;
   std::error_code fault;
   for (const auto& entry : fs::directory_iterator(folder, fault)) {
-    if (const auto name = blockNameIn(entry.path().filename().string())) {
+    if (const auto name = PointCloud::blockNameIn(entry.path().filename().string())) {
       blocks.emplace(entry.path(), *name);
     }
   }

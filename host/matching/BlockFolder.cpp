@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/matching/BlockFolder.h"
 
-#include <regex>
 #include <system_error>
 #include <utility>
 
@@ -10,6 +9,7 @@
 
 #include "host/Failure.h"
 #include "host/matching/Match.h"
+#include "host/pointcloud/BlockName.h"
 #include "platform/plome/ReplacedFile.h"
 #include <velorn/CorrespondenceBlock.h>
 
@@ -34,13 +34,12 @@ void makeFolder(const path& folder) {
 }
 
 std::vector<path> blocksIn(const path& folder) {
-  static const std::regex block("c\\d+_\\d+(_GroundTruth)?\\.kx");
   std::error_code fault;
   std::vector<path> blocks;
   std::filesystem::directory_iterator entries(folder, fault);
   for (; !fault && entries != std::filesystem::directory_iterator(); entries.increment(fault)) {
     const path& file = entries->path();
-    if (std::regex_match(file.filename().string(), block)) blocks.push_back(file);
+    if (PointCloud::blockNameIn(file.filename().string())) blocks.push_back(file);
   }
   orNotWritten(fault, folder, "the folder cannot be read");
   return blocks;
@@ -64,8 +63,7 @@ BlockFolder::BlockFolder(path folder, std::shared_ptr<Strandel::MyStorage> stora
 }
 
 void BlockFolder::write(const BlockTitle& title, const std::vector<BlockEntry>& entries) const {
-  const auto name =
-      fmt::format("c{}_{}{}.kx", title.i, title.j, title.isGroundTruth ? "_GroundTruth" : "");
+  const auto name = PointCloud::fileNameOf({title.i, title.j, title.isGroundTruth});
   Velorn::CorrespondenceBlock block(folder_ / name, title.isGroundTruth, title.weekI, title.weekJ,
                                     storage_);
   for (const BlockEntry& entry : entries) block.add(entry.i, entry.j);

@@ -112,8 +112,10 @@ std::size_t saveCorrespondences(const MeasuredFlight& flight, const Options& opt
   for (const PairedSides& sides : all) {
     const bool known = sides.j == flight.strips.size();
     const std::uint32_t weekOfJ = known ? 0 : FlightPlan::week;  // the ground truth has no time
-    Velorn::CorrespondenceBlock block(out.correspondences(sides.i, sides.j, known), known,
-                                      FlightPlan::week, weekOfJ, storage);
+    const PointCloud::BlockName name{static_cast<std::uint32_t>(sides.i),
+                                     static_cast<std::uint32_t>(sides.j), known};
+    Velorn::CorrespondenceBlock block(out.correspondences(name), known, FlightPlan::week, weekOfJ,
+                                      storage);
     beings.add(sides, block);
     orFail(block.save(), writeError);
     number += sides.pairs.size();

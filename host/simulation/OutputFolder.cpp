@@ -3,7 +3,6 @@
 #include "host/simulation/OutputFolder.h"
 
 #include <algorithm>
-#include <regex>
 #include <system_error>
 #include <utility>
 
@@ -38,11 +37,6 @@ fs::path correspondenceFolder() {
   return Velorn::InputParameter().getCorrespondencePath();
 }
 
-bool isCorrespondenceName(const std::string& name) {
-  static const std::regex pattern(R"(c\d+_\d+(_GroundTruth)?\.kx)");
-  return std::regex_match(name, pattern);
-}
-
 /// The files of a folder that bear a name of a flight.
 template <typename IsName>
 void addNamed(const fs::path& folder, IsName isName, std::set<fs::path>& files) {
@@ -73,7 +67,7 @@ std::set<fs::path> flightIn(const fs::path& folder) {
   const fs::path correspondences = folder / correspondenceFolder();
   std::error_code error;
   if (fs::is_directory(correspondences, error)) {
-    addNamed(correspondences, isCorrespondenceName, files);
+    addNamed(correspondences, PointCloud::blockNameIn, files);
   }
   return files;
 }
@@ -108,12 +102,12 @@ std::string OutputFolder::stripName(std::size_t index) {
   return fmt::format("strip_{:02}", index + 1);
 }
 
-fs::path OutputFolder::correspondences(std::size_t i, std::size_t j, bool groundTruth) {
+fs::path OutputFolder::correspondences(const PointCloud::BlockName& block) {
   const fs::path folder = correspondenceFolder();
   std::error_code error;
   fs::create_directories(folder_ / folder, error);
   orFail(folder_ / folder, "the folder cannot be made", error);
-  return remembered(folder / fmt::format("c{}_{}{}.kx", i, j, groundTruth ? "_GroundTruth" : ""));
+  return remembered(folder / fileNameOf(block));
 }
 
 fs::path OutputFolder::remembered(const fs::path& name) {

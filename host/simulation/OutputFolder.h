@@ -9,6 +9,8 @@
 #include <set>
 #include <string>
 
+#include "host/pointcloud/BlockName.h"
+
 namespace Simulation {
 
 /// A flight is complete when its truth.json is there: that is written last, and removed first when
@@ -28,8 +30,7 @@ class OutputFolder {
   std::filesystem::path planes() { return remembered("truth/planes.csv"); }
   std::filesystem::path trajectory() { return remembered("trajectory.kx"); }
   std::filesystem::path groundTruth() { return remembered("ground_truth.kx"); }
-  /// @param groundTruth  j is the ground truth
-  std::filesystem::path correspondences(std::size_t i, std::size_t j, bool groundTruth);
+  std::filesystem::path correspondences(const PointCloud::BlockName& block);
   std::filesystem::path truth() { return remembered("truth.json"); }
   /// @}
 
