@@ -8,13 +8,11 @@
 
 #include "host/commands/Commands.h"
 #include "host/comparison/Comparison.h"
+#include "host/run/AdjustedStrips.h"
 #include "host/terminal/LibraryMessages.h"
 #include "host/terminal/Progress.h"
 
 namespace {
-
-/// As runs name it, below their root.
-constexpr const char* adjustedFolder = "05_adjusted";
 
 struct CompareCall {
   std::filesystem::path truth, result, adjusted;
@@ -47,8 +45,9 @@ void addCompare(CLI::App& app) {
       ->required()
       ->type_name("FOLDER");
   command
-      .add_option("--adjusted", call->adjusted,
-                  "folder of the adjusted strips; default: 05_adjusted in RESULT")
+      .add_option(
+          "--adjusted", call->adjusted,
+          fmt::format("folder of the adjusted strips; default: {} in RESULT", adjustedFolder))
       ->type_name("FOLDER");
   command.add_flag("--json", call->json, "one JSON document instead of tables");
   command.add_flag("--quiet", call->quiet, "no progress; warnings and results stay");
