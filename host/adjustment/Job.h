@@ -13,14 +13,10 @@
 #include <string>
 #include <vector>
 
+#include "host/ModelFiles.h"
 #include "platform/kestrum/LoaderProgress.h"
 #include <velorn/CeresOptimization.h>
 #include <velorn/InputParameter.h>
-
-/// The three files of an adjusted model.
-struct ModelFiles {
-  std::filesystem::path sections, parameters, stripIds;
-};
 
 struct AdjustmentJob {
   std::vector<std::filesystem::path> strips;  ///< sorted by the library, ids by that order

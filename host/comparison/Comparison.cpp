@@ -48,7 +48,7 @@ Velorn::Trajectory trajectoryOf(const Truth& truth) {
 /// The adjusted model, for the strips of the truth in their order.
 class Model {
  public:
-  Model(const Truth& truth, const std::optional<ParameterFiles>& files) {
+  Model(const Truth& truth, const std::optional<ModelFiles>& files) {
     if (!files) return;
     std::vector<fs::path> strips, unknown;
     for (const TrueStrip& strip : truth.strips) strips.push_back(strip.file);
@@ -68,7 +68,7 @@ class Model {
 };
 
 /// Ids of a run on all strips of the flight.
-StripNames namesOf(const Truth& truth, const std::optional<ParameterFiles>& files) {
+StripNames namesOf(const Truth& truth, const std::optional<ModelFiles>& files) {
   if (files) return stripNamesIn(files->stripIds);
   StripNames names;
   for (const TrueStrip& strip : truth.strips) {
@@ -166,7 +166,7 @@ Report compare(const fs::path& truthFolder, const fs::path& result, const fs::pa
   const Truth truth = readTruth(truthFolder);
   const auto places = stripsWithResult(truth, adjusted);
   Report report;
-  report.files = parameterFilesOf(result);
+  report.files = modelFilesOf(result);
   const auto trajectory = trajectoryOf(truth);
   const Model model(truth, report.files);
   PairFit fit(truth, result / Velorn::InputParameter().getCorrespondencePath(),

@@ -38,8 +38,8 @@ struct WorldReport {
 
 struct Report {
   WorldReport world;
-  std::optional<ParameterFiles> files;  ///< empty: the run has none, and there are no globals
-  std::vector<std::string> unknown;     ///< strips that the adjusted model does not know
+  std::optional<ModelFiles> files;   ///< empty: the run has none, and there are no globals
+  std::vector<std::string> unknown;  ///< strips that the adjusted model does not know
   std::vector<GlobalFigure> globals, sums;
   FitFigures pairs, groundTruth;
 };

@@ -24,8 +24,8 @@ bool isFile(const fs::path& path) {
 }
 
 /// Paths of the summary may be absolute. Empty for the summary of a run that did not adjust.
-std::optional<ParameterFiles> namedIn(const fs::path& summary, const fs::path& root) {
-  ParameterFiles files;
+std::optional<ModelFiles> namedIn(const fs::path& summary, const fs::path& root) {
+  ModelFiles files;
   try {
     std::ifstream stream(summary);
     const auto document = nlohmann::json::parse(stream);
@@ -46,14 +46,14 @@ std::optional<ParameterFiles> namedIn(const fs::path& summary, const fs::path& r
 }
 
 /// The three files of one suffix, when they are all there.
-std::optional<ParameterFiles> companionsOf(const fs::path& parameters) {
+std::optional<ModelFiles> companionsOf(const fs::path& parameters) {
   const std::string beginning = "Parameter", name = parameters.filename().string();
   if (!name.starts_with(beginning) || name.ends_with(".exact") || name.ends_with(".part")) {
     return {};
   }
   const std::string suffix = name.substr(beginning.size());
   const fs::path folder = parameters.parent_path();
-  ParameterFiles files{folder / ("Sections" + suffix), parameters, folder / ("StripID" + suffix)};
+  ModelFiles files{folder / ("Sections" + suffix), parameters, folder / ("StripID" + suffix)};
   if (!isFile(files.sections) || !isFile(files.parameters) || !isFile(files.stripIds)) return {};
   return files;
 }
@@ -79,11 +79,11 @@ std::optional<StripNames::value_type> stripIn(std::string_view line) {
 
 }  // namespace
 
-std::optional<ParameterFiles> parameterFilesOf(const fs::path& root) {
+std::optional<ModelFiles> modelFilesOf(const fs::path& root) {
   if (isFile(root / "summary.json")) {
     if (auto named = namedIn(root / "summary.json", root)) return named;
   }
-  std::optional<ParameterFiles> newest;
+  std::optional<ModelFiles> newest;
   fs::file_time_type newestTime;
   std::error_code fault;
   const fs::path folder = root / Velorn::InputParameter().getPrameterPath();

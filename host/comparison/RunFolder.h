@@ -10,18 +10,15 @@
 #include <optional>
 #include <string>
 
-namespace Comparison {
+#include "host/ModelFiles.h"
 
-/// The result of one adjustment.
-struct ParameterFiles {
-  std::filesystem::path sections, parameters, stripIds;
-};
+namespace Comparison {
 
 /// Those that summary.json names under "files" (paths from the root), else the newest parameter
 /// file of the parameter folder with its companions.
 /// @return empty when the run has none
 /// @throws Failure for a summary that names no files, or names ones that are missing
-std::optional<ParameterFiles> parameterFilesOf(const std::filesystem::path& root);
+std::optional<ModelFiles> modelFilesOf(const std::filesystem::path& root);
 
 /// File names of strips, without folders, by the ids that the names of correspondence blocks use.
 using StripNames = std::map<std::uint32_t, std::string>;

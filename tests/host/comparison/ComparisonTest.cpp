@@ -208,18 +208,18 @@ TEST_F(Comparing, ReadsTheFilesThatTheSummaryNamesAndOtherwiseTheNewest) {
   };
   fs::last_write_time(parameters("_old.txt"),
                       fs::file_time_type::clock::now() - std::chrono::hours(1));
-  EXPECT_EQ(Comparison::parameterFilesOf(run.path())->parameters, parameters("_new.txt"));
+  EXPECT_EQ(Comparison::modelFilesOf(run.path())->parameters, parameters("_new.txt"));
   writeContent(run / "summary.json",
                R"({"files": {"sections": "00_parameter/Sections_old.txt",
                    "parameters": "00_parameter/Parameter_old.txt",
                    "strip_ids": "00_parameter/StripID_old.txt"}})");
-  EXPECT_EQ(Comparison::parameterFilesOf(run.path())->parameters, parameters("_old.txt"));
+  EXPECT_EQ(Comparison::modelFilesOf(run.path())->parameters, parameters("_old.txt"));
   fs::remove(parameters("_old.txt"));
-  EXPECT_THROW(Comparison::parameterFilesOf(run.path()), Failure);
+  EXPECT_THROW(Comparison::modelFilesOf(run.path()), Failure);
   writeContent(run / "summary.json", "{}");  // as a run without an adjustment leaves it
-  EXPECT_EQ(Comparison::parameterFilesOf(run.path())->parameters, parameters("_new.txt"));
+  EXPECT_EQ(Comparison::modelFilesOf(run.path())->parameters, parameters("_new.txt"));
   writeContent(run / "summary.json", "{");
-  EXPECT_THROW(Comparison::parameterFilesOf(run.path()), Failure);
+  EXPECT_THROW(Comparison::modelFilesOf(run.path()), Failure);
 }
 
 TEST_F(Comparing, NamesStripsWithoutResultAndLeavesTheirCorrespondencesOut) {
