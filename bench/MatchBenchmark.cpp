@@ -16,11 +16,14 @@
 
 #include "bench/MatchedStrips.h"
 #include "bench/Settings.h"
+#include "host/KeptMemory.h"
 #include "host/matching/PairSearch.h"
 
 namespace {
 
 using namespace Matching;
+
+[[maybe_unused]] const bool isAsInTheProgram = (keepFreedMemory(), true);
 
 constexpr std::size_t nth = 10;  // of the other strip's points is a candidate
 

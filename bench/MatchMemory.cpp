@@ -15,6 +15,7 @@
 #include "bench/MatchedStrips.h"
 #include "bench/OwnProcess.h"
 #include "bench/Settings.h"
+#include "host/KeptMemory.h"
 #include "host/matching/Match.h"
 #include "tests/host/matching/MatchFiles.h"
 
@@ -70,7 +71,10 @@ int main() {
   try {
     const std::size_t points = std::stoul(setting("VELORN_BENCH_POINTS", "2000000"));
     const Flight flight(points);
-    const Usage usage = usageOf([&] { flight.match(); });
+    const Usage usage = usageOf([&] {
+      keepFreedMemory();
+      flight.match();
+    });
     const auto peak = static_cast<double>(usage.peak);
     fmt::print("| points of a strip | candidates | peak | per point of a strip | time |\n");
     fmt::print("|---|---|---|---|---|\n| {} | {} | {:.0f} MB | {:.0f} bytes | {:.1f} s |\n", points,

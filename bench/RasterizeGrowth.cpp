@@ -17,6 +17,7 @@
 #include "bench/OwnProcess.h"
 #include "bench/Settings.h"
 #include "bench/Swath.h"
+#include "host/KeptMemory.h"
 #include "host/matching/Rasterize.h"
 #include "host/pointcloud/Containers.h"
 
@@ -55,6 +56,7 @@ void makeStrip(const std::filesystem::path& file, std::size_t points) {
 }
 
 void rasterize(const std::filesystem::path& folder, const std::string& selection) {
+  keepFreedMemory();
   Silent progress;
   Velorn::InputParameter configuration;
   configuration.SelectionStr = selection;

@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "host/Failure.h"
+#include "host/KeptMemory.h"
 #include "host/commands/Commands.h"
 #include "host/terminal/Interruption.h"
 #include "platform/morvane/Console.h"
@@ -70,6 +71,7 @@ void checkStandardOutput() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  keepFreedMemory();
   endWhenInterrupted();
   std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow further is a write error
   Morvane::Console::redirect(writeMessage);
