@@ -15,9 +15,10 @@
 #include <unistd.h>
 
 struct Usage {
-  std::size_t peak = 0;    ///< largest resident size [bytes]
-  double processor = 0.0;  ///< time of all threads [s]
-  double elapsed = 0.0;    ///< [s]
+  std::size_t peak = 0;  ///< largest resident size [bytes]
+  double own = 0.0;      ///< processor time of all threads in the program [s]
+  double system = 0.0;   ///< and in the kernel, for it [s]
+  double elapsed = 0.0;  ///< [s]
 };
 
 /// @throws std::runtime_error when the work throws; its message goes to standard error
@@ -43,6 +44,6 @@ inline Usage usageOf(const std::function<void()>& work) {
     return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
   };
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
-  return {static_cast<std::size_t>(usage.ru_maxrss) * 1024,
-          seconds(usage.ru_utime) + seconds(usage.ru_stime), elapsed.count()};
+  return {static_cast<std::size_t>(usage.ru_maxrss) * 1024, seconds(usage.ru_utime),
+          seconds(usage.ru_stime), elapsed.count()};
 }

@@ -69,8 +69,8 @@ void measure(const Folder& folder, double millions, const std::string& selection
   usageOf([&] { makeStrip(folder.path / "strip.kx", points); });
   const Usage usage = usageOf([&] { rasterize(folder.path, selection); });
   const double perPoint = 1e6 / static_cast<double>(points);
-  fmt::print("| {} million | {:.2f} us | {:.2f} us | {:.0f} bytes | {} |\n", millions,
-             usage.processor * perPoint, usage.elapsed * perPoint,
+  fmt::print("| {} million | {:.2f} us | {:.2f} us | {:.2f} us | {:.0f} bytes | {} |\n", millions,
+             usage.own * perPoint, usage.system * perPoint, usage.elapsed * perPoint,
              static_cast<double>(usage.peak) / static_cast<double>(points), selection);
   std::fflush(stdout);
 }
@@ -83,8 +83,9 @@ int main(int argc, char** argv) {
     if (sizes.empty()) sizes = {"2", "8"};
     const Folder folder;
     fmt::print(
-        "| points | processor per point | elapsed per point | peak per point | selection |\n");
-    fmt::print("|---|---|---|---|---|\n");
+        "| points | in the program, per point | in the kernel | elapsed | peak per point | "
+        "selection |\n");
+    fmt::print("|---|---|---|---|---|---|\n");
     std::fflush(stdout);
     for (const auto& size : sizes) measure(folder, std::stod(size), "");
     measure(folder, std::stod(sizes.front()), "Amplitude > 5 and not Classification == 7");
