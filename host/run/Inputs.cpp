@@ -18,13 +18,21 @@ using PointCloud::GridFile;
 constexpr double weekSeconds = 604800.0;
 
 /// @return nothing for a field without values
-std::optional<Strandel::ValueRange> rangeOf(const GridFile& file, const char* name) {
-  const auto read = file.worldField(name)->range();
+std::optional<Strandel::ValueRange> rangeOf(const Strandel::FieldPtr& field) {
+  const auto read = field->range();
   orFail(read.error);
   return read.range;
 }
 
-std::string timesText(double first, double last, std::int64_t week) {
+/// Places that are no numbers are left out of the matching, but a point that was not measured has
+/// nothing to be georeferenced from.
+void checkScanner(const GridFile& file) {
+  const auto range = rangeOf(file.grid().chart(Strandel::scannerChartName)->field("Positions"));
+  if (Box{range->minimum, range->maximum}.isFinite()) return;
+  file.refuse("", "a scanner coordinate is no number");
+}
+
+std::string timesText(double first, double last, std::uint32_t week) {
   return fmt::format("{:.3f} to {:.3f} s of week {}", first, last, week);
 }
 
@@ -42,7 +50,7 @@ std::string causeOf(const StripFacts& strip, const Velorn::TimeRange& range) {
 
 void checkTimes(const StripFacts& strip, const Velorn::Trajectory& trajectory) {
   const auto ranges = trajectory.timeRanges();
-  const auto week = ranges.find(static_cast<unsigned int>(strip.week));
+  const auto week = ranges.find(strip.week);
   const std::string own = fmt::format("{}: measured from {}", strip.file.string(),
                                       timesText(strip.first, strip.last, strip.week));
   if (week == ranges.end()) {
@@ -81,7 +89,9 @@ StripFacts factsOf(const fs::path& strip) {
   const GridFile file(strip);
   if (file.size() == 0) file.refuse("", "holds no points");
   Matching::checkStrip(file);
-  const auto places = rangeOf(file, "Positions").value(), times = rangeOf(file, "GPSTime").value();
+  checkScanner(file);
+  const auto places = rangeOf(file.worldField("Positions")).value(),
+             times = rangeOf(file.worldField("GPSTime")).value();
   if (!std::isfinite(times.lowest()) || !std::isfinite(times.highest())) {
     file.refuse("", "a GPS time is no number");
   }
@@ -92,7 +102,7 @@ StripFacts factsOf(const fs::path& strip) {
 std::optional<Box> boxOfGroundTruth(const fs::path& groundTruth) {
   const GridFile file(groundTruth);
   file.world<Geomra::PhysicalSpace::vector>("NormalVector");
-  const auto range = rangeOf(file, "Positions");
+  const auto range = rangeOf(file.worldField("Positions"));
   if (!range) return {};
   return Box{range->minimum, range->maximum};
 }

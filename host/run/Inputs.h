@@ -28,13 +28,14 @@ struct Box {
 struct StripFacts {
   std::filesystem::path file;
   std::size_t points = 0;
-  std::int64_t week = 0;           ///< GPS week
+  std::uint32_t week = 0;          ///< GPS week
   double first = 0.0, last = 0.0;  ///< time [s of week]
   Box box;
 };
 
 /// @throws Failure, naming the strip: a file that is no container, more than one grid, no points,
-///         no week, a missing field that the chain needs, times that are no numbers
+///         no week, a missing field that the chain needs, times or scanner coordinates that are no
+///         numbers
 StripFacts factsOf(const std::filesystem::path& strip);
 
 /// @return nothing for a ground truth without points

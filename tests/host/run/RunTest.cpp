@@ -193,6 +193,10 @@ TEST_F(SmallRun, RefusesFilesThatDoNotBelongTogether) {
   EXPECT_THAT(refusal(),
               HasSubstr("strip_01.kx: ScannerCoordinateSystem/Waveforms.DirectionDelta: missing"));
   other.directions = {{0, 0, 1}, {0, 0, 1}};
+  other.scanner[1].y = std::nan("");
+  PointCloud::saveStrip(project.strips[0], other);
+  EXPECT_THAT(refusal(), HasSubstr("strip_01.kx: a scanner coordinate is no number"));
+  other.scanner[1].y = 0;
   PointCloud::saveStrip(project.strips[0], other);
   EXPECT_THAT(refusal(), HasSubstr("of week 2000, but the trajectory has only the GPS weeks 2318"));
   writeContent(project.strips[0], "no container");
