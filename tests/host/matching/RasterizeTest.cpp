@@ -289,7 +289,7 @@ TEST(RasterCheck, NamesTheSettingBeyondSense) {
               HasSubstr("neighbours must be between 6 and 1000, not 5"));
   EXPECT_THAT(refused({.neighbourRadius = -1}), HasSubstr("neighbour-radius"));
   EXPECT_THAT(refused({.maxRoughness = std::nan("")}), HasSubstr("max-roughness"));
-  EXPECT_THAT(refused({.slopeLimit = 91}), HasSubstr("slopeLimit"));
+  EXPECT_THAT(refused({.slopeLimit = 91}), HasSubstr("slope-limit"));
   auto configuration = rasterConfiguration();
   configuration.CellSize[1] = 0.0;
   EXPECT_THAT(refusalOf([&] { check(configuration, {}); }, misuse), HasSubstr("CellSize of ROOF"));
