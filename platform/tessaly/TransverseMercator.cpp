@@ -67,4 +67,13 @@ point inverseTransverseMercatorProjection(const point& projected, const Paramete
   return {radians(longitude), radians(latitude), projected.z};
 }
 
+double meridianConvergence(const point& geographic, const Parameter& parameter) noexcept {
+  if (!std::isfinite(geographic.x)) return nan;
+  double x = nan, y = nan, convergence = nan, scale = nan;
+  series(parameter.ellipsoid_)
+      .Forward(parameter.centralMeridianDegrees_, degrees(geographic.y), degrees(geographic.x), x,
+               y, convergence, scale);
+  return radians(convergence);
+}
+
 }  // namespace Tessaly

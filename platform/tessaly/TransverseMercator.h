@@ -56,6 +56,8 @@ class VELORN_PLATFORM_EXPORT TransverseMercatorProjectionParameter {
   friend Geomra::PhysicalSpace::point inverseTransverseMercatorProjection(
       const Geomra::PhysicalSpace::point&, const TransverseMercatorProjectionParameter&,
       bool) noexcept;
+  friend double meridianConvergence(const Geomra::PhysicalSpace::point&,
+                                    const TransverseMercatorProjectionParameter&) noexcept;
 
   Ellipsoid ellipsoid_;
   double centralMeridianDegrees_ = 0.0;  // exact, which radians would not be
@@ -84,5 +86,14 @@ VELORN_PLATFORM_EXPORT Geomra::PhysicalSpace::point transverseMercatorProjection
 VELORN_PLATFORM_EXPORT Geomra::PhysicalSpace::point inverseTransverseMercatorProjection(
     const Geomra::PhysicalSpace::point& projected,
     const TransverseMercatorProjectionParameter& parameter, bool flag) noexcept;
+
+/// Direction of grid north at a geographic point, clockwise from true north: what has to be added
+/// to a direction counted from grid north. In the north it is positive east of the central
+/// meridian.
+/// @param geographic  as transverseMercatorProjection takes it; the height is not looked at
+/// @return [rad]; NaN for a non-finite angle and for a latitude beyond a pole
+VELORN_PLATFORM_EXPORT double meridianConvergence(
+    const Geomra::PhysicalSpace::point& geographic,
+    const TransverseMercatorProjectionParameter& parameter) noexcept;
 
 }  // namespace Tessaly

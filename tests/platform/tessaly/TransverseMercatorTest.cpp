@@ -16,6 +16,7 @@
 using Geomra::PhysicalSpace::point;
 using Tessaly::Ellipsoid;
 using Tessaly::inverseTransverseMercatorProjection;
+using Tessaly::meridianConvergence;
 using Tessaly::transverseMercatorProjection;
 using Zone = Tessaly::TransverseMercatorProjectionParameter;
 
@@ -49,9 +50,14 @@ std::string text(double value) {
   return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
 }
 
-// What GeographicLib's tool with the exact projection makes of geographic points [m].
-std::vector<point> projectedByTool(const std::vector<point>& places, double meridian,
-                                   const std::string& flattening) {
+struct ByTool {
+  point projected;     // [m]
+  double convergence;  // [deg]
+};
+
+// What GeographicLib's tool with the exact projection makes of geographic points.
+std::vector<ByTool> projectedByTool(const std::vector<point>& places, double meridian,
+                                    const std::string& flattening) {
   std::string lines;
   for (const auto& p : places) lines += text(p.x / degree) + " " + text(p.y / degree) + "\n";
   const TemporaryFolder folder;
@@ -60,10 +66,10 @@ std::vector<point> projectedByTool(const std::vector<point>& places, double meri
                                      text(meridian) + " -e 6378137 " + flattening +
                                      " --input-file " + (folder / "places").string()));
   output.imbue(std::locale::classic());
-  std::vector<point> projected;
+  std::vector<ByTool> projected;
   double x = 0, y = 0, convergence = 0, scale = 0;
   while (output >> x >> y >> convergence >> scale) {
-    projected.push_back({x + 500000.0, y, places.at(projected.size()).z});
+    projected.push_back({{x + 500000.0, y, places.at(projected.size()).z}, convergence});
   }
   return projected;
 }
@@ -86,11 +92,28 @@ TEST(TransverseMercator, AgreesWithTheExactProjectionAtRandomPlaces) {
     ASSERT_EQ(wanted.size(), places.size());
     for (std::size_t i = 0; i < places.size(); ++i) {
       SCOPED_TRACE(testing::Message() << "seed " << system.epsg << ", place " << i);
-      EXPECT_LT(apart(transverseMercatorProjection(places[i], zone, true), wanted[i]),
+      const auto& [projected, convergence] = wanted[i];
+      EXPECT_LT(apart(transverseMercatorProjection(places[i], zone, true), projected),
                 betweenPrograms);
-      EXPECT_LT(apartOnEarth(inverseTransverseMercatorProjection(wanted[i], zone, true), places[i]),
+      EXPECT_LT(apartOnEarth(inverseTransverseMercatorProjection(projected, zone, true), places[i]),
                 betweenPrograms);
+      // Rounding of longitudes of 180 degrees, 4e-16 rad of 3 rad.
+      EXPECT_NEAR(meridianConvergence(places[i], zone), convergence * degree, 2e-15);
     }
+  }
+}
+
+TEST(TransverseMercator, ConvergenceIsTheDirectionOfGridNorthFromTrueNorth) {
+  const auto zone = Zone::UTMfromEPSG(32632);
+  for (const double longitude : {6.5, 9.0, 11.75}) {
+    const point place{longitude * degree, 48.2 * degree, 0};
+    constexpr double step = 1e-6;  // [rad] along the meridian, some 6 m
+    const point north = transverseMercatorProjection({place.x, place.y + step, 0}, zone, true);
+    const point south = transverseMercatorProjection({place.x, place.y - step, 0}, zone, true);
+    // True north seen from grid north, clockwise; 1e-8 m of 13 m.
+    const double trueNorth = std::atan2(north.x - south.x, north.y - south.y);
+    EXPECT_NEAR(meridianConvergence(place, zone), -trueNorth, 2e-9) << longitude;
+    EXPECT_EQ(meridianConvergence(place, zone) > 0, longitude > 9.0) << longitude;
   }
 }
 
@@ -166,4 +189,8 @@ TEST(TransverseMercator, OfNonFiniteInputIsNotANumber) {
     EXPECT_FALSE(isFinite(inverseTransverseMercatorProjection({5e5, 5e6, bad}, zone, true)));
   }
   EXPECT_TRUE(hasNoPlace(transverseMercatorProjection({0.1, 91 * degree, 0}, zone, true)));
+  for (const point& bad : {point{notANumber, 0.8, 0}, point{infinity, 90 * degree, 0},
+                           point{0.1, notANumber, 0}, point{0.1, 91 * degree, 0}}) {
+    EXPECT_TRUE(std::isnan(meridianConvergence(bad, zone)));
+  }
 }
