@@ -104,17 +104,18 @@ std::string faultOfValue(const RawRecord& raw, const Limits& limits) {
                      limits.unit, limits.lowest, limits.highest);
 }
 
-std::string faultOfTimes(double before, double time) {
+/// @param before  time of the record before [s]
+std::string faultOfTimes(double before, double time, TimeOrder order) {
   const bool newWeek = before > 0.9 * week && time < 0.1 * week;
+  if (time > before || (order == TimeOrder::Any && !newWeek)) return {};
   return fmt::format("its time {} s is not after {} s, the time of the record before{}", time,
                      before, newWeek ? "; where a GPS week ends the file has to be split" : "");
 }
 
 /// @param before  time of the record before [s]
-std::string faultOf(const RawRecord& raw, double before) {
+std::string faultOf(const RawRecord& raw, double before, TimeOrder order) {
   if (const Limits* const broken = brokenLimits(raw)) return faultOfValue(raw, *broken);
-  const double time = valueOf(raw, 0);
-  return time > before ? std::string() : faultOfTimes(before, time);
+  return faultOfTimes(before, valueOf(raw, 0), order);
 }
 
 /// Number of records by the size of the file.
@@ -147,7 +148,7 @@ bool looksLikeSbet(const std::filesystem::path& file) {
 }
 
 std::size_t readSbet(const std::filesystem::path& file,
-                     const std::function<void(const SbetRecord&)>& take) {
+                     const std::function<void(const SbetRecord&)>& take, TimeOrder order) {
   const std::size_t count = countRecords(file);
   std::ifstream stream(file, std::ios::binary);
   if (!stream) throw Failure(file.string() + ": cannot be opened for reading");
@@ -165,7 +166,7 @@ std::size_t readSbet(const std::filesystem::path& file,
       }
     }
     const RawRecord raw = rawRecord(block.data() + inBlock * recordBytes);
-    if (const std::string fault = faultOf(raw, before); !fault.empty()) refuse(i, fault);
+    if (const std::string fault = faultOf(raw, before, order); !fault.empty()) refuse(i, fault);
     const SbetRecord record = recordOf(raw);
     take(record);
     before = record.time;
@@ -173,10 +174,11 @@ std::size_t readSbet(const std::filesystem::path& file,
   return count;
 }
 
-std::vector<SbetRecord> readSbet(const std::filesystem::path& file) {
+std::vector<SbetRecord> readSbet(const std::filesystem::path& file, TimeOrder order) {
   std::vector<SbetRecord> records;
   records.reserve(countRecords(file));
-  readSbet(file, [&](const SbetRecord& record) { records.push_back(record); });
+  readSbet(
+      file, [&](const SbetRecord& record) { records.push_back(record); }, order);
   return records;
 }
 

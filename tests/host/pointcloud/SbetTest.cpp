@@ -124,6 +124,20 @@ TEST(Sbet, FilesOfManyBlocksAreReadInOrder) {
   for (std::size_t i = 0; i < read.size(); ++i) ASSERT_EQ(read[i].time, records[i][0]);
 }
 
+TEST(Sbet, RecordsInAnyOrderAreReadOnRequestButNotOverTheEndOfAWeek) {
+  const TemporaryFolder folder;
+  writeContent(folder / "mixed.sbet", bytesOf({valuesAt(3.0), valuesAt(2.0), valuesAt(2.0)}));
+  EXPECT_THAT(refusalOf(folder / "mixed.sbet"), HasSubstr("record 2 of 3: its time 2 s"));
+  const auto records = readSbet(folder / "mixed.sbet", PointCloud::TimeOrder::Any);
+  ASSERT_EQ(records.size(), 3u);
+  EXPECT_EQ(records[0].time, 3.0);
+  EXPECT_EQ(records[2].time, 2.0);
+  for (const auto& bad : {valuesAt(std::nan("")), valuesAt(1.0)}) {  // sorted, the week would break
+    writeContent(folder / "bad.sbet", bytesOf({valuesAt(604799.0), bad}));
+    EXPECT_THROW(readSbet(folder / "bad.sbet", PointCloud::TimeOrder::Any), Failure);
+  }
+}
+
 TEST(Sbet, WhatIsNoTrajectoryIsRefusedWithFileRecordAndValue) {
   constexpr double nan = std::numeric_limits<double>::quiet_NaN();
   const auto with = [](std::size_t place, double value) {
