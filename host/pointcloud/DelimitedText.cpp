@@ -32,6 +32,14 @@ std::vector<std::string_view> wordsBetween(std::string_view line, std::string_vi
   return words;
 }
 
+std::string_view likelyCause(std::string_view noNumber) {
+  if (noNumber.find_first_of(blanks) != std::string_view::npos) {
+    return "; the columns may be parted by something else";
+  }
+  const bool comma = noNumber.find(',') != std::string_view::npos;
+  return comma ? "; decimals have to follow a point" : "";
+}
+
 }  // namespace
 
 std::optional<double> numberIn(std::string_view word) {
@@ -116,9 +124,8 @@ double DelimitedText::finiteNumber(const std::vector<std::string_view>& words, s
   }
   const auto number = numberIn(words[column]);
   if (!number) {
-    const bool comma = words[column].find(',') != std::string_view::npos;
     refuse(fmt::format("the {} in column {} is \"{}\", no number{}", name, column + 1,
-                       shown(words[column]), comma ? "; decimals have to follow a point" : ""));
+                       shown(words[column]), likelyCause(words[column])));
   }
   if (!std::isfinite(*number)) {
     refuse(fmt::format("the {} in column {} is {}", name, column + 1, *number));

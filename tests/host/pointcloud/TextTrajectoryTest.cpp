@@ -168,6 +168,7 @@ TEST(TextTrajectory, WhatCannotBeAFlightIsRefusedWithFileLineAndText) {
         Case{good + "-1 48.1 11.5 900 1 -2 163\n", "the time -1 s is none of a week"},
         Case{good + "1245283199 48.1 11.5 900 1 -2 163\n", "is none of a week, as others"},
         Case{linesAt({"245283199", "1245283199"}), "line 2: its time is 1000000000 s away"},
+        Case{"5 48.1 11.5 900 1 -2 163 a,b\n", "columns may be parted by something else"},
         Case{"Week 2058\n" + good, "line 1: the time in column 1 is \"Week\", no number"},
         Case{"5 0.84 0.2 900 0.01 -0.02 2.8\n", "say radians for the positions and the attitude"},
         Case{"5 0.84 0.2 900 1 -2 163\n", "say radians for the positions"}}) {
