@@ -83,8 +83,7 @@ TEST(ControlFile, WhatIsNoControlIsRefusedWithItsLine) {
 
 TEST(PatchPoints, LieInTheDiscOfThePatchAndLeaveNoHole) {
   constexpr double spacing = 0.3, radius = 1.2;
-  for (const auto& normal :
-       {Geomra::PhysicalSpace::vector{0, 0, 1}, {0.6, 0, 0.8}, {0.96, -0.28, 0}}) {
+  for (const auto& normal : {Geomra::PhysicalSpace::vector{0, 0, 1}, {0.6, 0, 0.8}, {1, 0, 0}}) {
     const ControlPatch patch{"roof", {656000, 5341000, 20}, normal, radius};
     const auto columns = patchPoints({patch}, spacing);
     ASSERT_EQ(columns.positions.size(), 49u);  // points with whole coordinates within 4 of (0, 0)
@@ -111,11 +110,11 @@ TEST(PatchPoints, EachPatchHasAtLeastItsPointAndNoneTooMany) {
   ASSERT_EQ(columns.positions.size(), 6u);
   EXPECT_EQ(columns.positions[0], point.centre);
   EXPECT_EQ(columns.normals[5], disc.normal);
-  EXPECT_THAT(
-      [&] {
-        patchPoints({point, disc}, 1e-4);
-      },
-      ThrowsMessage<Failure>(HasSubstr("control patch B of 1 m radius")));
+  auto rim = disc;
+  rim.radius = 0.3;  // 2.9999999999999996 steps of 0.1
+  EXPECT_EQ(patchPoints({rim}, 0.1).positions.size(), 29u);
+  const auto tooDense = [&] { patchPoints({point, disc}, 1e-4); };
+  EXPECT_THAT(tooDense, ThrowsMessage<Failure>(HasSubstr("control patch B of 1 m radius")));
   for (const double spacing : {0.0, -1.0, std::numeric_limits<double>::quiet_NaN(), 1e-320}) {
     EXPECT_THROW(patchPoints({point, disc}, spacing), Failure);
   }

@@ -177,6 +177,9 @@ TEST(TextTrajectory, WhatCannotBeAFlightIsRefusedWithFileLineAndText) {
                 ThrowsMessage<Failure>(AllOf(HasSubstr("flight.txt: "), HasSubstr(told))));
   }
   EXPECT_TRUE(trajectoryOf("5 48.1 11.5 900 1 -2 3\n").attitudeMayBeRadians);
+  for (const char* const place : {"5 0.4 11.5", "5 51.5 -0.1"}) {  // Gabon, London: no radians
+    EXPECT_EQ(trajectoryOf(std::string(place) + " 900 1 -2 163\n").records.size(), 1u);
+  }
 }
 
 TEST(TextTrajectory, AFormatThatDoesNotFitIsRefusedByItsWord) {
