@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/pointcloud/LasCrs.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
@@ -31,9 +32,19 @@ class Quiet {
   Quiet& operator=(const Quiet&) = delete;
 };
 
+/// For a terminal: control characters of a damaged record become question marks.
+std::string printable(std::string text) {
+  const auto isControl = [](char character) {
+    const auto byte = static_cast<unsigned char>(character);
+    return byte < 0x20 || byte == 0x7F;
+  };
+  std::replace_if(text.begin(), text.end(), isControl, '?');
+  return text;
+}
+
 std::string nameOf(const OGRSpatialReference& system) {
   const char* const name = system.GetName();
-  return name ? name : "";
+  return name ? printable(name) : "";
 }
 
 std::optional<unsigned> codeIn(const OGRSpatialReference& system) {
@@ -47,9 +58,9 @@ std::optional<unsigned> codeIn(const OGRSpatialReference& system) {
   return code;
 }
 
-/// Code of the one system that is the same, if there is exactly one.
+/// Code of the system that is the same, if there is exactly one.
 std::optional<unsigned> codeOfMatch(const OGRSpatialReference& system) {
-  constexpr int sameButForItsName = 90;  // [%]; less leaves a choice between several
+  constexpr int sameButForItsName = 70;  // [%]; with less the definitions differ
   int count = 0;
   int* confidence = nullptr;
   OGRSpatialReferenceH* const matches = system.FindMatches(nullptr, &count, &confidence);
@@ -139,7 +150,7 @@ LasCrs crsOfWkt(const std::string& wkt) {
   const std::string text = wkt.substr(0, wkt.find('\0'));
   if (text.empty()) return {};
   if (system.importFromWkt(text.c_str()) != OGRERR_NONE) {
-    return {{}, "a WKT text that is not understood: " + text.substr(0, 60)};
+    return {{}, "a WKT text that is not understood: " + printable(text.substr(0, 60))};
   }
   const std::string name = nameOf(system);
   return {codeOf(system), name};
@@ -156,7 +167,7 @@ LasCrs crsOfGeoKeys(std::span<const char> directory, const std::string& texts) {
     if (name.empty()) return {{}, fmt::format("EPSG code {}, which is no projected system", code)};
     return {code, name};
   }
-  return {utmCode(keys.code(projectionKey), citation), citation};
+  return {utmCode(keys.code(projectionKey), citation), printable(citation)};
 }
 
 }  // namespace PointCloud

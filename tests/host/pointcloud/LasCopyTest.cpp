@@ -1,14 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cmath>
-#include <functional>
-#include <limits>
+#include <csignal>
 #include <numeric>
 #include <random>
+#include <system_error>
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include "host/Failure.h"
 #include "host/pointcloud/LasCopy.h"
@@ -186,12 +188,54 @@ TEST_F(LasCopies, ThatCannotBeMadeAreRefusedAndTheTargetStays) {
 TEST_F(LasCopies, ThatCannotBeWrittenAreWriteErrors) {
   write(lasSample(2, 3, 1));
   target = folder / "missing/adjusted.las";
-  EXPECT_THAT(refusalOf({0}, {{}}), HasSubstr("adjusted.las: cannot be written: No such file"));
+  EXPECT_THAT(refusalOf({0}, {{}}),
+              HasSubstr("adjusted.las: cannot be written: " +
+                        std::generic_category().message(ENOENT)));  // in the locale's language
   EXPECT_EQ(status, writeError);
   target = folder.path() / "folder";
   std::filesystem::create_directory(target);
   EXPECT_THAT(refusalOf({0}, {{}}), HasSubstr("is not a regular file"));
   EXPECT_EQ(status, writeError);
+}
+
+/// No file of this process grows beyond so many bytes while this lives: the disk is full.
+class FullDisk {
+ public:
+  explicit FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit{bytes, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FullDisk() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+  }
+  FullDisk(const FullDisk&) = delete;
+  FullDisk& operator=(const FullDisk&) = delete;
+
+ private:
+  void (*handler_)(int);
+  rlimit before_{};
+};
+
+TEST_F(LasCopies, OnAFullDiskLeaveTheTargetAsItWas) {
+  write(lasSample(2, 3, 1000));
+  const auto numbers = allOf(1000);
+  const auto points = places();
+  writeContent(target, "before");
+  const std::size_t size = contentOf(source).size();
+  for (const std::size_t room : {std::size_t{100}, std::size_t{20000}, size - 1}) {
+    status = 0;
+    const std::string refusal = [&] {
+      const FullDisk disk(room);
+      return refusalOf(numbers, points);
+    }();
+    EXPECT_THAT(refusal, HasSubstr("adjusted.las: cannot be written")) << room;
+    EXPECT_EQ(status, writeError);
+    EXPECT_EQ(contentOf(target), "before");
+  }
+  const std::filesystem::directory_iterator files(folder.path());
+  EXPECT_EQ(std::distance(begin(files), end(files)), 2);  // nothing unfinished is left
 }
 
 TEST_F(LasCopies, OfAnotherMakersFileKeepItsSystemAndPoints) {

@@ -175,10 +175,27 @@ TEST_F(LasFiles, TellTheCodeOfTheirProjectedSystemByWkt) {
   EXPECT_THAT(epsgOf(wktOf("EPSG:25833", false)), Optional(25833U));
   EXPECT_THAT(epsgOf(wktOf("EPSG:4326")), Eq(std::nullopt));
   EXPECT_EQ(written(sample).crsText(), "WGS 84");
-  EXPECT_THAT(epsgOf("PROJCS[\"mine"), Eq(std::nullopt));
-  EXPECT_THAT(written(sample).crsText(), HasSubstr("not understood: PROJCS[\"mine"));
+  EXPECT_THAT(epsgOf("PROJCS[\"mine\x1B"), Eq(std::nullopt));
+  EXPECT_THAT(written(sample).crsText(), HasSubstr("not understood: PROJCS[\"mine?"));
   sample.evlrs = {wktRecord(wktOf("EPSG:32631"))};
   EXPECT_THAT(epsgOf("PROJCS[\"mine"), Optional(32631U));
+}
+
+TEST_F(LasFiles, TellNoCodeOfASystemThatOnlyLooksLikeOneOfEpsg) {
+  auto sample = lasSample(4, 6);
+  sample.globalEncoding = 16;
+  const std::string metres = R"(PARAMETER["false_northing",0],UNIT["metre",1]])";
+  const std::string feet = R"(PARAMETER["false_northing",0],UNIT["US survey foot",0.3048006096]])";
+  for (const auto& end : {metres, feet}) {
+    sample.vlrs = {
+        wktRecord(R"(PROJCS["WGS_1984_UTM_Zone_32N",GEOGCS["GCS_WGS_1984",DATUM["D_WGS_1984",)"
+                  R"(SPHEROID["WGS_1984",6378137,298.257223563]],PRIMEM["Greenwich",0],)"
+                  R"(UNIT["Degree",0.0174532925199433]],PROJECTION["Transverse_Mercator"],)"
+                  R"(PARAMETER["latitude_of_origin",0],PARAMETER["central_meridian",9],)"
+                  R"(PARAMETER["scale_factor",0.9996],PARAMETER["false_easting",500000],)" +
+                  end)};
+    EXPECT_EQ(written(sample).epsg(), end == metres ? std::optional(32632U) : std::nullopt);
+  }
 }
 
 TEST_F(LasFiles, TellTheCodeOfTheirProjectedSystemByKeys) {

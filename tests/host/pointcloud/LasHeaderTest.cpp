@@ -89,6 +89,17 @@ TEST(LasHeader, CountsThatTheFileCannotHoldAreRefusedWithBothNumbers) {
   EXPECT_THAT(faultOf(bytes), AllOf(HasSubstr("counts 6 points"), HasSubstr("are 5 in")));
 }
 
+TEST(LasHeader, CountsMorePointsThan32BitsWhereTheFileHasThem) {
+  std::string bytes = lasBytes(lasSample(4, 6, 0));
+  const std::uint64_t count = 5'000'000'000, size = 375 + 30 * count;
+  putAt(bytes, 247, count);
+  const auto read = lasHeaderIn(bytes, size);
+  ASSERT_TRUE(std::holds_alternative<LasHeader>(read));
+  EXPECT_EQ(std::get<LasHeader>(read).count, count);
+  EXPECT_EQ(std::get<LasHeader>(read).pointsEnd(), size);
+  EXPECT_TRUE(std::holds_alternative<std::string>(lasHeaderIn(bytes, size - 1)));
+}
+
 TEST(LasHeader, CompressedPointsAreToldAndNotMeasured) {
   for (const unsigned bit : {0x80U, 0x40U, 0xC0U}) {
     std::string bytes = lasBytes(lasSample(4, 6, 5));
