@@ -41,6 +41,7 @@ int run(int argc, char** argv) {
   app.set_version_flag("--version", "velorn " VELORN_VERSION);
   app.footer(footer);
   app.require_subcommand(0, 1);
+  addImport(app);
   addInit(app);
   addRun(app);
   addRasterize(app);

@@ -15,6 +15,7 @@ void addAdjust(CLI::App& app);
 void addInfo(CLI::App& app);
 void addCompare(CLI::App& app);
 void addRun(CLI::App& app);
+void addImport(CLI::App& app);
 void addInit(CLI::App& app);
 void addRasterize(CLI::App& app);
 void addMatch(CLI::App& app);

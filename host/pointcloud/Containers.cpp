@@ -65,6 +65,8 @@ void saveStrip(const std::filesystem::path& file, StripColumns columns) {
   one.addUnlessEmpty(*world, "Classification", std::move(columns.classification));
   one.addUnlessEmpty(*world, "Amplitude", std::move(columns.amplitude));
   one.addUnlessEmpty(*world, "PointSourceID", std::move(columns.pointSourceId));
+  one.addUnlessEmpty(*world, "SourceIndex", std::move(columns.sourceIndex));
+  if (!columns.sourceFile.empty()) one.grid().attributes().set("SourceFile", columns.sourceFile);
   if (!columns.scanner.empty()) {
     const auto scanner = one.scanner();
     one.add(*scanner, "Positions", std::move(columns.scanner));

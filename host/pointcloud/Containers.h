@@ -32,6 +32,8 @@ struct StripColumns {
   std::vector<std::uint8_t> classification;  ///< codes of the LAS format
   std::vector<double> amplitude;             ///< [dB], or as the instrument says it
   std::vector<std::uint16_t> pointSourceId;
+  std::vector<std::uint64_t> sourceIndex;  ///< number of the record in the source file, from 0
+  std::string sourceFile;                  ///< that the points were imported from; may be empty
 };
 
 /// The records of a trajectory and what is stored beside them.

@@ -9,13 +9,13 @@
 #include "host/Failure.h"
 #include "host/matching/StripAttributes.h"
 #include "host/pointcloud/GridFile.h"
+#include "host/pointcloud/TimeCover.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using PointCloud::GridFile;
-
-constexpr double weekSeconds = 604800.0;
+using PointCloud::TimeSpan;
 
 /// @return nothing for a field without values
 std::optional<Strandel::ValueRange> rangeOf(const Strandel::FieldPtr& field) {
@@ -32,36 +32,21 @@ void checkScanner(const GridFile& file) {
   file.refuse("", "a scanner coordinate is no number");
 }
 
-std::string timesText(double first, double last, std::uint32_t week) {
-  return fmt::format("{:.3f} to {:.3f} s of week {}", first, last, week);
-}
-
-/// What usually lies behind times that do not fit.
-std::string causeOf(const StripFacts& strip, const Velorn::TimeRange& range) {
-  const auto fits = [&](double shift) {
-    return strip.first + shift > range.first && strip.last + shift <= range.last;
-  };
-  for (const double leap : {18.0, -18.0}) {
-    if (fits(leap)) return "; 18 s of leap seconds would make them fit (UTC instead of GPS time?)";
-  }
-  if (strip.first > weekSeconds) return "; seconds of the week end at 604800";
-  return {};
-}
-
 void checkTimes(const StripFacts& strip, const Velorn::Trajectory& trajectory) {
   const auto ranges = trajectory.timeRanges();
   const auto week = ranges.find(strip.week);
-  const std::string own = fmt::format("{}: measured from {}", strip.file.string(),
-                                      timesText(strip.first, strip.last, strip.week));
+  const TimeSpan own{strip.first, strip.last};
+  const std::string measured =
+      fmt::format("{}: measured from {}", strip.file.string(), timesText(own, strip.week));
   if (week == ranges.end()) {
     std::string weeks;
     for (const auto& [number, range] : ranges) weeks += fmt::format(" {}", number);
-    throw Failure(fmt::format("{}, but the trajectory has only the GPS weeks{}", own, weeks));
+    throw Failure(fmt::format("{}, but the trajectory has only the GPS weeks{}", measured, weeks));
   }
-  const auto& range = week->second;
-  if (strip.first > range.first && strip.last <= range.last) return;
-  throw Failure(fmt::format("{}, but the trajectory is from {}{}", own,
-                            timesText(range.first, range.last, strip.week), causeOf(strip, range)));
+  const TimeSpan recorded{week->second.first, week->second.last};
+  if (covers(recorded, own)) return;
+  throw Failure(fmt::format("{}, but the trajectory is from {}{}", measured,
+                            timesText(recorded, strip.week), likelyCause(recorded, own)));
 }
 
 std::string placeText(const Box& box) {
