@@ -100,15 +100,17 @@ void addText(CLI::App& command, PointCloud::TextTrajectoryFormat& format) {
       ->type_name("WORDS")
       ->capture_default_str();
   command.add_option("--position-unit", format.positionUnit, "of its latitude and longitude")
-      ->transform(CLI::CheckedTransformer(units))
+      ->transform(CLI::CheckedTransformer(units).description(""))
       ->type_name("degrees|radians");
   command.add_option("--attitude-unit", format.attitudeUnit, "of its roll, pitch and heading")
-      ->transform(CLI::CheckedTransformer(units))
+      ->transform(CLI::CheckedTransformer(units).description(""))
       ->type_name("degrees|radians");
   command
       .add_option("--heading", format.heading, "whether its headings count from true or grid north")
-      ->transform(CLI::CheckedTransformer(std::map<std::string, NorthReference>{
-          {"true", NorthReference::True}, {"grid", NorthReference::Grid}}))
+      ->transform(CLI::CheckedTransformer(
+                      std::map<std::string, NorthReference>{{"true", NorthReference::True},
+                                                            {"grid", NorthReference::Grid}})
+                      .description(""))
       ->type_name("true|grid");
 }
 
