@@ -161,7 +161,7 @@ LasSample lasSample(unsigned minorVersion, unsigned format, std::size_t points) 
   for (std::size_t i = 0; i < points; ++i) {
     const auto n = static_cast<std::int32_t>(i);
     const unsigned returns = 1 + static_cast<unsigned>(i) % 5;
-    sample.points.push_back({{1000 * n - 1500, -70000 * n, 12345 + n},
+    sample.points.push_back({{1000 * n - 1500, -70000 * (n % 1000), 12345 + n},
                              static_cast<std::uint16_t>(40000 + 3 * i),
                              1 + static_cast<unsigned>(i) % returns,
                              returns,
