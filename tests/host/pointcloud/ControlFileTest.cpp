@@ -75,7 +75,7 @@ TEST(ControlFile, WhatIsNoControlIsRefusedWithItsLine) {
         Case{"E,N,h,nx,ny,nz\n1,2,3,0,,1\n", "line 2: the ny in column 5 is \"\", no number"},
         Case{"E,N,h,radius\n1,2,3,-1\n", "line 2: the radius is -1 m, not between 0 and 1000"}}) {
     SCOPED_TRACE(content);
-    EXPECT_THAT([&] { controlOf(content); },
+    EXPECT_THAT([&text = content] { controlOf(text); },
                 ThrowsMessage<Failure>(AllOf(HasSubstr("control.csv: "), HasSubstr(told))));
   }
   EXPECT_THAT([] { controlOf("1 2 3\n", -1); }, ThrowsMessage<Failure>(HasSubstr("-1 m")));

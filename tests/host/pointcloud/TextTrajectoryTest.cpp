@@ -173,7 +173,7 @@ TEST(TextTrajectory, WhatCannotBeAFlightIsRefusedWithFileLineAndText) {
         Case{"5 0.84 0.2 900 0.01 -0.02 2.8\n", "say radians for the positions and the attitude"},
         Case{"5 0.84 0.2 900 1 -2 163\n", "say radians for the positions"}}) {
     SCOPED_TRACE(told);
-    EXPECT_THAT([&] { trajectoryOf(content); },
+    EXPECT_THAT([&text = content] { trajectoryOf(text); },
                 ThrowsMessage<Failure>(AllOf(HasSubstr("flight.txt: "), HasSubstr(told))));
   }
   EXPECT_TRUE(trajectoryOf("5 48.1 11.5 900 1 -2 3\n").attitudeMayBeRadians);
