@@ -48,6 +48,7 @@ int run(int argc, char** argv) {
   addMatch(app);
   addAdjust(app);
   addGeoreference(app);
+  addExport(app);
   addInfo(app);
   addCompare(app);
   addSimulate(app);

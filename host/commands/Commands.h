@@ -16,6 +16,7 @@ void addInfo(CLI::App& app);
 void addCompare(CLI::App& app);
 void addRun(CLI::App& app);
 void addImport(CLI::App& app);
+void addExport(CLI::App& app);
 void addInit(CLI::App& app);
 void addRasterize(CLI::App& app);
 void addMatch(CLI::App& app);
