@@ -72,9 +72,10 @@ void refuseCollisions(const std::vector<LasStrip>& strips) {
 }
 
 void refuseSources(const std::vector<LasStrip>& strips) {
+  std::error_code ignored;
   for (const LasStrip& strip : strips) {
+    if (!fs::exists(strip.target, ignored)) continue;
     for (const LasStrip& other : strips) {
-      std::error_code ignored;
       if (!fs::equivalent(strip.target, other.source, ignored)) continue;
       throw Failure(
           fmt::format("{}: points of {} come from this file; name another folder as --output",

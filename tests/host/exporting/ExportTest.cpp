@@ -314,6 +314,30 @@ TEST_F(Flight, TellsOfStripsWithoutCorrectionsAndCountsTheCorrectedRecords) {
               HasSubstr(fmt::format("{} of 101 records corrected", corrected)));
 }
 
+TEST_F(Flight, TellsOfTwoStripsOfOneTimeAndCorrectsByTheOneNamedFirst) {
+  takeModel();
+  options.wishes = Exporting::Wishes{false, false, true};
+  done();
+  const auto undisputed = contentOf(options.output / "trajectory.txt");
+  PointCloud::StripColumns other;
+  other.week = weekNumber;
+  other.world.resize(2);
+  other.times = {begin + 2.05, begin + 2.35};
+  for (const std::string name : {"b.kx", "stranger.kx"}) {
+    PointCloud::saveStrip(folder / name, other);
+  }
+  options.output = folder / "disputed";
+  options.strips = {options.strips[0], folder / "b.kx", folder / "stranger.kx"};
+  const auto report = done();
+  ASSERT_EQ(told.size(), 2U);
+  EXPECT_THAT(told[0], HasSubstr("stranger.kx: not in the adjustment"));
+  EXPECT_THAT(told[1], HasSubstr("trajectory: 3 records belong to two strips"));
+  const auto disputed = contentOf(options.output / "trajectory.txt");
+  const auto ofA = [](const std::string& text) { return text.substr(0, text.find("\n604800")); };
+  EXPECT_EQ(ofA(disputed), ofA(undisputed));
+  EXPECT_NE(disputed, undisputed);  // nothing corrects b's own time any more
+}
+
 TEST_F(Flight, IsFoundInTheRootOfItsRun) {
   const fs::path steps = folder.path() / Velorn::InputParameter().getStatusPath() / "steps";
   fs::create_directories(steps);
