@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/exporting/SourceTimes.h"
 #include "host/pointcloud/GridFile.h"
 #include "host/pointcloud/LasCopy.h"
 #include "host/pointcloud/LasFile.h"
@@ -116,6 +117,18 @@ void checkNumbers(const GridFile& strip, const fs::path& source,
                            ascending.back(), source.string(), count));
 }
 
+/// A source of the same size may have been sorted since; its points would get coordinates of
+/// others.
+void checkTimes(const GridFile& strip, const fs::path& source,
+                const std::vector<std::uint64_t>& numbers, const std::vector<double>& times) {
+  const auto other = firstOtherTime(PointCloud::LasFile(source), numbers, times);
+  if (!other) return;
+  strip.refuse("GPSTime",
+               fmt::format("point {}, counted from 0, of {} has another time than here; it was "
+                           "changed since the import",
+                           *other, source.string()));
+}
+
 }  // namespace
 
 std::string strippedStem(const fs::path& container) {
@@ -148,6 +161,7 @@ void writeLas(const LasStrip& strip) {
     numbers = inOrder(*inTime, order);
   }
   checkNumbers(file, strip.source, numbers);
+  checkTimes(file, strip.source, numbers, inOrder(*file.world<double>("GPSTime").whole(), order));
   const auto places = inOrder(*file.world<point>("Positions").whole(), order);
   try {
     PointCloud::copyLas(strip.source, strip.target, numbers, places);

@@ -31,8 +31,8 @@ std::vector<LasStrip> lasStripsOf(const std::vector<std::filesystem::path>& cont
 
 /// Writes the records of the source that the container's points come from, in the source's order,
 /// with the container's world positions. All points are in memory.
-/// @throws Failure that names the file: a point of the source that is not there or comes twice;
-///         what PointCloud::copyLas refuses
+/// @throws Failure that names the file: a point of the source that is not there, comes twice or has
+///         another time than the container's; what PointCloud::copyLas refuses
 void writeLas(const LasStrip& strip);
 
 }  // namespace Exporting

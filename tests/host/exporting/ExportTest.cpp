@@ -81,6 +81,11 @@ class Flight : public testing::Test {
     options.output = folder / "delivery";
   }
 
+  /// Of a point of a source, after the first record of the trajectory [s].
+  static double timeOf(std::uint64_t number, double first) {
+    return first + 0.01 * static_cast<double>((number * 37) % 200);
+  }
+
   void saveLas(const std::string& name, double first) const {
     LasSample made = lasSample(4, 6, 200);
     made.globalEncoding = 1;
@@ -89,8 +94,8 @@ class Flight : public testing::Test {
     for (int k = 0; k < 200; ++k) {
       auto& one = made.points[static_cast<std::size_t>(k)];
       one.numbers = {100 * (k % 17), 300 * (k % 31), 100 * (k % 5)};
-      one.time =
-          static_cast<double>(weekNumber) * week + begin - 1e9 + first + 0.01 * ((k * 37) % 200);
+      one.time = static_cast<double>(weekNumber) * week + begin - 1e9 +
+                 timeOf(static_cast<std::uint64_t>(k), first);
       one.sourceId = 7;
     }
     writeContent(folder / name, lasBytes(made));
@@ -167,7 +172,7 @@ class Flight : public testing::Test {
     PointCloud::StripColumns columns;
     columns.week = weekNumber;
     columns.world.resize(numbers.size(), point{500001.0, 5341002.0, 3.0});
-    columns.times.resize(numbers.size(), begin + 1);
+    for (const auto number : numbers) columns.times.push_back(begin + timeOf(number, 1.0));
     columns.sourceIndex = std::move(numbers);
     columns.sourceFile = source;
     PointCloud::saveStrip(folder / "made.kx", std::move(columns));
@@ -392,6 +397,9 @@ TEST_F(Flight, IsRefusedForPointsThatAreNotThoseOfItsSource) {
   EXPECT_THAT(refusal(), HasSubstr("two points come from point 9 of"));
   EXPECT_FALSE(fs::exists(options.output / "made.las"));
   options.strips = {stripFrom(source, {9, 3})};
+  saveLas("a.las", 1.01);
+  EXPECT_THAT(refusal(), HasSubstr("point 3, counted from 0, of"));
+  saveLas("a.las", 1.0);
   EXPECT_EQ(refusal(), "none");
   EXPECT_EQ(PointCloud::LasFile(options.output / "made.las").header().count, 2U);
 }
