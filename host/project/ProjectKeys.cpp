@@ -203,8 +203,9 @@ std::vector<std::string> seenFrom(const std::filesystem::path& folder,
   return paths;
 }
 
-/// @param folder  of the project file, absolute, for a key of paths, which is never a comment
-std::string entryOf(const CLI::Option& option, const std::filesystem::path* folder) {
+/// @param folder    of the project file, absolute, for a key of paths
+/// @param isNeeded  without a value the key gets an example; otherwise this is a comment
+std::string entryOf(const CLI::Option& option, const std::filesystem::path* folder, bool isNeeded) {
   const std::string key = keyOf(option);
   std::string text = "\n# " + option.get_description() + "\n";
   if (option.count() > 0) {
@@ -213,7 +214,7 @@ std::string entryOf(const CLI::Option& option, const std::filesystem::path* fold
   }
   const std::string standard = option.get_default_str();
   const std::string value = standard.empty() ? exampleOf(key) : standard;
-  return text + (folder ? "" : "# ") + key + " = " + value + "\n";
+  return text + (isNeeded ? "" : "# ") + key + " = " + value + "\n";
 }
 
 /// A comment begins at any #, also between quotes; what it would cut off is refused.
@@ -310,7 +311,10 @@ std::string ProjectKeys::text(const std::filesystem::path& file) const {
       group = option->get_group();
       text += fmt::format("\n\n# ---- {} ----\n", group);
     }
-    text += entryOf(*option, pathKeys_.contains(keyOf(*option)) ? &folder : nullptr);
+    const std::string key = keyOf(*option);
+    const bool isPath = pathKeys_.contains(key);
+    const bool isNeeded = isPath && !(key == "ground-truth" && project_.model.isRelative);
+    text += entryOf(*option, isPath ? &folder : nullptr, isNeeded);
   }
   return text;
 }

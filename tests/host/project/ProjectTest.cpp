@@ -12,6 +12,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -109,6 +110,13 @@ TEST_F(ProjectFile, IsRefusedByTheNameOfItsKey) {
   for (const auto& [line, message] : faults) {
     EXPECT_THAT(refusal(good + line + "\n"), HasSubstr(message)) << line;
   }
+}
+
+TEST_F(ProjectFile, OfARelativeAdjustmentAsksForNoGroundTruth) {
+  command.parse("--strips strips/*.kx --trajectory t.kx --relative");
+  const std::string text = keys.text(file());
+  EXPECT_THAT(text, AllOf(HasSubstr("\nrelative = true\n"),
+                          HasSubstr("\n# ground-truth = ground_truth.kx\n")));
 }
 
 TEST_F(ProjectFile, MayLieInAFolderWithBrackets) {
