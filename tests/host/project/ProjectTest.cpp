@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <CLI/CLI.hpp>
+#include <locale>
 #include <regex>
 
 #include <gmock/gmock.h>
@@ -15,6 +16,15 @@ namespace fs = std::filesystem;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
+
+/// The one that the program never leaves; flags and keys are read and written by it.
+struct ProgramLocale {
+  std::locale before = std::locale::global(std::locale::classic());
+  ProgramLocale() = default;
+  ~ProgramLocale() { std::locale::global(before); }
+  ProgramLocale(const ProgramLocale&) = delete;
+  ProgramLocale& operator=(const ProgramLocale&) = delete;
+};
 
 /// A command with the keys, and a folder with the files that projects name.
 class ProjectFile : public testing::Test {
@@ -49,6 +59,7 @@ class ProjectFile : public testing::Test {
 
   fs::path file() const { return folder / "flight.velorn"; }
 
+  ProgramLocale locale;
   TemporaryFolder folder;
   CLI::App command;
   Project project;
