@@ -173,6 +173,20 @@ LasSample lasSample(unsigned minorVersion, unsigned format, std::size_t points) 
   return sample;
 }
 
+LasSample lasOverZone32(std::size_t points) {
+  LasSample made = lasSample(4, 6, points);
+  made.globalEncoding = 1;
+  made.offset = {500000.0, 5341000.0, 0.0};
+  made.vlrs = {geoKeys({{1024, 0, 1, 1}, {3072, 0, 1, 32632}})};
+  std::int32_t k = 0;
+  for (auto& one : made.points) {
+    one.numbers = {100 * (k % 17), 300 * (k % 31), 100 * (k % 5)};
+    one.sourceId = 7;
+    ++k;
+  }
+  return made;
+}
+
 LasSampleVlr geoKeys(const std::vector<std::array<std::uint16_t, 4>>& keys) {
   std::string content(8 * (keys.size() + 1), '\0');
   putAt(content, 0, std::uint16_t{1});

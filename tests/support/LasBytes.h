@@ -46,6 +46,10 @@ std::string lasBytes(const LasSample& sample);
 /// Points of a sample of any version and format; no two are alike, and all values are in use.
 LasSample lasSample(unsigned minorVersion, unsigned format, std::size_t points = 5);
 
+/// Adjusted standard times, and places about E 500000 N 5341000 of EPSG:32632, of strip 7; the
+/// times are left to the caller.
+LasSample lasOverZone32(std::size_t points);
+
 /// A key directory of GeoTIFF with these keys, of four numbers each.
 LasSampleVlr geoKeys(const std::vector<std::array<std::uint16_t, 4>>& keys);
 
