@@ -17,11 +17,12 @@ using Geomra::PhysicalSpace::vector;
 
 /// What holds for all points of a search.
 struct SearchRules {
-  double radius;            ///< [m]
-  double cosine;            ///< of the largest angle between normals
-  bool ontoPlanes;          ///< points are moved along their beams onto their own planes
-  unsigned int neighbours;  ///< of the partner's plane
-  double neighbourRadius;   ///< [m]
+  double radius;             ///< [m]
+  double cosine;             ///< of the largest angle between normals
+  bool ontoPlanes;           ///< points are moved along their beams onto their own planes
+  unsigned int neighbours;   ///< of the partner's plane
+  double neighbourRadius;    ///< [m]
+  bool areFarApart = false;  ///< partners may be shared, and have normals that agree
 };
 
 /// A found partner; numbers are those of the points searched in.

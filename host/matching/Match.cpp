@@ -86,7 +86,9 @@ class Matcher {
         folder_(folder),
         progress_(progress),
         rules_{configuration.SearchRadius, std::cos(configuration.ThresholdMaxAngle * degree),
-               options.ontoPlanes, options.neighbours, options.neighbourRadius},
+               options.ontoPlanes,         options.neighbours,
+               options.neighbourRadius,    options.areFarApart},
+        reach_(std::max(configuration.SearchRadius, options.reach)),
         total_(plan.candidates()) {}
 
   MatchReport run() {
@@ -117,7 +119,7 @@ class Matcher {
 
   /// The strip's points where partners may be searched, and those that their planes go through.
   MatchPoints pointsOf(std::uint32_t j, const std::vector<PlannedPair>& pairs, bool isKnown) {
-    const double reach = rules_.radius + rules_.neighbourRadius;
+    const double reach = reach_ + rules_.neighbourRadius;
     MatchPoints points = readStrip(plan_.strips[j], configuration_, [&](const point& place) {
       const bool isOverlap = std::any_of(pairs.begin(), pairs.end(), [&](const auto& pair) {
         return plan_.hulls[pair.i].holds(place, reach);
@@ -133,15 +135,16 @@ class Matcher {
   }
 
   void matchPair(const PlannedPair& pair, const PartnerSearch& search) {
-    MatchPoints candidates = readRaster(
-        plan_.rasters[pair.i], configuration_,
-        [&](const point& place) { return plan_.hulls[pair.j].holds(place, rules_.radius); });
+    MatchPoints candidates =
+        readRaster(plan_.rasters[pair.i], configuration_,
+                   [&](const point& place) { return plan_.hulls[pair.j].holds(place, reach_); });
     georeference(plan_.rasters[pair.i], pair.i, candidates);
     Found found;
     found.pairs =
         searchPartners(candidates, search, found.funnels, [this](std::size_t k) { tell(k); });
     done_ += pair.candidates;
-    rejectUnlike(found.pairs, found.funnels);
+    rejectUnlike(found.pairs, found.funnels,
+                 options_.areFarApart ? Alike::ofDirection : Alike::ofClass);
     thin(found, strataOf(found, candidates), pair.room, derivedSeed(options_.seed, pair.i, pair.j));
     for (const Correspondence& one : found.pairs) {
       distances_.push_back(lengthOf(search.points().places()[one.j] - candidates.places()[one.i]));
@@ -202,6 +205,7 @@ class Matcher {
   const BlockFolder& folder_;
   Kestrum::LoaderProgress& progress_;
   SearchRules rules_;
+  double reach_;
   std::size_t done_ = 0, total_;
   MatchReport report_;
   std::vector<double> distances_, disagreements_;  // of the strip pairs kept

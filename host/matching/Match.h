@@ -12,11 +12,10 @@
 #include <limits>
 #include <vector>
 
+#include "host/matching/Solution.h"
 #include "platform/kestrum/LoaderProgress.h"
 #include <velorn/FileContainer.h>
 #include <velorn/InputParameter.h>
-#include <velorn/SolverParameters.h>
-#include <velorn/Trajectory.h>
 
 namespace Matching {
 
@@ -27,12 +26,14 @@ struct MatchOptions {
   bool ontoPlanes = true;
   unsigned int neighbours = 16;  ///< of these planes, as rasterized
   double neighbourRadius = 5.0;  ///< [m]
-};
-
-/// A result that the search is to start from; both outlive the call.
-struct Solution {
-  const Velorn::SolverParameters& parameters;
-  const Velorn::Trajectory& trajectory;
+  /// Strips that lie apart by many times the distance of their points: most nearest points are
+  /// wrong, and the few walls must not be measured by the ground. The partner is the nearest point
+  /// with a normal that agrees, several points may share it, and outliers are sought among
+  /// correspondences of one direction, not of one class.
+  bool areFarApart = false;
+  /// Overlaps are grown by that, or by the search radius where that is more: strips may disagree by
+  /// it as delivered, which is how overlaps are seen [m].
+  double reach = 0.0;
 };
 
 /// Where the candidates of one class went.

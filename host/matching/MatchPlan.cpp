@@ -44,12 +44,11 @@ void outline(const Velorn::InputParameter& configuration, MatchPlan& plan) {
 }
 
 /// The second reading of the rasters: all outlines are known now, and never two rasters are held.
-void findPairs(const Velorn::InputParameter& configuration, MatchPlan& plan) {
-  const double radius = configuration.SearchRadius;
+void findPairs(const Velorn::InputParameter& configuration, double reach, MatchPlan& plan) {
   for (std::uint32_t i = 0; i < plan.strips.size(); ++i) {
     const std::size_t first = plan.pairs.size();
     for (std::uint32_t j = i + 1; j < plan.strips.size(); ++j) {
-      if (!plan.hulls[i].isApartFrom(plan.hulls[j], radius)) plan.pairs.push_back({i, j});
+      if (!plan.hulls[i].isApartFrom(plan.hulls[j], reach)) plan.pairs.push_back({i, j});
     }
     if (plan.pairs.size() == first) continue;
     const MatchPoints points = readRaster(plan.rasters[i], configuration, takesAll);
@@ -57,17 +56,17 @@ void findPairs(const Velorn::InputParameter& configuration, MatchPlan& plan) {
       const PlanHull& other = plan.hulls[plan.pairs[k].j];
       plan.pairs[k].candidates = static_cast<std::size_t>(
           std::count_if(points.delivered.begin(), points.delivered.end(),
-                        [&](const point& place) { return other.holds(place, radius); }));
+                        [&](const point& place) { return other.holds(place, reach); }));
     }
   }
 }
 
-void findKnown(const GroundTruth& groundTruth, double radius, MatchPlan& plan) {
+void findKnown(const GroundTruth& groundTruth, double reach, MatchPlan& plan) {
   const auto id = static_cast<std::uint32_t>(plan.strips.size());
   const auto& places = groundTruth.points().places;
   for (std::uint32_t i = 0; i < plan.strips.size(); ++i) {
     const bool isWithin = std::any_of(places.begin(), places.end(), [&](const point& place) {
-      return plan.hulls[i].holds(place, radius);
+      return plan.hulls[i].holds(place, reach);
     });
     if (isWithin) plan.known.push_back({i, id});
   }
@@ -115,8 +114,9 @@ MatchPlan planOf(const Velorn::InputParameter& configuration, const Velorn::File
   plan.rasters = rastersOf(configuration, files);
   plan.maxCorrespondences = allowed(options, plan.strips.size());
   outline(configuration, plan);
-  findPairs(configuration, plan);
-  findKnown(groundTruth, configuration.SearchRadius, plan);
+  const double reach = std::max(configuration.SearchRadius, options.reach);
+  findPairs(configuration, reach, plan);
+  findKnown(groundTruth, reach, plan);
   shareOut(plan);
   return plan;
 }

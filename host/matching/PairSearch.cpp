@@ -42,10 +42,15 @@ std::vector<Neighbour> nearestPartners(const MatchPoints& candidates, const Part
                                        const std::function<void(std::size_t)>& tell) {
   std::vector<Neighbour> partners(candidates.size());
   forEachInChunks(candidates.size(), tell, [&](std::size_t k) {
-    partners[k] = search.nearest(candidates.places()[k], candidates.codes[k]);
+    partners[k] =
+        search.nearest(candidates.places()[k], candidates.codes[k], candidates.normals[k]);
   });
-  leaveToNearest(partners);
+  if (!search.rules().areFarApart) leaveToNearest(partners);
   return partners;
+}
+
+bool doAgree(const vector& a, const vector& b, const SearchRules& rules) {
+  return dot(a, b) / (lengthOf(a) * lengthOf(b)) >= rules.cosine;
 }
 
 enum class Fate : std::uint8_t { tooFar, angle, roughness, found };
@@ -55,9 +60,8 @@ Fate examine(const MatchPoints& candidates, const PartnerSearch& search, Corresp
   const MatchPoints& partners = search.points();
   const SearchRules& rules = search.rules();
   const std::size_t i = pair.i, j = pair.j;
-  const vector &normalI = candidates.normals[i], &given = partners.normals[j];
-  const double cosine = dot(normalI, given) / (lengthOf(normalI) * lengthOf(given));
-  if (!(cosine >= rules.cosine)) return Fate::angle;
+  const vector& normalI = candidates.normals[i];
+  if (!doAgree(normalI, partners.normals[j], rules)) return Fate::angle;
   const PlaneFit plane = search.planeAbout(j);
   pair.roughnessI = candidates.roughness[i];
   pair.roughnessJ = plane.roughness;
@@ -97,9 +101,13 @@ PartnerSearch::PartnerSearch(const MatchPoints& points, const SearchRules& rules
   }
 }
 
-Neighbour PartnerSearch::nearest(const point& place, std::uint8_t code) const {
+Neighbour PartnerSearch::nearest(const point& place, std::uint8_t code,
+                                 const vector& normal) const {
+  const std::function<bool(std::uint32_t)> agrees = [&](std::uint32_t k) {
+    return doAgree(normal, points_.normals[k], rules_);
+  };
   Neighbour room{0, infinite};
-  Neighbours found({&room, 1}, rules_.radius);
+  Neighbours found({&room, 1}, rules_.radius, rules_.areFarApart ? &agrees : nullptr);
   classes_[static_cast<std::size_t>(code - firstCode)].search(place, found);
   return room;
 }

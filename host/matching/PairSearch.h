@@ -29,7 +29,8 @@ class PartnerSearch {
   const SearchRules& rules() const { return rules_; }
 
   /// The nearest point of a class within the radius; none: its distance is infinite.
-  Neighbour nearest(const point& place, std::uint8_t code) const;
+  /// @param normal  that the point's has to agree with where strips are far apart
+  Neighbour nearest(const point& place, std::uint8_t code, const vector& normal) const;
 
   /// The plane through the neighbourhood of a point among those of its class.
   PlaneFit planeAbout(std::size_t k) const;
@@ -42,8 +43,9 @@ class PartnerSearch {
 
 /// The partners of the points of strip I, in their order: the nearest point of the same class in J.
 /// A point of J that is the nearest one of several belongs to the nearest of them alone, as two
-/// correspondences with one point are not independent. Counts candidates, those too far, with
-/// another normal and without a plane; the same for any number of threads.
+/// correspondences with one point are not independent; they share it where strips are far apart.
+/// Counts candidates, those too far, with another normal and without a plane; the same for any
+/// number of threads.
 /// @param candidates  of a raster
 /// @param tell        told on the calling thread how many candidates are done
 std::vector<Correspondence> searchPartners(const MatchPoints& candidates,

@@ -35,7 +35,7 @@ struct FoundInTile {
   const std::uint32_t* numbers;
 
   bool addPoint(double square, std::uint32_t k) {
-    if (square < all.limit()) all.add({numbers[k], square});
+    if (square < all.limit() && all.isWanted(numbers[k])) all.add({numbers[k], square});
     return all.limit() > 0.0;  // nothing is nearer than at the place itself
   }
   double worstDist() const { return all.limit(); }

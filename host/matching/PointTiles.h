@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <span>
@@ -32,8 +33,13 @@ class Neighbours {
  public:
   /// @param room    for as many points as are wanted
   /// @param radius  points farther away are none [m]
-  Neighbours(std::span<Neighbour> room, double radius)
-      : room_(room), limit_(std::nextafter(radius * radius, std::numeric_limits<double>::max())) {}
+  /// @param wanted  points that it is false for are none; none: all are wanted; outlives this
+  /// object
+  Neighbours(std::span<Neighbour> room, double radius,
+             const std::function<bool(std::uint32_t number)>* wanted = nullptr)
+      : room_(room),
+        limit_(std::nextafter(radius * radius, std::numeric_limits<double>::max())),
+        wanted_(wanted) {}
 
   std::span<const Neighbour> found() const { return room_.first(size_); }
 
@@ -44,6 +50,8 @@ class Neighbours {
     for (; k > 0 && room_[k - 1].square > neighbour.square; --k) room_[k] = room_[k - 1];
     room_[k] = neighbour;
   }
+  /// What is to be added must be wanted.
+  bool isWanted(std::uint32_t number) const { return !wanted_ || (*wanted_)(number); }
   /// A point that is to be added must be nearer [m²].
   double limit() const { return size_ < room_.size() ? limit_ : room_.back().square; }
 
@@ -51,6 +59,7 @@ class Neighbours {
   std::span<Neighbour> room_;
   std::size_t size_ = 0;
   double limit_;
+  const std::function<bool(std::uint32_t)>* wanted_;
 };
 
 class PointTiles {

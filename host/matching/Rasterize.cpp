@@ -8,9 +8,11 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/matching/Cubes.h"
 #include "host/matching/PointClasses.h"
 #include "host/matching/RasterFile.h"
 #include "host/matching/Representatives.h"
+#include "host/matching/SearchPlaces.h"
 #include "host/matching/SelectedPoints.h"
 #include "host/matching/StripAttributes.h"
 #include "host/matching/TerrainClasses.h"
@@ -21,6 +23,14 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t classes = std::tuple_size_v<PerClass>;
+
+std::vector<std::uint32_t> numbersOf(Echo echo, std::span<const Echo> echoes) {
+  std::vector<std::uint32_t> numbers;
+  for (std::size_t i = 0; i < echoes.size(); ++i) {
+    if (echoes[i] == echo) numbers.push_back(static_cast<std::uint32_t>(i));
+  }
+  return numbers;
+}
 
 /// One strip from its container to its raster.
 class StripRasterizing {
@@ -35,32 +45,80 @@ class StripRasterizing {
         text_("rasterizing " + path.stem().string()) {}
 
   RasterCounts run(const fs::path& raster) {
-    checkStrip(strip_);
-    checkNames(selection_, strip_);
-    progress_.report(text_, 0, strip_.size());
-    const auto places = strip_.world<point>("Positions").whole();
-    Surface surface = classify(*places);
-    deselectByAmplitude();
-    counts_.notSelected += deselect(selection_, strip_, codes_);
+    const auto places = begin();
+    Surface surface = classify(*places, 0.0);
     const auto chosen = choose(*places);
     PlanesOfRaster planes = planesOf(surface, chosen);
     setFields(surface);
     Strandel::Bundle made = rasterOfStrip(strip_, chosen, std::move(planes));
     strip_.save();
-    PointCloud::saveBundle(made, raster, *PointCloud::storageOf(configuration_));
+    save(made, raster);
+    return counts_;
+  }
+
+  RasterCounts runView(const StripView& view, const fs::path& raster) {
+    const auto delivered = begin();
+    const auto placed = view.solution ? placesOf(view) : std::vector<point>();
+    const std::span<const point> places = view.solution ? placed : *delivered;
+    Surface surface = classify(places, view.side);
+    const auto planar = planarPoints();
+    counts_.representatives = counts_.surface;
+    PlanesOfRaster planes = planesOf(surface, planar);
+    setFields(surface);
+    Strandel::Bundle made = rasterOfStrip(strip_, planar, std::move(planes));
+    save(made, raster);
     return counts_;
   }
 
  private:
-  Surface classify(std::span<const point> places) {
-    const auto echoes = echoesOf(strip_, places);
+  /// Looks for what is missing before any work.
+  std::shared_ptr<const std::vector<point>> begin() {
+    checkStrip(strip_);
+    checkNames(selection_, strip_);
+    progress_.report(text_, 0, strip_.size());
+    return strip_.world<point>("Positions").whole();
+  }
+
+  void save(Strandel::Bundle& bundle, const fs::path& file) const {
+    PointCloud::saveBundle(bundle, file, *PointCloud::storageOf(configuration_));
+  }
+
+  std::vector<point> placesOf(const StripView& view) const {
+    const auto scanner = strip_.scanner<point>("Positions").whole();
+    const auto times = strip_.world<double>("GPSTime").whole();
+    return placesBy(*view.solution, strip_.path(), view.strip, configuration_.InterpolationFlag,
+                    {*scanner, *times, strip_.week()});
+  }
+
+  /// Planes, classes and what speaks against a point.
+  /// @param side  of the cubes of which one point counts [m]; 0: all points count
+  Surface classify(std::span<const point> places, double side) {
+    auto echoes = echoesOf(strip_, places);
+    if (side > 0.0) thinOut(places, side, echoes);
+    Surface surface = surfaceOf(places, echoes);
+    deselectByAmplitude();
+    counts_.notSelected += deselect(selection_, strip_, codes_);
+    return surface;
+  }
+
+  /// Leaves one last echo per cube, and no other echoes.
+  void thinOut(std::span<const point> places, double side, std::vector<Echo>& echoes) {
+    const auto last = onePerCube(places, numbersOf(Echo::last, echoes), side);
+    const auto leftOut = std::ranges::count(echoes, Echo::leftOut);
+    counts_.notFirst = echoes.size() - static_cast<std::size_t>(leftOut) - last.size();
+    std::ranges::fill(echoes, Echo::leftOut);
+    for (const std::uint32_t i : last) echoes[i] = Echo::last;
+  }
+
+  Surface surfaceOf(std::span<const point> places, const std::vector<Echo>& echoes) {
     const Neighbourhood neighbourhood{options_.neighbours, options_.neighbourRadius};
-    Surface surface = surfaceOf(places, echoes, neighbourhood, [&](std::size_t done) {
+    Surface surface = Matching::surfaceOf(places, echoes, neighbourhood, [&](std::size_t done) {
       progress_.report(text_, done, strip_.size());
     });
     const auto lasClasses = strip_.world<std::uint8_t>("Classification").whole();
     const auto given = givenClasses(strip_);
     codes_ = classCodes({places, echoes, surface, *lasClasses, given}, options_, counts_);
+    counts_.notFinite -= counts_.notFirst;
     return surface;
   }
 
@@ -96,6 +154,16 @@ class StripRasterizing {
     return chosen;
   }
 
+  std::vector<std::uint32_t> planarPoints() {
+    std::vector<std::uint32_t> numbers;
+    for (std::size_t i = 0; i < codes_.size(); ++i) {
+      if (!isSurface(codes_[i])) continue;
+      numbers.push_back(static_cast<std::uint32_t>(i));
+      ++counts_.surface[classIndexOf(codes_[i])];
+    }
+    return numbers;
+  }
+
   static PlanesOfRaster planesOf(const Surface& surface, std::span<const std::uint32_t> chosen) {
     PlanesOfRaster planes;
     for (const std::uint32_t i : chosen) {
@@ -124,6 +192,16 @@ class StripRasterizing {
   RasterCounts counts_;
 };
 
+/// Names the strip when memory runs out.
+template <typename Work>
+RasterCounts withMemory(const fs::path& strip, const Work& work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    throw Failure(strip.string() + ": not enough memory");
+  }
+}
+
 }  // namespace
 
 RasterCounts rasterizeStrip(const fs::path& strip, const fs::path& raster,
@@ -131,11 +209,25 @@ RasterCounts rasterizeStrip(const fs::path& strip, const fs::path& raster,
                             const RasterOptions& options, Kestrum::LoaderProgress& progress) {
   check(configuration, options);
   refuseSameFile(strip, raster);
-  try {
-    return StripRasterizing(strip, configuration, options, progress).run(raster);
-  } catch (const std::bad_alloc&) {
-    throw Failure(strip.string() + ": not enough memory");
-  }
+  return withMemory(
+      strip, [&] { return StripRasterizing(strip, configuration, options, progress).run(raster); });
+}
+
+RasterCounts rasterizeView(const fs::path& strip, const StripView& view, const fs::path& raster,
+                           const Velorn::InputParameter& configuration,
+                           const RasterOptions& options, Kestrum::LoaderProgress& progress) {
+  check(configuration, options);
+  refuseSameFile(strip, raster);
+  return withMemory(strip, [&] {
+    return StripRasterizing(strip, configuration, options, progress).runView(view, raster);
+  });
+}
+
+double spacingOfStrip(const fs::path& strip, const Velorn::InputParameter& configuration,
+                      double radius) {
+  const GridFile file(strip, configuration);
+  const auto places = file.world<point>("Positions").whole();
+  return spacingOf(*places, numbersOf(Echo::last, echoesOf(file, *places)), radius);
 }
 
 }  // namespace Matching

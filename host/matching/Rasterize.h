@@ -8,8 +8,10 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 
+#include "host/matching/Solution.h"
 #include "platform/kestrum/LoaderProgress.h"
 #include <velorn/InputParameter.h>
 
@@ -30,6 +32,7 @@ using PerClass = std::array<std::size_t, 5>;
 struct RasterCounts {
   std::size_t points = 0;
   std::size_t notFinite = 0;     ///< a coordinate or the time is not finite
+  std::size_t notFirst = 0;      ///< another point stands for its cube
   std::size_t notLast = 0;       ///< an echo that is not the last of its pulse
   std::size_t notPlanar = 0;     ///< no plane through the neighbours, or a rough one
   std::size_t notTerrain = 0;    ///< vegetation, water, noise and the like by the file's classes
@@ -47,6 +50,26 @@ struct RasterCounts {
 RasterCounts rasterizeStrip(const std::filesystem::path& strip, const std::filesystem::path& raster,
                             const Velorn::InputParameter& configuration,
                             const RasterOptions& options, Kestrum::LoaderProgress& progress);
+
+/// How a strip is looked at in a round that goes from coarse to fine.
+struct StripView {
+  std::uint32_t strip = 0;             ///< file id
+  const Solution* solution = nullptr;  ///< that places the points; none: as delivered
+  double side = 1.0;                   ///< of the cubes of which one point each counts [m]
+};
+
+/// Rasterizes a strip as the view has it, and leaves the strip as it is. The raster holds all
+/// planar points, so that it can stand for the strip as well: partners may be searched in it.
+/// Positions are the delivered ones; planes, normals and classes those of the places in the view.
+RasterCounts rasterizeView(const std::filesystem::path& strip, const StripView& view,
+                           const std::filesystem::path& raster,
+                           const Velorn::InputParameter& configuration,
+                           const RasterOptions& options, Kestrum::LoaderProgress& progress);
+
+/// How far neighbouring last echoes of a strip are apart [m], see `spacingOf`.
+/// @param radius  within which 16 points are expected [m]
+double spacingOfStrip(const std::filesystem::path& strip,
+                      const Velorn::InputParameter& configuration, double radius);
 
 /// Writes the raster of the ground truth: the point nearest the centroid of each cell.
 RasterCounts rasterizeGroundTruth(const std::filesystem::path& groundTruth,

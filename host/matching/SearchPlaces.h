@@ -6,9 +6,11 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <span>
+#include <vector>
 
-#include "host/matching/Match.h"
 #include "host/matching/MatchPoints.h"
+#include "host/matching/Solution.h"
 
 namespace Matching {
 
@@ -20,5 +22,17 @@ namespace Matching {
 /// @throws Failure, naming the file, when the georeferencing refuses the rest
 void searchWith(const Solution* solution, const std::filesystem::path& file, std::uint32_t strip,
                 bool interpolationFlag, MatchPoints& points);
+
+/// What is measured of the points of a strip.
+struct Measured {
+  std::span<const point> scanner;  ///< (down, forward, right) [m]
+  std::span<const double> times;   ///< [s of week]
+  std::uint32_t week;
+};
+
+/// The places of all points by the result; NaN for those that `searchWith` would take from a list.
+/// @throws Failure, naming the file, when the georeferencing refuses the rest
+std::vector<point> placesBy(const Solution& solution, const std::filesystem::path& file,
+                            std::uint32_t strip, bool interpolationFlag, const Measured& points);
 
 }  // namespace Matching

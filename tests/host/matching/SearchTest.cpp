@@ -209,6 +209,32 @@ TEST(PairSearch, OffersAPointToItsNearestCandidateAlone) {
   EXPECT_EQ(funnels[4].tooFar, 2U);
 }
 
+TEST(PairSearch, TakesTheNearestThatFacesTheSameWayWhereStripsAreFarApart) {
+  MatchPoints i = waves(2, 1), j = waves(31, 2);
+  for (auto* points : {&i, &j}) {
+    points->codes.assign(points->size(), lastCode);
+    points->normals.assign(points->size(), {0, 0, 1});
+    for (point& place : points->delivered) place.z = 0.0;
+  }
+  j.delivered[0] = {20, 100, 0};
+  j.normals[0] = {1, 0, 0};  // a wall, nearer than the ground at 20, 102
+  j.delivered[1] = {20, 102, 0};
+  i.delivered = {{20, 100.1, 0}, {20, 100.2, 0}};
+  Funnels funnels;
+  SearchRules rules{3.0, 0.99, true, 30, 500.0};
+  const auto search = [&] {
+    return searchPartners(i, PartnerSearch(j, rules), funnels, [](std::size_t) {});
+  };
+  EXPECT_TRUE(search().empty());
+  rules.areFarApart = true;
+  const auto found = search();
+  ASSERT_EQ(found.size(), 2U);  // they share it
+  EXPECT_EQ(found[0].j, 1U);
+  EXPECT_EQ(found[1].j, 1U);
+  rules.radius = 1.5;
+  EXPECT_TRUE(search().empty());
+}
+
 TEST(PairSearch, AnswersForPointsInOnePlaceAndNormalsThatAreNone) {
   MatchPoints i = waves(50, 1), j = waves(50, 2);
   j.delivered.assign(50, i.delivered[0]);

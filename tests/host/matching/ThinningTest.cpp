@@ -86,6 +86,23 @@ TEST(Rejection, JudgesFewOfAClassByAllAndRefusesToJudgeAHandful) {
   EXPECT_TRUE(std::isnan(funnels[1].median));
 }
 
+TEST(Rejection, MeasuresWallsByWallsWhereItIsToldTo) {
+  auto walls = noisy(50, 12, 0.4, 0.02);
+  for (auto& pair : walls) pair.normalI = {1, 0, 0};
+  auto ground = noisy(1000, 12, 0.0, 0.02);
+  for (auto& pair : ground) pair.normalI = {0, 0, 1};
+  const auto all = joined(walls, ground);
+  const auto keptWalls = [](const auto& pairs) {
+    return std::ranges::count_if(pairs, [](auto& pair) { return pair.normalI.x == 1.0; });
+  };
+  Funnels funnels;
+  auto byClass = all, byDirection = all;
+  rejectUnlike(byClass, funnels);
+  EXPECT_EQ(keptWalls(byClass), 0);
+  rejectUnlike(byDirection, funnels, Alike::ofDirection);
+  EXPECT_GT(keptWalls(byDirection), 40);
+}
+
 TEST(Thinning, FillsVesselsLikeWater) {
   EXPECT_THAT(waterFilled({5, 100, 2, 100}, 27), ElementsAre(5, 10, 2, 10));
   EXPECT_THAT(waterFilled({5, 1, 2}, 1000), ElementsAre(5, 1, 2));
