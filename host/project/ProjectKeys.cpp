@@ -57,6 +57,13 @@ void addChain(CLI::App& command, Project& project) {
       ->check(within(1, 20))
       ->group(chain)
       ->capture_default_str();
+  command
+      .add_option("--coarse-rounds", project.coarseRounds,
+                  "that come first when strips disagree by many times the distance of their "
+                  "points, each half as coarse as the one before")
+      ->check(within(0, 10))
+      ->group(chain)
+      ->capture_default_str();
   command.add_flag("--compress", project.compress, "deflate what is written into adjusted strips")
       ->group(chain);
 }

@@ -10,6 +10,7 @@
 #include "host/Failure.h"
 #include "host/matching/SolverMemory.h"
 #include "host/run/Reports.h"
+#include "host/run/RoundStrips.h"
 #include <velorn/SolverParameters.h>
 
 namespace {
@@ -18,9 +19,18 @@ namespace fs = std::filesystem;
 
 constexpr double smallestChange = 0.01;  // of the RMS of the pairs, from round to round
 
-Json matchOptions(const Project& project, double searchRadius) {
+/// One round of several.
+struct Stage {
+  unsigned int number = 1;
+  double radius = 0.0;  // of the search [m]
+  double scale = 1.0;   // above 1 in a coarse round
+};
+
+Json matchOptions(const Project& project, const Stage& stage) {
   const auto& match = project.match;
-  return {{"search_radius", searchRadius},
+  return {{"search_radius", stage.radius},
+          {"scale", stage.scale},
+          {"coarse_rounds", project.coarseRounds},
           {"max_angle", project.configuration().ThresholdMaxAngle},
           {"max_correspondences", match.maxCorrespondences},
           {"seed", match.seed},
@@ -63,7 +73,8 @@ void checkMatching(const Matching::MatchReport& report, const RunContext& run) {
   throw Failure(fmt::format(
       "no correspondences between strips: {} candidates, of which {} found nothing within {} m, {} "
       "disagreed in their normals, {} were rough and {} outliers. A wider --search-radius or "
-      "--max-angle finds more",
+      "--max-angle finds more; so does --coarse-rounds 4 where strips lie apart by many times the "
+      "distance of their points",
       funnel.candidates, funnel.tooFar, report.searchRadius, funnel.angle, funnel.roughness,
       funnel.outlier));
 }
@@ -108,10 +119,25 @@ std::vector<fs::path> blocksIn(const fs::path& folder) {
 /// From coarse to fine: what is left to search for is the distance of neighbouring points and the
 /// disagreement that the last adjustment left.
 double nextRadius(double widest, const Json& round) {
+  if (!round.contains("adjustment")) return widest;
   const auto& typical = round["matching"]["typical_distance"];
   const double rms = rmsOf(round["adjustment"], "after");
   if (!typical.is_number() || !std::isfinite(rms)) return widest;
   return std::min(widest, 3.0 * typical.get<double>() + 4.0 * rms);
+}
+
+/// What strips far apart have in common is the mounting. The rest is left to the finer rounds, for
+/// the wrong pairs of the coarse ones would bend every strip.
+void restrainToMisalignment(AdjustmentJob& job) {
+  job.settings.fewestGroundTruth = 0;
+  if (!job.settings.estimateMisalignment) return;
+  job.settings.estimateOffsets = job.settings.estimateScales = false;
+  job.settings.estimateLeverArm = false;
+  auto& locked = job.configuration.LockedStrips;
+  locked.clear();
+  for (std::size_t strip = 0; strip < job.strips.size(); ++strip) {
+    locked.insert(locked.end(), static_cast<int>(strip));
+  }
 }
 
 class Rounds {
@@ -120,75 +146,107 @@ class Rounds {
 
   RoundsResult all() {
     const bool both = run_.project.does("+correspondences") && run_.project.does("+optimization");
-    const unsigned int most = both ? run_.project.rounds : 1;
-    double radius = run_.configuration().SearchRadius;
-    for (unsigned int round = 1; round <= most; ++round) {
-      const Json report = one(round, radius);
-      const bool isLast =
-          !report.contains("adjustment") || !result_.model || isSettledBy(report["adjustment"]);
+    const unsigned int coarse = both ? run_.project.coarseRounds : 0;
+    const unsigned int most = both ? coarse + run_.project.rounds : 1;
+    const double widest = run_.configuration().SearchRadius;
+    Stage stage{1, widest};
+    for (; stage.number <= most; ++stage.number) {
+      stage.scale = stage.number > coarse ? 1.0 : std::exp2(0.5 * (coarse + 1 - stage.number));
+      const Json report = one(stage);
+      const bool isLast = stage.scale == 1.0 &&
+                          (!report.contains("adjustment") || !result_.model || isSettledBy(report));
       result_.reports.push_back(report);
-      if (isLast) break;
-      if (both) radius = nextRadius(run_.configuration().SearchRadius, report);
+      if (isLast || isGivenUp(report)) break;
+      if (both) stage.radius = nextRadius(widest, report);
     }
     return result_;
   }
 
  private:
-  Json matched(unsigned int round, double radius) {
-    Json key = keyOf("match " + std::to_string(round));
-    key["options"] = matchOptions(run_.project, radius);
+  /// Whether a solver did not converge.
+  bool isGivenUp(const Json& report) const {
+    return report.contains("adjustment") && !result_.model;
+  }
+
+  Json matched(const Stage& stage) {
+    const std::string round = std::to_string(stage.number);
+    Json key = keyOf("match " + round);
+    key["options"] = matchOptions(run_.project, stage);
     key["strips"] = stampsOf(run_.files.getStripFilesAndGroundTruth());
     key["rasters"] = stampsOf(run_.rasters());
     key["start"] = result_.key.is_null() ? Json() : Json(digestOf(result_.key));
-    const StepRecord record = run_.recordOf("match_" + std::to_string(round));
+    const StepRecord record = run_.recordOf("match_" + round);
     const auto done = run_.project.force ? std::nullopt : record.valid(key);
     if (done) {
-      run_.output.tell(matchingLine(round, *done, true));
+      run_.output.tell(matchingLine(stage.number, *done, true));
       return *done;
     }
     record.begin();
-    Json report = match(radius);
+    Json report = match(stage);
     record.finish(key, blocksIn(run_.inRoot(run_.configuration().getCorrespondencePath())), report);
-    run_.output.tell(matchingLine(round, report, false));
+    run_.output.tell(matchingLine(stage.number, report, false));
     return report;
   }
 
   /// The matching of a round is looked at only when its adjustment has to be done, for the blocks
   /// of an earlier round are gone, and in the last round, so that the blocks belong to the model.
-  Json one(unsigned int round, double radius) {
+  Json one(const Stage& stage) {
     const auto& project = run_.project;
-    Json report{{"round", round}};
-    if (!project.does("+optimization")) {
-      report["matching"] = matched(round, radius);
-      return report;
+    const StepRecord record = run_.recordOf("adjust_" + std::to_string(stage.number));
+    if (project.does("+optimization")) {
+      auto done = project.force ? std::nullopt : record.valid(adjustKey(stage));
+      if (done) return taken(stage, std::move(*done));
     }
-    const StepRecord record = run_.recordOf("adjust_" + std::to_string(round));
-    if (auto done = project.force ? std::nullopt : record.valid(adjustKey(round, radius))) {
-      const bool isLast = round == project.rounds || isSettledBy((*done)["adjustment"]);
-      if (isLast && project.does("+correspondences")) matched(round, radius);
-      result_.key = adjustKey(round, radius);
-      result_.model = modelOf((*done)["adjustment"]);
-      run_.output.tell(adjustmentLine(round, (*done)["adjustment"], true));
-      (*done)["skipped"] = true;
-      return *done;
-    }
+    Json report{{"round", stage.number}};
     if (project.does("+correspondences")) {
-      report["matching"] = matched(round, radius);
+      report["matching"] = matched(stage);
+      if (isTooCoarse(stage, report["matching"])) return report;
     } else {
       requireBlocks();
     }
+    if (project.does("+optimization")) adjustAnew(stage, record, report);
+    return report;
+  }
+
+  /// A round that an earlier run has.
+  Json taken(const Stage& stage, Json done) {
+    const auto& project = run_.project;
+    const bool isLast =
+        stage.scale == 1.0 &&
+        (stage.number == project.coarseRounds + project.rounds || isSettledBy(done));
+    if (isLast && project.does("+correspondences")) matched(stage);
+    result_.key = adjustKey(stage);
+    result_.model = modelOf(done["adjustment"]);
+    run_.output.tell(adjustmentLine(stage.number, done["adjustment"], true));
+    done["skipped"] = true;
+    return done;
+  }
+
+  /// A scene may have next to no planes of that size. Its finer ones may do.
+  bool isTooCoarse(const Stage& stage, const Json& matching) const {
+    constexpr std::size_t fewest = 10;
+    const auto between = matching["correspondences"].get<std::size_t>() -
+                         matching["with_ground_truth"].get<std::size_t>();
+    if (stage.scale == 1.0 || between >= fewest) return false;
+    run_.output.tell(
+        fmt::format("round {}: {} correspondences between strips are too few at {} "
+                    "times the distance of the points; the next round is finer",
+                    stage.number, between, stage.scale));
+    return true;
+  }
+
+  void adjustAnew(const Stage& stage, const StepRecord& record, Json& report) {
     record.begin();
-    const Json key = adjustKey(round, radius);
-    const auto outcome = adjusted(round);
+    const Json key = adjustKey(stage);
+    const auto outcome = adjusted(stage);
     report["adjustment"] = reportOf(outcome);
-    run_.output.tell(adjustmentLine(round, report["adjustment"], false));
+    run_.output.tell(adjustmentLine(stage.number, report["adjustment"], false));
     result_.key = key;
     result_.model.reset();
-    if (!outcome.result.end.isConvergence()) return report;
+    if (!outcome.result.end.isConvergence()) return;
     result_.model = outcome.files;
     const auto& files = outcome.files;
     record.finish(key, {files.sections, files.parameters, files.stripIds}, report);
-    return report;
   }
 
   void requireBlocks() const {
@@ -198,14 +256,14 @@ class Rounds {
   }
 
   /// Blocks that this run does not make count by themselves.
-  Json adjustKey(unsigned int round, double radius) const {
-    Json key = keyOf("adjust " + std::to_string(round));
+  Json adjustKey(const Stage& stage) const {
+    Json key = keyOf("adjust " + std::to_string(stage.number));
     key["options"] = adjustOptions(run_.project.model);
     key["trajectory"] = stampsOf(run_.files.getTrajectories());
     key["strips"] = stampsOf(run_.files.getStripFilesAndGroundTruth());
     key["start"] = result_.key.is_null() ? Json() : Json(digestOf(result_.key));
     if (run_.project.does("+correspondences")) {
-      key["matching"] = matchOptions(run_.project, radius);
+      key["matching"] = matchOptions(run_.project, stage);
       key["rasters"] = stampsOf(run_.rasters());
     } else {
       key["blocks"] = stampsOf(blocksIn(run_.inRoot(run_.configuration().getCorrespondencePath())));
@@ -213,9 +271,9 @@ class Rounds {
     return key;
   }
 
-  Json match(double radius) {
+  Json match(const Stage& stage) {
     auto configuration = run_.configuration();
-    configuration.SearchRadius = radius;
+    configuration.SearchRadius = stage.radius;
     Velorn::SolverParameters parameters(run_.files.getStripFiles(), configuration);
     std::optional<Matching::Solution> solution;
     if (result_.model) {
@@ -223,21 +281,40 @@ class Rounds {
       orFail(parameters.restore(model.sections, model.parameters, model.stripIds));
       solution.emplace(Matching::Solution{parameters, run_.trajectory});
     }
-    const auto report = Matching::match(configuration, run_.files, run_.project.match,
-                                        solution ? &*solution : nullptr, *run_.output.progress);
-    checkMatching(report, run_);
+    const auto* const start = solution ? &*solution : nullptr;
+    auto options = run_.project.match;
+    auto files = run_.files;
+    if (run_.project.coarseRounds > 0) {
+      const Coarseness coarseness{stage.scale, spacing()};
+      configuration.SearchRadius = std::max(stage.radius, coarseness.fewestRadius());
+      files = stripsOfRound(run_, coarseness, start, configuration);
+      options.neighbours = coarseness.neighbours(options.neighbours);
+      options.neighbourRadius *= stage.scale;
+      options.areFarApart = true;
+      options.reach = run_.configuration().SearchRadius;
+    }
+    const auto report =
+        Matching::match(configuration, files, options, start, *run_.output.progress);
+    if (stage.scale == 1.0) checkMatching(report, run_);
     return reportOf(report);
   }
 
-  AdjustmentOutcome adjusted(unsigned int round) {
+  /// Measured once, when it is needed first.
+  double spacing() {
+    if (!spacing_) spacing_ = spacingOfStrips(run_);
+    return *spacing_;
+  }
+
+  AdjustmentOutcome adjusted(const Stage& stage) {
     AdjustmentJob job;
     job.strips = run_.files.getStripFiles();
     job.groundTruth = run_.groundTruth;
     job.trajectories = run_.files.getTrajectories();
     job.correspondences = run_.inRoot(run_.configuration().getCorrespondencePath());
     job.configuration = run_.configuration();
-    job.configuration.FileSuffix = fmt::format("_round{}.txt", round);
+    job.configuration.FileSuffix = fmt::format("_round{}.txt", stage.number);
     job.settings = run_.project.model.settings;
+    if (stage.scale > 1.0) restrainToMisalignment(job);
     job.start = result_.model;
     warnOfMemory(blocksIn(job.correspondences));
     checkJob(job);
@@ -257,15 +334,16 @@ class Rounds {
         needed / 1e9, free / 1e9));
   }
 
-  /// Whether the adjustment of a round fits as well as that of the round before.
-  bool isSettledBy(const Json& adjustment) const {
-    if (result_.reports.empty()) return false;
+  /// Whether a round fits as well as the round before.
+  bool isSettledBy(const Json& report) const {
+    if (result_.reports.empty() || !result_.reports.back().contains("adjustment")) return false;
     const double before = rmsOf(result_.reports.back()["adjustment"], "after");
-    return std::abs(rmsOf(adjustment, "after") - before) < smallestChange * before;
+    return std::abs(rmsOf(report["adjustment"], "after") - before) < smallestChange * before;
   }
 
   const RunContext& run_;
   RoundsResult result_;
+  std::optional<double> spacing_;
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -144,6 +145,36 @@ TEST_F(SeveralRuns, AdjustsAFlightAndSkipsWhatIsDone) {
   project.force = true;
   done();
   EXPECT_EQ(skipped(), 0U);
+}
+
+TEST_F(SeveralRuns, GoesFromCoarseToFineWhereStripsLieFarApart) {
+  Simulation::Options options;  // of one wrong misalignment: 10 m apart where points are 1 m
+  options.points = 300'000;
+  options.strips = 2;
+  options.length = 500;
+  options.onlyErrors = "misalignment";
+  options.errorScale = 10.0;
+  fs::remove_all(flight());
+  make(flight(), options);
+  project.model.held = {"offsets", "scales", "lever-arm"};
+  project.model.locked = {0, 1, 2, 3};  // or the strips' rolls and pitches take what they like
+  project.rounds = 3;
+  const auto farthest = [](const Json& summary) {  // from the truth [degree]
+    const auto& angles = summary["adjustment"]["globals"]["misalignment"];
+    const std::array<double, 3> truth{0.71, -0.67, 1.44};
+    double most = 0.0;
+    for (std::size_t k = 0; k < 3; ++k) {
+      most = std::max(most, std::abs(angles[k].get<double>() - truth[k]));
+    }
+    return most;
+  };
+  project.coarseRounds = 3;
+  const auto summary = done();
+  EXPECT_LT(farthest(summary), 0.02);
+  EXPECT_LT(summary["adjustment"]["after"]["pairs"]["rms"], 0.02);
+  const auto again = done();
+  EXPECT_EQ(skipped(), lines.size());
+  EXPECT_EQ(again["adjustment"], summary["adjustment"]);
 }
 
 TEST_F(SeveralRuns, SaysWhatNothingControls) {
