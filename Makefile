@@ -36,6 +36,7 @@ tidy: build/tidy/build.ninja
 
 rules: packages
 	@tools/check-includes
+	@tools/check-links
 	@tools/check-format
 
 format: packages
