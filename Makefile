@@ -1,5 +1,5 @@
 # The front door: `make demo` runs the main job, `make test` builds and passes the tests. CMake does the work.
-.PHONY: all build packages test demo sanitize tsan tidy format rules bench consumer clean
+.PHONY: all build packages test demo sanitize tsan fuzz tidy format rules bench consumer clean
 .DEFAULT_GOAL := build
 
 packages:
@@ -30,6 +30,12 @@ sanitize: build/dev/build.ninja
 tsan: build/tsan/build.ninja
 	@cmake --build --preset tsan
 	@ctest --preset tsan
+
+# Seconds of each fuzzer.
+FUZZ_SECONDS ?= 7
+fuzz: build/fuzz/build.ninja
+	@cmake --build --preset fuzz
+	@tests/fuzz/run build/fuzz/tests/fuzz $(FUZZ_SECONDS)
 
 tidy: build/tidy/build.ninja
 	@cmake --build --preset tidy

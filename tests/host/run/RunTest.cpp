@@ -267,7 +267,7 @@ TEST_F(SeveralRuns, LeavesOutPointsThatAreNoNumbers) {
   EXPECT_LT(summary["adjustment"]["after"]["pairs"]["rms"], 0.03);
 }
 
-TEST_F(SmallRun, TakesFileNamesThatAreNoUtf8) {
+TEST_F(SeveralRuns, TakesFileNamesThatAreNoUtf8) {
   const std::string renamed = (flight() / "streifen_\xE4.kx").string();
   fs::rename(project.strips.back(), renamed);
   project.strips.back() = renamed;

@@ -20,6 +20,12 @@ using testing::HasSubstr;
 
 namespace {
 
+#ifdef VELORN_SANITIZED
+constexpr int variants = 150;  // the fuzzers try many more under sanitizers
+#else
+constexpr int variants = 700;
+#endif
+
 const MyStorage storage(0, 0, 1, 1);
 const MyStorage compressed(1, 0, 1, 1);
 
@@ -136,7 +142,6 @@ class DamagedFiles : public testing::TestWithParam<const char*> {
 
 TEST_P(DamagedFiles, AFlippedByteGivesAMessageOrTheSameContent) {
   constexpr unsigned seed = 20260;
-  constexpr int variants = 700;
   DamagedFile file(folder_, GetParam());
   std::mt19937 random(seed);
   for (int i = 0; i < variants; ++i) {

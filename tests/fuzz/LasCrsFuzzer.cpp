@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// The records of a LAS file that tell its coordinate system, apart from the rest of the file:
+// looking one up takes a thousand times as long as reading. An input begins with the number of
+// GeoTIFF keys in it; with none it is a WKT.
+#include <algorithm>
+#include <cstdint>
+#include <string>
+
+#include "host/pointcloud/LasCrs.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  if (size == 0) return 0;
+  const std::string text(reinterpret_cast<const char*>(bytes) + 1, size - 1);
+  if (bytes[0] == 0) {
+    PointCloud::crsOfWkt(text);
+  } else {
+    const std::size_t keys = std::min<std::size_t>(8U * (bytes[0] + 1U), text.size());
+    PointCloud::crsOfGeoKeys(std::span(text).first(keys), text.substr(keys));
+  }
+  return 0;
+}
