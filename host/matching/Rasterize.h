@@ -21,7 +21,7 @@ namespace Matching {
 struct RasterOptions {
   unsigned int neighbours = 16;  ///< points that a plane is fitted to, the point itself included
   double neighbourRadius = 5.0;  ///< they lie within [m]
-  double maxRoughness = 0.1;     ///< of a planar neighbourhood, however rough those about it [m]
+  double maxRoughness = 0.05;    ///< of a planar neighbourhood, however rough those about it [m]
   double slopeLimit = 3.0;       ///< ground steeper than that is a slope [degree]
 };
 

@@ -28,7 +28,7 @@ struct Project {
   Model model;  ///< and the configuration, which holds all that the library knows
   std::vector<std::string> steps{"+rasterize", "+correspondences", "+optimization", "+adjustment"};
   unsigned int coarseRounds = 0;  ///< that come first, each half as coarse as the one before
-  unsigned int rounds = 2;        ///< of matching and adjusting, at most
+  unsigned int rounds = 5;        ///< of matching and adjusting, at most
   Matching::RasterOptions raster;
   Matching::MatchOptions match;
   bool compress = false;  ///< what is newly written into adjusted strips

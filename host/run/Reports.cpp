@@ -201,7 +201,9 @@ Json datumOf(const Json& matching, const Velorn::InputParameter& configuration, 
                                   fmt::join(configuration.LockedStrips, ", ")));
   }
   if (isRelative && control == 0) {
-    fixedBy.push_back("the delivered trajectory, on average");
+    if (configuration.LockedStrips.empty()) {
+      fixedBy.push_back("the delivered trajectory, on average");
+    }
     warnings.push_back(
         "No ground truth: nothing controls position, height, tilt and scale of the block.");
   }

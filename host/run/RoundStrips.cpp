@@ -14,8 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Among the rasters, which have the names of the strips and an extension.
-constexpr const char* folderName = "of_round";
+/// Beside the folder of the rasters, which is the users' to look into.
+constexpr const char* folderEnding = "_of_round";
 
 fs::path emptyFolder(const fs::path& folder) {
   std::error_code fault;
@@ -57,7 +57,8 @@ Velorn::FileContainer stripsOfRound(const RunContext& run, const Coarseness& coa
                                     const Matching::Solution* solution,
                                     Velorn::InputParameter& configuration) {
   constexpr double widestAngle = 3.0;  // in units of the threshold
-  const auto rasters = configuration.getRasterPath() / folderName;
+  auto rasters = configuration.getRasterPath();
+  rasters += folderEnding;
   const auto folder = emptyFolder(run.inRoot(rasters));
   const auto options = optionsOf(run.project, coarseness);
   std::vector<std::string> files;

@@ -5,6 +5,8 @@
 // their planes fitted anew.
 #pragma once
 
+#include <algorithm>
+
 #include "host/matching/Solution.h"
 #include "host/run/Context.h"
 
@@ -17,7 +19,7 @@ struct Coarseness {
   double spacing = 1.0;  ///< distance of neighbouring points of the strips [m]
 
   bool isCoarse() const { return scale > 1.0; }
-  double side() const { return 0.5 * scale * spacing; }
+  double side() const { return std::max(1e-3, 0.5 * scale * spacing); }
   double fewestRadius() const { return 4.0 * scale * spacing; }
   static unsigned int neighbours(unsigned int ofProject) { return 4 * ofProject; }
 };

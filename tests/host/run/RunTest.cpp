@@ -50,6 +50,7 @@ class SmallRun : public testing::Test {
     project.groundTruth = (flight() / "ground_truth.kx").string();
     project.configuration().RootPath = folder / "out";
     project.match.maxCorrespondences = 1500;
+    project.rounds = 2;
   }
 
   fs::path flight() const { return folder / "flight"; }
