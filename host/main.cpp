@@ -16,6 +16,7 @@
 #include "host/commands/Commands.h"
 #include "host/terminal/Interruption.h"
 #include "platform/morvane/Console.h"
+#include <velorn/SolverLog.h>
 
 namespace {
 
@@ -28,7 +29,7 @@ constexpr const char* footer =
     "standard\n"
     "error. Exit status: 0 all went well; 1 bad input, or the job failed; 2 the call was not\n"
     "understood; 3 the solver did not converge; 4 too little ground truth; 5 the solver failed;\n"
-    "6 a file cannot be written.";
+    "6 a file cannot be written; 130 or 143 interrupted.";
 
 /// Standard output is for results: `velorn info --json` is read by programs.
 void writeMessage(std::string_view text) {
@@ -74,6 +75,7 @@ void checkStandardOutput() {
 
 int main(int argc, char** argv) {
   keepFreedMemory();
+  Velorn::keepSolverLogQuiet();
   endWhenInterrupted();
   std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow further is a write error
   Morvane::Console::redirect(writeMessage);

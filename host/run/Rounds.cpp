@@ -334,9 +334,12 @@ class Rounds {
         needed / 1e9, free / 1e9));
   }
 
-  /// Whether a round fits as well as the round before.
+  /// Whether a round fits as well as the round before, which was no coarse one.
   bool isSettledBy(const Json& report) const {
-    if (result_.reports.empty() || !result_.reports.back().contains("adjustment")) return false;
+    const std::size_t fine =
+        result_.reports.size() -
+        std::min<std::size_t>(result_.reports.size(), run_.project.coarseRounds);
+    if (fine == 0 || !result_.reports.back().contains("adjustment")) return false;
     const double before = rmsOf(result_.reports.back()["adjustment"], "after");
     return std::abs(rmsOf(report["adjustment"], "after") - before) < smallestChange * before;
   }
