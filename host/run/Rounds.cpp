@@ -23,7 +23,9 @@ constexpr double smallestChange = 0.01;  // of the RMS of the pairs, from round 
 struct Stage {
   unsigned int number = 1;
   double radius = 0.0;  // of the search [m]
-  double scale = 1.0;   // above 1 in a coarse round
+  double scale = 1.0;
+
+  bool isCoarse() const { return scale > 1.0; }
 };
 
 Json matchOptions(const Project& project, const Stage& stage) {
@@ -153,7 +155,7 @@ class Rounds {
     for (; stage.number <= most; ++stage.number) {
       stage.scale = stage.number > coarse ? 1.0 : std::exp2(0.5 * (coarse + 1 - stage.number));
       const Json report = one(stage);
-      const bool isLast = stage.scale == 1.0 &&
+      const bool isLast = !stage.isCoarse() &&
                           (!report.contains("adjustment") || !result_.model || isSettledBy(report));
       result_.reports.push_back(report);
       if (isLast || isGivenUp(report)) break;
@@ -198,9 +200,13 @@ class Rounds {
       if (done) return taken(stage, std::move(*done));
     }
     Json report{{"round", stage.number}};
+    if (stage.isCoarse()) report["scale"] = stage.scale;
     if (project.does("+correspondences")) {
       report["matching"] = matched(stage);
-      if (isTooCoarse(stage, report["matching"])) return report;
+      if (isTooCoarse(stage, report["matching"])) {
+        record.finish(adjustKey(stage), {}, report);
+        return report;
+      }
     } else {
       requireBlocks();
     }
@@ -211,14 +217,18 @@ class Rounds {
   /// A round that an earlier run has.
   Json taken(const Stage& stage, Json done) {
     const auto& project = run_.project;
+    done["skipped"] = true;
+    if (!done.contains("adjustment")) {
+      run_.output.tell(matchingLine(stage.number, done["matching"], true));
+      return done;
+    }
     const bool isLast =
-        stage.scale == 1.0 &&
+        !stage.isCoarse() &&
         (stage.number == project.coarseRounds + project.rounds || isSettledBy(done));
     if (isLast && project.does("+correspondences")) matched(stage);
     result_.key = adjustKey(stage);
     result_.model = modelOf(done["adjustment"]);
     run_.output.tell(adjustmentLine(stage.number, done["adjustment"], true));
-    done["skipped"] = true;
     return done;
   }
 
@@ -227,9 +237,9 @@ class Rounds {
     constexpr std::size_t fewest = 10;
     const auto between = matching["correspondences"].get<std::size_t>() -
                          matching["with_ground_truth"].get<std::size_t>();
-    if (stage.scale == 1.0 || between >= fewest) return false;
+    if (!stage.isCoarse() || between >= fewest) return false;
     run_.output.tell(
-        fmt::format("round {}: {} correspondences between strips are too few at {} "
+        fmt::format("round {}: {} correspondences between strips are too few at {:.1f} "
                     "times the distance of the points; the next round is finer",
                     stage.number, between, stage.scale));
     return true;
@@ -295,7 +305,7 @@ class Rounds {
     }
     const auto report =
         Matching::match(configuration, files, options, start, *run_.output.progress);
-    if (stage.scale == 1.0) checkMatching(report, run_);
+    if (!stage.isCoarse()) checkMatching(report, run_);
     return reportOf(report);
   }
 
@@ -314,7 +324,7 @@ class Rounds {
     job.configuration = run_.configuration();
     job.configuration.FileSuffix = fmt::format("_round{}.txt", stage.number);
     job.settings = run_.project.model.settings;
-    if (stage.scale > 1.0) restrainToMisalignment(job);
+    if (stage.isCoarse()) restrainToMisalignment(job);
     job.start = result_.model;
     warnOfMemory(blocksIn(job.correspondences));
     checkJob(job);

@@ -167,7 +167,8 @@ std::string datumText(const Json& datum) {
 std::string roundsText(const Json& rounds) {
   std::string text;
   for (const auto& round : rounds) {
-    text += fmt::format("round {}:", countOf(round, "round"));
+    text += fmt::format("round {}{}:", countOf(round, "round"),
+                        round.contains("scale") ? ", coarse" : "");
     if (round.contains("matching")) {
       text += fmt::format(" search radius {:.2f} m, {} correspondences",
                           round["matching"]["search_radius"].get<double>(),

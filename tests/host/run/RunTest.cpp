@@ -169,10 +169,12 @@ TEST_F(SeveralRuns, GoesFromCoarseToFineWhereStripsLieFarApart) {
     }
     return most;
   };
-  project.coarseRounds = 3;
+  project.coarseRounds = 9;  // of which the first see no planes
   const auto summary = done();
   EXPECT_LT(farthest(summary), 0.02);
   EXPECT_LT(summary["adjustment"]["after"]["pairs"]["rms"], 0.02);
+  EXPECT_FALSE(summary["rounds"][0].contains("adjustment"));
+  EXPECT_THAT(summaryText(summary), HasSubstr("round 1, coarse: search radius"));
   const auto again = done();
   EXPECT_EQ(skipped(), lines.size());
   EXPECT_EQ(again["adjustment"], summary["adjustment"]);
