@@ -185,7 +185,8 @@ Json reportOf(const AdjustmentOutcome& outcome) {
             {"strip_ids", outcome.files.stripIds.string()}}}};
 }
 
-Json datumOf(const Json& matching, const Velorn::InputParameter& configuration, bool isRelative) {
+Json datumOf(const Json& matching, const Velorn::InputParameter& configuration, bool isRelative,
+             double sectionLength) {
   Json fixedBy = Json::array(), warnings = Json::array();
   const auto control = matching["with_ground_truth"].get<std::size_t>();
   const auto inclined = matching["on_inclined_ground_truth"].get<std::size_t>();
@@ -228,6 +229,13 @@ Json datumOf(const Json& matching, const Velorn::InputParameter& configuration, 
         "{} sections with weight {} of the ground truth: the noise of the pairs may shrink the "
         "block; weights of 3 to 5 prevent that.",
         configuration.TypeModel, weight));
+  }
+  constexpr double shortest = 8.0;
+  if (isFree && sectionLength < shortest) {
+    warnings.push_back(fmt::format(
+        "{} sections of {:.1f} s: a trajectory hardly drifts in so short a time, and the noise of "
+        "the pairs takes the drifts' place; BIAS prevents that.",
+        configuration.TypeModel, sectionLength));
   }
   return {{"fixed_by", fixedBy}, {"warnings", warnings}};
 }

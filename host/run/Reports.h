@@ -15,6 +15,8 @@ Json reportOf(const Matching::MatchReport& matching);
 Json reportOf(const AdjustmentOutcome& outcome);
 
 /// What the user is to know about the datum: what fixes it, and what nothing controls.
-/// @param matching  report of the last matching
+/// @param matching       report of the last matching
+/// @param sectionLength  median of the strips that are not locked [s]; NaN: there is none
 /// @return {"fixed_by": [text], "warnings": [text]}
-Json datumOf(const Json& matching, const Velorn::InputParameter& configuration, bool isRelative);
+Json datumOf(const Json& matching, const Velorn::InputParameter& configuration, bool isRelative,
+             double sectionLength);

@@ -2,11 +2,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/run/Run.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cmath>
+#include <vector>
 
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/Median.h"
 #include "host/run/AdjustedStrips.h"
 #include "host/run/Memory.h"
 #include "host/run/Rasterizing.h"
@@ -54,6 +58,19 @@ Json filesOf(const RunContext& run, const ModelFiles& model) {
           {"strip_ids", inRoot(model.stripIds)}};
 }
 
+/// Of the strips that are not locked, the median [s]; NaN when all are.
+double sectionLengthOf(const RunContext& run) {
+  const auto& locked = run.configuration().LockedStrips;
+  const double longest = run.project.model.interval;
+  std::vector<float> lengths;
+  for (std::size_t id = 0; id < run.strips.size(); ++id) {
+    if (locked.contains(static_cast<int>(id))) continue;
+    const double length = run.strips[id].last - run.strips[id].first;
+    lengths.push_back(static_cast<float>(length / std::max(1.0, std::ceil(length / longest))));
+  }
+  return static_cast<double>(upperMedianOf(std::move(lengths)));
+}
+
 /// What the last round found stands by itself, so that nobody has to look for it.
 void addLastRound(const RunContext& run, const RoundsResult& rounds, Json& summary) {
   summary["rounds"] = rounds.reports;
@@ -65,7 +82,8 @@ void addLastRound(const RunContext& run, const RoundsResult& rounds, Json& summa
   }
   if (last.contains("adjustment")) summary["adjustment"] = last["adjustment"];
   if (last.contains("matching")) {
-    summary["datum"] = datumOf(last["matching"], run.configuration(), run.project.model.isRelative);
+    summary["datum"] = datumOf(last["matching"], run.configuration(), run.project.model.isRelative,
+                               sectionLengthOf(run));
   }
 }
 
