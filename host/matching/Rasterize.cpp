@@ -24,14 +24,6 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t classes = std::tuple_size_v<PerClass>;
 
-std::vector<std::uint32_t> numbersOf(Echo echo, std::span<const Echo> echoes) {
-  std::vector<std::uint32_t> numbers;
-  for (std::size_t i = 0; i < echoes.size(); ++i) {
-    if (echoes[i] == echo) numbers.push_back(static_cast<std::uint32_t>(i));
-  }
-  return numbers;
-}
-
 /// One strip from its container to its raster.
 class StripRasterizing {
  public:
@@ -103,7 +95,7 @@ class StripRasterizing {
 
   /// Leaves one last echo per cube, and no other echoes.
   void thinOut(std::span<const point> places, double side, std::vector<Echo>& echoes) {
-    const auto last = onePerCube(places, numbersOf(Echo::last, echoes), side);
+    const auto last = onePerCube(places, membersOf(echoes, Echo::last), side);
     const auto leftOut = std::ranges::count(echoes, Echo::leftOut);
     counts_.notFirst = echoes.size() - static_cast<std::size_t>(leftOut) - last.size();
     std::ranges::fill(echoes, Echo::leftOut);
@@ -227,7 +219,7 @@ double spacingOfStrip(const fs::path& strip, const Velorn::InputParameter& confi
                       double radius) {
   const GridFile file(strip, configuration);
   const auto places = file.world<point>("Positions").whole();
-  return spacingOf(*places, numbersOf(Echo::last, echoesOf(file, *places)), radius);
+  return spacingOf(*places, membersOf(echoesOf(file, *places), Echo::last), radius);
 }
 
 }  // namespace Matching

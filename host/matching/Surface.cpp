@@ -169,6 +169,8 @@ class CloudWork {
   std::exception_ptr fault_;
 };
 
+}  // namespace
+
 std::vector<std::uint32_t> membersOf(std::span<const Echo> echoes, Echo echo) {
   std::vector<std::uint32_t> members;
   members.reserve(static_cast<std::size_t>(std::count(echoes.begin(), echoes.end(), echo)));
@@ -177,8 +179,6 @@ std::vector<std::uint32_t> membersOf(std::span<const Echo> echoes, Echo echo) {
   }
   return members;
 }
-
-}  // namespace
 
 Surface surfaceOf(std::span<const point> points, std::span<const Echo> echoes,
                   const Neighbourhood& neighbourhood,

@@ -19,6 +19,9 @@ namespace Matching {
 /// Clouds of a strip: the last echoes of all pulses are one surface, those before them others.
 enum class Echo : std::uint8_t { leftOut, last, notLast };
 
+/// Numbers of the points of one cloud, ascending.
+std::vector<std::uint32_t> membersOf(std::span<const Echo> echoes, Echo echo);
+
 /// What a plane is fitted to.
 struct Neighbourhood {
   unsigned int points = 16;  ///< the nearest ones, the point itself included

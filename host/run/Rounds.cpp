@@ -144,22 +144,23 @@ void restrainToMisalignment(AdjustmentJob& job) {
 
 class Rounds {
  public:
-  explicit Rounds(const RunContext& run) : run_(run) {}
+  explicit Rounds(const RunContext& run)
+      : run_(run),
+        both_(run.project.does("+correspondences") && run.project.does("+optimization")),
+        coarse_(both_ ? run.project.coarseRounds : 0),
+        most_(both_ ? coarse_ + run.project.rounds : 1) {}
 
   RoundsResult all() {
-    const bool both = run_.project.does("+correspondences") && run_.project.does("+optimization");
-    const unsigned int coarse = both ? run_.project.coarseRounds : 0;
-    const unsigned int most = both ? coarse + run_.project.rounds : 1;
     const double widest = run_.configuration().SearchRadius;
     Stage stage{1, widest};
-    for (; stage.number <= most; ++stage.number) {
-      stage.scale = stage.number > coarse ? 1.0 : std::exp2(0.5 * (coarse + 1 - stage.number));
+    for (; stage.number <= most_; ++stage.number) {
+      stage.scale = stage.number > coarse_ ? 1.0 : std::exp2(0.5 * (coarse_ + 1 - stage.number));
       const Json report = one(stage);
       const bool isLast = !stage.isCoarse() &&
                           (!report.contains("adjustment") || !result_.model || isSettledBy(report));
       result_.reports.push_back(report);
       if (isLast || isGivenUp(report)) break;
-      if (both) stage.radius = nextRadius(widest, report);
+      if (both_) stage.radius = nextRadius(widest, report);
     }
     return result_;
   }
@@ -222,9 +223,7 @@ class Rounds {
       run_.output.tell(matchingLine(stage.number, done["matching"], true));
       return done;
     }
-    const bool isLast =
-        !stage.isCoarse() &&
-        (stage.number == project.coarseRounds + project.rounds || isSettledBy(done));
+    const bool isLast = !stage.isCoarse() && (stage.number == most_ || isSettledBy(done));
     if (isLast && project.does("+correspondences")) matched(stage);
     result_.key = adjustKey(stage);
     result_.model = modelOf(done["adjustment"]);
@@ -294,7 +293,7 @@ class Rounds {
     const auto* const start = solution ? &*solution : nullptr;
     auto options = run_.project.match;
     auto files = run_.files;
-    if (run_.project.coarseRounds > 0) {
+    if (coarse_ > 0) {
       const Coarseness coarseness{stage.scale, spacing()};
       configuration.SearchRadius = std::max(stage.radius, coarseness.fewestRadius());
       files = stripsOfRound(run_, coarseness, start, configuration);
@@ -347,14 +346,15 @@ class Rounds {
   /// Whether a round fits as well as the round before, which was no coarse one.
   bool isSettledBy(const Json& report) const {
     const std::size_t fine =
-        result_.reports.size() -
-        std::min<std::size_t>(result_.reports.size(), run_.project.coarseRounds);
+        result_.reports.size() - std::min<std::size_t>(result_.reports.size(), coarse_);
     if (fine == 0 || !result_.reports.back().contains("adjustment")) return false;
     const double before = rmsOf(result_.reports.back()["adjustment"], "after");
     return std::abs(rmsOf(report["adjustment"], "after") - before) < smallestChange * before;
   }
 
   const RunContext& run_;
+  bool both_;  // matching and adjusting take turns
+  unsigned int coarse_, most_;
   RoundsResult result_;
   std::optional<double> spacing_;
 };

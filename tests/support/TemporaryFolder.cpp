@@ -9,7 +9,8 @@
 #include <stdexcept>
 
 TemporaryFolder::TemporaryFolder() {
-  std::string name = (std::filesystem::temp_directory_path() / "velorn-test-XXXXXX").string();
+  std::string name =
+      (std::filesystem::temp_directory_path() / "velorn-test-").string() + std::string(6, 'X');
   if (!mkdtemp(name.data())) throw std::runtime_error("cannot make a folder like " + name);
   path_ = name;
 }

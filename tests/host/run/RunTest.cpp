@@ -180,6 +180,13 @@ TEST_F(SeveralRuns, GoesFromCoarseToFineWhereStripsLieFarApart) {
   EXPECT_EQ(again["adjustment"], summary["adjustment"]);
 }
 
+TEST_F(SeveralRuns, MatchesAsUsualWhereNoCoarseRoundComesFirst) {
+  project.steps = {"+rasterize", "+correspondences"};
+  const auto usual = done()["rounds"][0]["matching"];
+  project.coarseRounds = 2;
+  EXPECT_EQ(done()["rounds"][0]["matching"], usual);
+}
+
 TEST_F(SeveralRuns, SaysWhatNothingControls) {
   project.model.configuration.CellSizeWeights[0] = 1;
   project.rounds = 1;
