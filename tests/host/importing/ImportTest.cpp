@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <cmath>
+#include <cstdlib>
 #include <fstream>
 
 #include <fmt/format.h>
@@ -272,6 +273,37 @@ TEST_F(Flight, IsDecompressedByACommand) {
   EXPECT_THAT(refusal(), HasSubstr("is it installed?"));
   options.decompress = "cp {in}";
   EXPECT_THAT(refusal(), HasSubstr("must hold {in} and {out}"));
+}
+
+TEST_F(Flight, IsReadFromFilesThatAConverterCompressed) {
+  const auto isInstalled = [](const std::string& program) {
+    return std::system(("command -v " + program + " >/dev/null 2>&1").c_str()) == 0;
+  };
+  const std::string las = (folder / "a.las").string(), laz = (folder / "a.laz").string();
+  std::string compress;
+  if (isInstalled("laszip")) {
+    compress = fmt::format("laszip -i '{}' -o '{}'", las, laz);
+    options.decompress = "laszip -i {in} -o {out}";
+  } else if (isInstalled("pdal")) {
+    compress = fmt::format("pdal translate '{}' '{}'", las, laz);
+    options.decompress = "pdal translate {in} {out}";
+  } else {
+    GTEST_SKIP() << "neither laszip nor pdal is installed";
+  }
+  ASSERT_EQ(std::system(compress.c_str()), 0);
+  const auto usual = done();
+  options.strips = {laz};
+  options.output = folder / "unpacked";
+  const auto report = done();
+  EXPECT_EQ(report.epsg, usual.epsg);
+  const auto places = [](const Importing::ImportReport& one) {
+    return *PointCloud::GridFile(one.strips.at(0).file).world<point>("Positions").whole();
+  };
+  const auto expected = places(usual), found = places(report);
+  ASSERT_EQ(found.size(), expected.size());
+  for (std::size_t k = 0; k < found.size(); ++k) {
+    EXPECT_LT(length(found[k] - expected[k]), 1e-6);
+  }
 }
 
 }  // namespace
