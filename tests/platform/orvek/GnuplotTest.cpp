@@ -123,20 +123,20 @@ TEST_F(FailingGnuplot, ThatHangsIsKilledWithAllItStarted) {
   for (const char* const closing : {"", "exec 2>&-; "}) {
     const std::string script = std::string(closing) + "trap '' TERM; sleep 600 & echo $! > " +
                                (notes / "process").string() + "; sleep 600";
-    EXPECT_EQ(faultOf(script, 300ms), "gnuplot did not finish within 0.3 s and was ended");
+    EXPECT_EQ(faultOf(script, 2s), "gnuplot did not finish within 2 s and was ended");
     const std::string process = std::to_string(std::stoi(contentOf(notes / "process")));
     for (int patience = 0; runs(process) && patience < 500; ++patience) {
       std::this_thread::sleep_for(10ms);
     }
     EXPECT_FALSE(runs(process));
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, 20s);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 300s);  // not what it sleeps
 }
 
 TEST_F(FailingGnuplot, WhoseChildKeepsRunningIsNotWaitedFor) {
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(faultOf("sleep 15 & exit 4"), "gnuplot ended with status 4");  // it holds the pipe
-  EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
+  EXPECT_EQ(faultOf("sleep 60 & exit 4"), "gnuplot ended with status 4");  // it holds the pipe
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 50s);
 }
 
 TEST_F(FailingGnuplot, IsNotStartedWhereItsPageCannotBeWritten) {
