@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "host/Failure.h"
+#include "host/OutputPlaces.h"
 #include "host/adjustment/CorrespondenceTimes.h"
 #include "host/matching/Match.h"
 #include "platform/plome/StringList.h"
@@ -37,13 +38,7 @@ void makeFolders(const InputParameter& configuration) {
   for (const auto& folder : {configuration.getPrameterPath(), configuration.getStatusPath(),
                              configuration.getStatisticPath()}) {
     const fs::path path = configuration.RootPath / folder;
-    std::error_code fault;
-    fs::create_directories(path, fault);
-    if (!fs::is_directory(path, fault)) {
-      throw Failure(
-          path.string() + ": cannot be made a folder" + (fault ? ": " + fault.message() : ""),
-          writeError);
-    }
+    makeFolder(path);
     if (access(path.c_str(), W_OK) == 0) continue;
     throw Failure(path.string() + ": " + std::generic_category().message(errno), writeError);
   }

@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/OutputPlaces.h"
 #include "host/commands/Commands.h"
 #include "host/project/ProjectKeys.h"
 #include "host/run/SummaryText.h"
@@ -82,9 +83,7 @@ void addSteps(CLI::App& app, const char* name, const char* what, const char* wor
 
 void writeProject(const ProjectCall& call) {
   const auto& file = call.project.file;
-  if (!call.overwrite && std::filesystem::exists(file)) {
-    throw Failure(file.string() + ": exists; --overwrite replaces it");
-  }
+  refuseExisting(file, call.overwrite);
   if (const auto fault = Plome::replaceFile(file, call.keys.text(file)); !fault.empty()) {
     throw Failure(fault, writeError);
   }

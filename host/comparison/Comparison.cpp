@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/pointcloud/AdjustedName.h"
 #include "host/pointcloud/GridFile.h"
 #include <velorn/InputParameter.h>
 
@@ -22,7 +23,7 @@ using PointCloud::GridFile;
 using Velorn::TerrainType;
 
 fs::path adjustedFile(const fs::path& folder, const TrueStrip& strip) {
-  return folder / (strip.file.stem().string() + "_SA.kx");
+  return folder / PointCloud::adjustedNameOf(strip.file);
 }
 
 /// Places of the strips that have a result.

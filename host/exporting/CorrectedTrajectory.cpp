@@ -11,7 +11,8 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
-#include "host/exporting/LasStrips.h"
+#include "host/pointcloud/AdjustedName.h"
+#include "host/pointcloud/GpsWeek.h"
 #include "host/pointcloud/GridFile.h"
 #include "platform/tessaly/TransverseMercator.h"
 
@@ -19,18 +20,16 @@ namespace Exporting {
 namespace {
 
 namespace fs = std::filesystem;
-using PointCloud::SbetRecord, PointCloud::TimeSpan;
+using PointCloud::SbetRecord, PointCloud::TimeSpan, PointCloud::weekSeconds;
 using Velorn::Trajectory, Velorn::TrajectoryRecord;
-
-constexpr double weekSeconds = 604800.0;
 
 double secondsBefore(std::int64_t week, std::int64_t firstWeek) {
   return static_cast<double>(week - firstWeek) * weekSeconds;
 }
 
 std::optional<unsigned> placeOf(const fs::path& container, const AdjustedModel& model) {
-  for (const auto& name :
-       {container.filename().string(), strippedStem(container) + container.extension().string()}) {
+  for (const auto& name : {container.filename().string(),
+                           PointCloud::strippedStem(container) + container.extension().string()}) {
     const auto found = std::find(model.strips.begin(), model.strips.end(), name);
     if (found != model.strips.end()) return static_cast<unsigned>(found - model.strips.begin());
   }

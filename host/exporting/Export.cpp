@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/OutputPlaces.h"
 #include "host/comparison/RunFolder.h"
 #include "host/exporting/AdjustedModel.h"
 #include "host/exporting/CorrectedTrajectory.h"
@@ -39,19 +40,6 @@ void checkInputs(const ExportOptions& options, const Wishes& wishes) {
   need(!options.trajectories.empty() || !wishes.trajectory,
        "which trajectory did the adjustment use? --trajectory names its containers; without it, "
        "--only strips,mounting");
-}
-
-void refuseExisting(const fs::path& file, bool overwrite) {
-  std::error_code fault;
-  if (overwrite || !fs::exists(file, fault)) return;
-  throw Failure(file.string() + ": exists; --overwrite replaces it");
-}
-
-void makeFolder(const fs::path& folder) {
-  std::error_code fault;
-  fs::create_directories(folder, fault);
-  if (fs::is_directory(folder, fault)) return;
-  throw Failure(folder.string() + ": cannot be made a folder", writeError);
 }
 
 Velorn::Trajectory imported(const std::vector<fs::path>& files) {

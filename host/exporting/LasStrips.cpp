@@ -11,6 +11,7 @@
 
 #include "host/Failure.h"
 #include "host/exporting/SourceTimes.h"
+#include "host/pointcloud/AdjustedName.h"
 #include "host/pointcloud/GridFile.h"
 #include "host/pointcloud/LasCopy.h"
 #include "host/pointcloud/LasFile.h"
@@ -59,7 +60,7 @@ LasStrip lasStripOf(const fs::path& container, const fs::path& sourceFolder,
                                  "changed since the import",
                                  strip.size(), source.string(), count));
   }
-  return {container, source, output / (strippedStem(container) + ".las"), strip.size()};
+  return {container, source, output / (PointCloud::strippedStem(container) + ".las"), strip.size()};
 }
 
 void refuseCollisions(const std::vector<LasStrip>& strips) {
@@ -130,15 +131,6 @@ void checkTimes(const GridFile& strip, const fs::path& source,
 }
 
 }  // namespace
-
-std::string strippedStem(const fs::path& container) {
-  constexpr std::string_view ending = "_SA";
-  std::string stem = container.stem().string();
-  if (stem.size() > ending.size() && stem.ends_with(ending)) {
-    stem.resize(stem.size() - ending.size());
-  }
-  return stem;
-}
 
 std::vector<LasStrip> lasStripsOf(const std::vector<fs::path>& containers,
                                   const fs::path& sourceFolder, const fs::path& output) {

@@ -17,10 +17,6 @@ struct LasStrip {
   std::uint64_t points = 0;
 };
 
-/// The name of a strip's container without its ending, and without the _SA that georeferencing
-/// appends.
-std::string strippedStem(const std::filesystem::path& container);
-
 /// What is known without reading points. The source is looked for by its name in `sourceFolder`,
 /// unless that is empty or has no such file, then at the place that the import recorded.
 /// @throws Failure that names the container: not imported from LAS; its source is missing, or has

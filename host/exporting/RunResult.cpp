@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/pointcloud/AdjustedName.h"
 #include <velorn/InputParameter.h>
 
 namespace Exporting {
@@ -50,8 +51,7 @@ std::vector<fs::path> adjustedStripsIn(const fs::path& folder) {
   std::vector<fs::path> strips;
   std::error_code fault;
   for (const auto& entry : fs::directory_iterator(folder, fault)) {
-    const std::string name = entry.path().filename().string();
-    if (name.ends_with("_SA.kx")) strips.push_back(entry.path());
+    if (PointCloud::isAdjustedName(entry.path())) strips.push_back(entry.path());
   }
   if (strips.empty()) {
     throw Failure(folder.string() + ": holds no adjusted strips, <strip>_SA.kx" +

@@ -6,6 +6,7 @@
 #include <chrono>
 
 #include "host/Failure.h"
+#include "host/pointcloud/AdjustedName.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include <velorn/Georeferencing.h>
@@ -70,7 +71,7 @@ std::vector<std::size_t> placesOf(const GeoreferencingJob& job) {
 std::filesystem::path outputOf(const GeoreferencingJob& job, std::size_t place) {
   const auto& strip = job.strips.at(place);
   if (job.outputFolder.empty()) return strip;
-  return job.outputFolder / (strip.stem().string() + "_SA.kx");
+  return job.outputFolder / PointCloud::adjustedNameOf(strip);
 }
 
 JobResult runJob(const GeoreferencingJob& job, Kestrum::LoaderProgress& progress,

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/OutputPlaces.h"
 #include "host/georeferencing/Job.h"
 #include "host/pointcloud/Sbet.h"
 
@@ -98,15 +99,6 @@ void checkOutputs(const GeoreferencingJob& job) {
     }
   }
   if (!existing.empty()) throw Failure(existing);
-}
-
-void makeFolder(const fs::path& folder) {
-  std::error_code error;
-  fs::create_directories(folder, error);
-  if (fs::is_directory(fs::status(folder))) return;
-  throw Failure(folder.string() + ": cannot be made a folder" +
-                    (error ? ": " + error.message() : std::string()),
-                writeError);
 }
 
 }  // namespace

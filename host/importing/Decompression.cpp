@@ -14,6 +14,7 @@
 #include <sys/wait.h>
 
 #include "host/Failure.h"
+#include "host/OutputPlaces.h"
 #include "host/pointcloud/LasHeader.h"
 
 extern char** environ;
@@ -85,8 +86,8 @@ fs::path decompressed(const fs::path& file, const std::string& command, const fs
   const std::string stem = file.stem().string();
   const fs::path target = folder / (stem + ".las"), unfinished = folder / (stem + ".part.las");
   const auto words = wordsOf(command, file, unfinished);
+  makeFolder(folder);
   std::error_code fault;
-  fs::create_directories(folder, fault);
   fs::remove(unfinished, fault);
   const int status = statusOf(words);
   if (status != 0) {

@@ -7,9 +7,11 @@
 #include <cstdint>
 #include <string>
 
+#include "host/pointcloud/GpsWeek.h"
+
 namespace Importing {
 
-constexpr double weekSeconds = 604800.0;
+using PointCloud::weekSeconds;
 
 enum class TimeKind {
   secondsOfWeek,

@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/OutputPlaces.h"
 #include "host/importing/Decompression.h"
 #include "host/importing/LasStrips.h"
 #include "host/pointcloud/ControlFile.h"
@@ -137,19 +138,6 @@ fs::path containerOf(const fs::path& folder, const fs::path& source, std::size_t
                      std::size_t parts) {
   const std::string stem = source.stem().string();
   return folder / (parts == 1 ? stem + ".kx" : fmt::format("{}_{}.kx", stem, part + 1));
-}
-
-void makeFolder(const fs::path& folder) {
-  std::error_code fault;
-  fs::create_directories(folder, fault);
-  if (fs::is_directory(folder, fault)) return;
-  throw Failure(folder.string() + ": cannot be made a folder", writeError);
-}
-
-void refuseExisting(const fs::path& file, bool overwrite) {
-  std::error_code fault;
-  if (overwrite || !fs::exists(file, fault)) return;
-  throw Failure(file.string() + ": exists; --overwrite replaces it");
 }
 
 /// One flight on its way into a folder.

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/OutputPlaces.h"
 #include "host/matching/Match.h"
 #include "host/pointcloud/BlockName.h"
 #include "platform/plome/ReplacedFile.h"
@@ -25,12 +26,6 @@ void orNotWritten(const std::string& fault) {
 void orNotWritten(const std::error_code& fault, const path& file, const char* what) {
   if (fault)
     throw Failure(fmt::format("{}: {}: {}", file.string(), what, fault.message()), writeError);
-}
-
-void makeFolder(const path& folder) {
-  std::error_code fault;
-  std::filesystem::create_directories(folder, fault);
-  orNotWritten(fault, folder, "the folder cannot be made");
 }
 
 std::vector<path> blocksIn(const path& folder) {

@@ -16,6 +16,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/pointcloud/GpsWeek.h"
 #include "platform/tessaly/TransverseMercator.h"
 
 namespace PointCloud {
@@ -26,7 +27,6 @@ using std::numbers::pi;
 constexpr std::size_t valuesPerRecord = 17;
 constexpr std::size_t recordBytes = valuesPerRecord * sizeof(double);
 constexpr std::size_t blockRecords = 4096;
-constexpr double week = 604800.0;  // [s]
 
 using RawRecord = std::array<std::uint64_t, valuesPerRecord>;
 
@@ -71,7 +71,7 @@ struct Limits {
 
 // Times may go on over the end of the week in which a file begins; headings come as -180 to 180 and
 // as 0 to 360 degrees.
-constexpr std::array limitsOfValues{Limits{0, "time", 0.0, 2 * week, "s"},
+constexpr std::array limitsOfValues{Limits{0, "time", 0.0, 2 * weekSeconds, "s"},
                                     Limits{1, "latitude", -pi / 2, pi / 2, "rad"},
                                     Limits{2, "longitude", -pi, pi, "rad"},
                                     Limits{3, "height", -1e5, 1e5, "m"},
@@ -106,7 +106,7 @@ std::string faultOfValue(const RawRecord& raw, const Limits& limits) {
 
 /// @param before  time of the record before [s]
 std::string faultOfTimes(double before, double time, TimeOrder order) {
-  const bool newWeek = before > 0.9 * week && time < 0.1 * week;
+  const bool newWeek = before > 0.9 * weekSeconds && time < 0.1 * weekSeconds;
   if (time > before || (order == TimeOrder::Any && !newWeek)) return {};
   return fmt::format("its time {} s is not after {} s, the time of the record before{}", time,
                      before, newWeek ? "; where a GPS week ends the file has to be split" : "");

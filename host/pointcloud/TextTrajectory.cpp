@@ -12,6 +12,7 @@
 
 #include "host/Failure.h"
 #include "host/pointcloud/DelimitedText.h"
+#include "host/pointcloud/GpsWeek.h"
 #include "host/pointcloud/TextTrajectoryColumns.h"
 #include "platform/tessaly/TransverseMercator.h"
 
@@ -21,7 +22,6 @@ namespace {
 using Words = std::vector<std::string_view>;
 using Zone = Tessaly::TransverseMercatorProjectionParameter;
 
-constexpr double week = 604800.0;        // [s]
 constexpr double adjustedBy = 1e9;       // [s]
 constexpr double firstUnadjusted = 7e8;  // [s] March 2002 since 1980, November 2033 adjusted
 constexpr double degree = pi / 180.0;
@@ -44,7 +44,7 @@ std::string_view unitName(AngleUnit unit) {
 }
 
 TimeScale scaleOf(double time) {
-  if (time >= 0.0 && time <= 2 * week) return TimeScale::OfWeek;
+  if (time >= 0.0 && time <= 2 * weekSeconds) return TimeScale::OfWeek;
   return time < firstUnadjusted ? TimeScale::Adjusted : TimeScale::Gps;
 }
 
@@ -57,10 +57,10 @@ class TimeReader {
     if (scale_ == TimeScale::FoundOut) scale_ = scaleOf(time);
     if (scale_ == TimeScale::Adjusted) time += adjustedBy;
     if (ofWeek()) time = beyondTheWeek(time);
-    if (!(time >= 0.0) || (ofWeek() && time > 2 * week)) refuse(time);
+    if (!(time >= 0.0) || (ofWeek() && time > 2 * weekSeconds)) refuse(time);
     first_ = std::min(first_, time);
     last_ = std::max(last_, time);
-    if (last_ - first_ > week) {
+    if (last_ - first_ > weekSeconds) {
       text_.refuse(
           fmt::format("its time is {} s away from another one of the file; split files of "
                       "more than a week, and see that all times count the same",
@@ -73,11 +73,11 @@ class TimeReader {
   bool ofWeek() const { return scale_ == TimeScale::OfWeek; }
 
   /// Number of the week of the earliest time.
-  double firstWeek() const { return std::floor(first_ / week); }
+  double firstWeek() const { return std::floor(first_ / weekSeconds); }
 
  private:
   double beyondTheWeek(double time) const {
-    return before_ > 0.9 * week && time < 0.1 * week ? time + week : time;
+    return before_ > 0.9 * weekSeconds && time < 0.1 * weekSeconds ? time + weekSeconds : time;
   }
 
   [[noreturn]] void refuse(double time) const {
@@ -199,7 +199,7 @@ class TrajectoryReader {
   void countFromWeek(TextTrajectory& trajectory) const {
     if (times_.ofWeek()) return;
     trajectory.week = static_cast<std::int64_t>(times_.firstWeek());
-    for (auto& record : trajectory.records) record.time -= times_.firstWeek() * week;
+    for (auto& record : trajectory.records) record.time -= times_.firstWeek() * weekSeconds;
   }
 
   const TextTrajectoryFormat& format_;

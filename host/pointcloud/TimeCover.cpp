@@ -6,10 +6,12 @@
 
 #include <fmt/format.h>
 
+#include "host/pointcloud/GpsWeek.h"
+
 namespace PointCloud {
 namespace {
 
-constexpr double weekSeconds = 604800.0, leapSeconds = 18.0, adjustment = 1e9;
+constexpr double leapSeconds = 18.0, adjustment = 1e9;
 
 bool fits(const TimeSpan& trajectory, const TimeSpan& strip, double shift) {
   return covers(trajectory, {strip.first + shift, strip.last + shift});

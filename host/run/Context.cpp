@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/OutputPlaces.h"
 #include "host/pointcloud/Containers.h"
 
 namespace {
@@ -14,15 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* recordsFolder = "steps";
-
-void makeFolder(const fs::path& folder) {
-  std::error_code fault;
-  fs::create_directories(folder, fault);
-  if (fs::is_directory(folder)) return;
-  throw Failure(folder.string() + ": cannot be made a folder" +
-                    (fault ? ": " + fault.message() : std::string()),
-                writeError);
-}
 
 void makeFolders(const RunContext& run) {
   const auto& names = run.configuration();

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include "host/Failure.h"
+#include "host/OutputPlaces.h"
 #include <velorn/InputParameter.h>
 
 namespace Simulation {
@@ -75,9 +76,8 @@ std::set<fs::path> flightIn(const fs::path& folder) {
 }  // namespace
 
 OutputFolder::OutputFolder(fs::path folder, bool overwrite) : folder_(std::move(folder)) {
-  std::error_code error;
-  fs::create_directories(folder_ / "truth", error);
-  orFail(folder_, "the folder cannot be made", error);
+  makeFolder(folder_);
+  makeFolder(folder_ / "truth");
   before_ = flightIn(folder_);
   if (before_.empty()) return;
   if (!overwrite) {
@@ -85,6 +85,7 @@ OutputFolder::OutputFolder(fs::path folder, bool overwrite) : folder_(std::move(
         fmt::format("{}: holds a flight already ({}): choose another folder, or --overwrite",
                     folder_.string(), before_.begin()->filename().string()));
   }
+  std::error_code error;
   fs::remove(folder_ / "truth.json", error);
   orFail(folder_ / "truth.json", "cannot be removed", error);
 }
@@ -104,9 +105,7 @@ std::string OutputFolder::stripName(std::size_t index) {
 
 fs::path OutputFolder::correspondences(const PointCloud::BlockName& block) {
   const fs::path folder = correspondenceFolder();
-  std::error_code error;
-  fs::create_directories(folder_ / folder, error);
-  orFail(folder_ / folder, "the folder cannot be made", error);
+  makeFolder(folder_ / folder);
   return remembered(folder / fileNameOf(block));
 }
 
