@@ -6,6 +6,7 @@
 
 #include "optimization/AdjustmentProblem.h"
 #include "optimization/CorrespondenceFolder.h"
+#include "optimization/SectionReport.h"
 #include "platform/morvane/Console.h"
 #include <velorn/CeresOptimization.h>
 
@@ -87,6 +88,7 @@ std::string CeresOptimization::solve(const std::vector<unsigned>& correspondence
   ceres::Solver::Summary summary;
   ceres::Solve(solverOptions(inputParameter), &problem, &summary);
   outcome.end = endOf(summary);
+  outcome.end.estimated = estimatedUnknowns(outcome.sections, settings);
   fullReport = summary.FullReport();
   return {};
 }

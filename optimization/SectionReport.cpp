@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include "georef/TrajectoryCorrection.h"
+
 namespace Velorn {
 namespace {
 
@@ -20,10 +22,12 @@ std::vector<SectionState> sectionStates(const std::vector<StripSections>& strips
   std::vector<SectionState> states;
   for (std::uint32_t strip = 0; strip < strips.size(); ++strip) {
     const bool isLocked = lockedStrips.contains(static_cast<int>(strip));
-    for (std::size_t i = 0; i < strips[strip].sections.size(); ++i) {
+    for (const auto& [start, one] : strips[strip].sections) {
       const auto section = static_cast<std::uint32_t>(states.size());  // numbers run on
       const unsigned int count = correspondences.at(section);
-      states.push_back({strip, section, count, count < fewestCorrespondences, isLocked});
+      const auto [position, angles] = usedPowers(one.type);
+      states.push_back({strip, section, count, 3 * (position + angles),
+                        count < fewestCorrespondences, isLocked});
     }
   }
   return states;
@@ -37,6 +41,13 @@ std::string sectionListing(const std::vector<SectionState>& states) {
                         state.correspondences);
   }
   return text;
+}
+
+int estimatedUnknowns(const std::vector<SectionState>& states, const AdjustmentSettings& settings) {
+  int sum = 3 * (int{settings.estimateOffsets} + int{settings.estimateScales} +
+                 int{settings.estimateMisalignment} + int{settings.estimateLeverArm});
+  for (const auto& state : states) sum += state.isConstant() ? 0 : state.coefficients;
+  return sum;
 }
 
 std::vector<std::uint32_t> stripsHeldConstant(const std::vector<SectionState>& states) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <velorn/AdjustmentResult.h>
+#include <velorn/CeresOptimization.h>
 #include <velorn/Section.h>
 
 namespace Velorn {
@@ -25,6 +26,9 @@ std::vector<SectionState> sectionStates(const std::vector<StripSections>& strips
 
 /// One line per section.
 std::string sectionListing(const std::vector<SectionState>& states);
+
+/// How many unknowns of the sections and of the whole flight an adjustment estimates.
+int estimatedUnknowns(const std::vector<SectionState>& states, const AdjustmentSettings& settings);
 
 /// Strips with a section that is held constant, ascending, each once.
 std::vector<std::uint32_t> stripsHeldConstant(const std::vector<SectionState>& states);

@@ -152,6 +152,12 @@ Owners ownersOf(const std::vector<TrajectoryRecord>& records, std::int64_t week,
   return owners;
 }
 
+/// Of a strip that was locked, and of no strip.
+bool isNone(const PoseCorrection& correction) {
+  return correction.position == PoseCorrection{}.position &&
+         correction.attitude == PoseCorrection{}.attitude;
+}
+
 SbetRecord geographic(const TrajectoryRecord& record, const PoseCorrection& correction,
                       const Tessaly::TransverseMercatorProjectionParameter& zone) {
   const auto place = Tessaly::inverseTransverseMercatorProjection(
@@ -202,7 +208,7 @@ CorrectedTrajectory correctedTrajectory(const Trajectory& trajectory,
         strip ? correctionAt(parameters, strip->place, strip->span,
                              records[k].time - secondsBefore(strip->week, result.week))
               : PoseCorrection{};
-    result.corrected += strip ? 1 : 0;
+    result.corrected += isNone(correction) ? 0 : 1;
     result.records.push_back(geographic(records[k], correction, trajectory.getMercator()));
   }
   return result;

@@ -36,7 +36,7 @@ std::vector<MeasuredStrip> measuredStrips(const std::vector<std::filesystem::pat
 struct CorrectedTrajectory {
   std::vector<PointCloud::SbetRecord> records;  ///< times go on beyond the end of the first week
   std::int64_t week = 0;                        ///< of the first record
-  std::size_t corrected = 0;
+  std::size_t corrected = 0;                    ///< by anything but zeros
   std::size_t contested = 0;  ///< records of two strips; the correction of the one listed first
                               ///< counts
 };

@@ -94,7 +94,7 @@ class FlightExport {
     const auto trajectory = imported(options_.trajectories);
     trajectory_ = correctedTrajectory(trajectory, model_.parameters, strips);
     epsg_ = trajectory.getEpsgSpatial();
-    if (trajectory_.contested == 0) return;
+    if (trajectory_.contested == 0 || trajectory_.corrected == 0) return;
     tell_(
         fmt::format("trajectory: {} records belong to two strips, each with corrections of its "
                     "own; those of the one named first were taken",

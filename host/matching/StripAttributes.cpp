@@ -43,7 +43,7 @@ void checkStrip(const GridFile& strip) {
   for (const char* name : {"ReturnNumber", "NumberOfReturns", "Classification"}) {
     strip.world<std::uint8_t>(name);
   }
-  strip.scanner<point>("Positions", georeference + " --inverse` writes it");
+  strip.scanner<point>("Positions", georeference + " --inverse` computes it, where zeros lie");
   strip.scanner<vector>("Waveforms.DirectionDelta", georeference + "` writes it");
 }
 

@@ -16,6 +16,9 @@ namespace fs = std::filesystem;
 
 constexpr const char* recordsFolder = "steps";
 
+/// Counts on with what the reports of steps hold, so that one of an older form is made anew.
+constexpr int reportForm = 2;
+
 void makeFolders(const RunContext& run) {
   const auto& names = run.configuration();
   for (const auto& name :
@@ -54,7 +57,7 @@ StepRecord RunContext::recordOf(const std::string& step) const {
 }
 
 Json keyOf(const std::string& step) {
-  return {{"step", step}, {"program", VELORN_VERSION}};
+  return {{"step", step}, {"program", VELORN_VERSION}, {"form", reportForm}};
 }
 
 std::string digestOf(const Json& key) {

@@ -77,7 +77,8 @@ Json solverOf(const Velorn::SolverEnd& end) {
           {"steps", end.successfulSteps},
           {"seconds", end.seconds},
           {"residuals", end.residuals},
-          {"unknowns", end.parameters}};
+          {"unknowns", end.parameters},
+          {"estimated", end.estimated}};
 }
 
 Json heldSectionsOf(const AdjustmentOutcome& outcome) {

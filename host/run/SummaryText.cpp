@@ -144,9 +144,10 @@ std::string globalsTable(const Json& globals) {
 std::string solverText(const Json& adjustment) {
   const auto& solver = adjustment["solver"];
   std::string text = fmt::format(
-      "solver: {} after {} steps in {:.1f} s; {} residuals, {} unknowns\n",
+      "solver: {} after {} steps in {:.1f} s; {} residuals, {} of {} unknowns estimated\n",
       textOf(solver["termination"]), solver["steps"].get<int>(), solver["seconds"].get<double>(),
-      solver["residuals"].get<int>(), solver["unknowns"].get<int>());
+      solver["residuals"].get<int>(), solver["estimated"].get<int>(),
+      solver["unknowns"].get<int>());
   for (const auto& section : adjustment["held_sections"]) {
     const bool isLocked = section["locked"].get<bool>();
     text += fmt::format("held constant: section {} of {} with {} correspondences: {}\n",

@@ -20,6 +20,7 @@ struct SolverEnd {
   int successfulSteps = 0, unsuccessfulSteps = 0;
   double seconds = 0.0;
   int residuals = 0, parameters = 0;  ///< as the solver counts them; -1 when it refused its options
+  int estimated = 0;  ///< of the parameters: neither held constant nor without a place in the model
 
   bool hasRun() const { return !termination.empty(); }
   bool isConvergence() const { return termination == "CONVERGENCE"; }
@@ -29,6 +30,7 @@ struct SolverEnd {
 struct SectionState {
   std::uint32_t strip = 0, section = 0;
   unsigned int correspondences = 0;
+  int coefficients = 0;   ///< of its 24 unknowns those that its model has
   bool isLow = false;     ///< too few correspondences
   bool isLocked = false;  ///< its strip is locked
 

@@ -37,6 +37,22 @@ TEST(SectionReport, MarksSectionsWithFewerThanHundredCorrespondencesAndLockedStr
               testing::IsEmpty());
 }
 
+TEST(SectionReport, CountsWhatIsEstimatedByModelAndWithoutWhatIsHeld) {
+  auto flight = strips({1, 1, 1, 1});
+  using Velorn::Sec_Type;
+  Sec_Type type[] = {Sec_Type::BIAS, Sec_Type::LINEAR, Sec_Type::SPLINE, Sec_Type::HYBRID};
+  for (std::size_t i = 0; i < 4; ++i) flight[i].sections.at(0).type = type[i];
+  const auto count = [&](std::vector<unsigned int> correspondences, const std::set<int>& locked) {
+    return Velorn::estimatedUnknowns(Velorn::sectionStates(flight, correspondences, locked), {});
+  };
+  EXPECT_EQ(count({100, 100, 100, 100}, {}), 12 + 6 + 12 + 24 + 9);
+  EXPECT_EQ(count({100, 100, 99, 100}, {0}), 12 + 12 + 9);
+  Velorn::AdjustmentSettings misalignmentAlone;
+  misalignmentAlone.estimateOffsets = misalignmentAlone.estimateScales =
+      misalignmentAlone.estimateLeverArm = false;
+  EXPECT_EQ(Velorn::estimatedUnknowns({}, misalignmentAlone), 3);
+}
+
 TEST(TerrainHistogram, ShowsEveryClassWithItsShareAndWeight) {
   const std::string rule(60, '-');
   EXPECT_EQ(Velorn::terrainHistogram({100, 200, 0, 0, 700}, {1, 2.5, 1, 1}),

@@ -106,27 +106,34 @@ class ExportedFlight : public testing::Test {
     imported = importFlight(from, silent, [](const std::string&) {});
   }
 
-  void saveModel() {
-    std::string sections, ids,
-        parameters =
-            "#Number of local parameters: 48\n#Number of global parameters: 12 (see last line)\n\n";
+  /// @param locked  the trajectory stays as it is
+  static std::string parameterText(bool locked) {
+    std::string parameters =
+        "#Number of local parameters: 48\n#Number of global parameters: 12 (see last line)\n\n";
     const auto add = [&](const auto& values) {
       for (const double value : values) parameters += fmt::format("{:.15f} ", value);
     };
+    for (std::size_t k = 0; k < 2; ++k) {
+      add(locked ? std::array<double, 24>{} : correctionsOf(k));
+      parameters += "\n";
+    }
+    add(globals);
+    return parameters;
+  }
+
+  void saveModel() {
+    std::string sections, ids;
     for (std::size_t k = 0; k < 2; ++k) {
       starts.push_back(imported.strips.at(k).first - 0.5);
       ids += fmt::format("id: {} file: elsewhere/{}.kx type: strip\n", k, k == 0 ? "a" : "b");
       sections += fmt::format("StripID: {0}, sectionID: {0}, t: {1:.15f}, type: LINEAR\n", k,
                               starts.back());
-      add(correctionsOf(k));
-      parameters += "\n";
     }
-    add(globals);
     model = {folder / "00_parameter/Sections.txt", folder / "00_parameter/Parameter.txt",
              folder / "00_parameter/StripID.txt"};
     fs::create_directory(folder / "00_parameter");
     writeContent(model.sections, sections);
-    writeContent(model.parameters, parameters);
+    writeContent(model.parameters, parameterText(false));
     writeContent(model.stripIds, ids);
   }
 

@@ -90,6 +90,10 @@ TEST_F(ExportedFlight, TellsOfStripsWithoutCorrectionsAndCountsTheCorrectedRecor
                          });
   EXPECT_THAT(report.files.at(2).content,
               HasSubstr(fmt::format("{} of 101 records corrected", corrected)));
+
+  writeContent(model.parameters, parameterText(true));
+  options.overwrite = true;
+  EXPECT_THAT(done().files.at(2).content, HasSubstr("0 of 101 records corrected"));
 }
 
 TEST_F(ExportedFlight, TellsOfTwoStripsOfOneTimeAndCorrectsByTheOneNamedFirst) {
