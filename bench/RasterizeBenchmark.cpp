@@ -4,8 +4,12 @@
 // What the planes through all neighbourhoods of a strip take, against nanoflann's bare query for
 // the nearest neighbours of the same points (one tree of all, its building included). Groups are
 // numbers of points: 2 and 8 million, or those that VELORN_BENCH_RASTER_POINTS names ("2 8 32 64").
+//
+// Rounds: the planes that a round from coarse to fine fits anew, thinning included, against those
+// of all points; scale 4 is the first of four coarse rounds, scale 1 is that of those after them.
 #include <array>
 #include <nanoflann.hpp>
+#include <numeric>
 #include <sstream>
 #include <vector>
 
@@ -14,6 +18,7 @@
 
 #include "bench/Settings.h"
 #include "bench/Swath.h"
+#include "host/matching/Cubes.h"
 #include "host/matching/Surface.h"
 
 namespace {
@@ -66,14 +71,37 @@ void planes(benchmark::State& state, std::size_t count, int threads) {
   countPoints(state, count);
 }
 
+void coarseRound(benchmark::State& state, std::size_t count, double scale) {
+  const auto points = swath(count);
+  std::vector<std::uint32_t> members(count);
+  std::iota(members.begin(), members.end(), 0U);
+  omp_set_num_threads(2);
+  for (auto _ : state) {
+    const double side = 0.5 * scale * spacingOf(points, members, 5.0);
+    std::vector<point> kept;
+    for (const auto k : onePerCube(points, members, side)) kept.push_back(points[k]);
+    const std::vector<Echo> echoes(kept.size(), Echo::last);
+    const Surface surface =
+        surfaceOf(kept, echoes, {4 * neighbours, 5.0 * scale}, [](std::size_t) {});
+    benchmark::DoNotOptimize(surface.normals.data());
+  }
+  countPoints(state, count);
+}
+
 const bool added = [] {
+  const auto with = [](auto* benchmark) {
+    benchmark->Unit(benchmark::kSecond)->UseRealTime()->MeasureProcessCPUTime();
+  };
+  constexpr std::size_t ofRounds = 2'000'000;
+  with(benchmark::RegisterBenchmark("Rounds/allPoints", planes, ofRounds, 2));
+  for (const int scale : {1, 2, 4}) {
+    with(benchmark::RegisterBenchmark(("Rounds/scale" + std::to_string(scale)).c_str(), coarseRound,
+                                      ofRounds, scale));
+  }
   std::istringstream millions(setting("VELORN_BENCH_RASTER_POINTS", "2 8"));
   for (std::size_t million = 0; millions >> million;) {
     const std::string group = "Surface" + std::to_string(million) + "Million/";
     const std::size_t count = million * 1'000'000;
-    const auto with = [](auto* benchmark) {
-      benchmark->Unit(benchmark::kSecond)->UseRealTime()->MeasureProcessCPUTime();
-    };
     with(benchmark::RegisterBenchmark((group + "nanoflann").c_str(), bareQuery, count));
     for (const int threads : {1, 2}) {
       with(benchmark::RegisterBenchmark((group + "planes" + std::to_string(threads)).c_str(),
