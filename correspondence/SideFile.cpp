@@ -15,17 +15,17 @@ using Column = SphericalBeingData::Column<T>;
 
 constexpr const char* weekAttribute = "weeknumber";
 
-std::string refused(const std::string& fault) {
+std::string sideRefused(const std::string& fault) {
   return "SphericalBeingData::SphericalBeingData: " + fault;
 }
 
 template <Strandel::Value T>
 std::string readColumn(const Strandel::ChartPtr& chart, const char* name, Column<T>& column) {
   const auto field = fieldOf(chart, name, Strandel::valueTypeOf<T>());
-  if (!field) return refused(std::string("No field for") + name);
-  if (fragmentsWithChunk(*field).empty()) return refused(std::string("No Chunk for ") + name);
+  if (!field) return sideRefused(std::string("No field for") + name);
+  if (fragmentsWithChunk(*field).empty()) return sideRefused(std::string("No Chunk for ") + name);
   auto read = allValues<T>(*field);
-  if (!read.values) return refused(read.error);
+  if (!read.values) return sideRefused(read.error);
   column = std::move(read.values);
   return {};
 }
@@ -39,7 +39,7 @@ auto readerOf(const Strandel::ChartPtr& chart, std::string& fault) {
 
 std::string readWeek(SphericalBeingData& side) {
   const auto week = side.grid->attributes().unsigned32(weekAttribute);
-  if (!week) return refused("No weeknumber");
+  if (!week) return sideRefused("No weeknumber");
   side.weekNumber = *week;
   return {};
 }
@@ -78,10 +78,10 @@ Strandel::FieldPtr wholeField(Strandel::Chart& chart, const char* name, Strandel
 
 std::string loadSide(const Strandel::GridPtr& grid, const std::filesystem::path& file,
                      SphericalBeingData& side) {
-  if (!grid) return refused("No grid");
+  if (!grid) return sideRefused("No grid");
   side.grid = grid;
   side.chart = grid->cartesian();
-  if (!side.chart) return refused("No rep");
+  if (!side.chart) return sideRefused("No rep");
   std::string fault;
   forEachSurfaceColumn(side, readerOf(side.chart, fault));
   if (fault.empty()) fault = readWeek(side);

@@ -66,8 +66,8 @@ std::array<Vector3<double>, 4> path(const Vector3<double>& before, const Vector3
 }
 
 /// s(q') of a measurement. The angles themselves are needed only where they are scaled.
-Vector3<double> correctedMeasurement(const Geomra::PhysicalSpace::point& s,
-                                     const Mounting<double>& mounting) {
+Vector3<double> correctedInSteps(const Geomra::PhysicalSpace::point& s,
+                                 const Mounting<double>& mounting) {
   const auto &o = mounting.offsets, &c = mounting.scales;
   if (o.isZero(0.0) && c.isZero(0.0)) return vectorOf(s);
   const double inPlane = std::sqrt(s.x * s.x + s.z * s.z);
@@ -138,7 +138,7 @@ std::optional<Georeferenced> IntervalModel::georeference(
     const Geomra::PhysicalSpace::point& scanner, double t) const {
   const double u = (t - interval_.first) * perSecond_ - 0.5;
   const Vector3<double> level =
-      attitudeAt(u) * bodyVector(correctedMeasurement(scanner, *mounting_), mounting_->misalignment,
+      attitudeAt(u) * bodyVector(correctedInSteps(scanner, *mounting_), mounting_->misalignment,
                                  mounting_->leverArm);
   if (!(level.squaredNorm() < farthestPoint * farthestPoint)) return {};
   const Matrix3<double> c = (localLevel_[2] * u + localLevel_[1]) * u + localLevel_[0];

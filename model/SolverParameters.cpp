@@ -25,10 +25,6 @@ std::size_t fromEnd(const std::vector<double>& values, std::size_t distance, uns
   return values.size() - distance + component;
 }
 
-bool isFinite(const Geomra::PhysicalSpace::point& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
-
 void requireEntries(const std::vector<double>& values, std::size_t needed, const char* operation) {
   if (values.size() >= needed) return;
   throw std::out_of_range(fmt::format("SolverParameters::{}: the vector has {} entries, {} needed",

@@ -41,10 +41,6 @@ point pointOf(const Strandel::Chart& chart, const char* name) {
   return chart.attributes().point(name).value_or(point{noLength, noLength, noLength});
 }
 
-bool isFinite(const point& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
-
 }  // namespace
 
 // NOLINTNEXTLINE(modernize-pass-by-value): the interface takes a reference

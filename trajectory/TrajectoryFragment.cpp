@@ -17,9 +17,6 @@ using Geomra::PhysicalSpace::point;
 bool isFinite(double value) {
   return std::isfinite(value);
 }
-bool isFinite(const point& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
 
 std::string textOf(double value) {
   return fmt::format("{}", value);

@@ -25,10 +25,10 @@ void info(const InfoCall& call) {
   Json documents = Json::array();
   std::string faults;
   for (const auto& file : call.files) {
-    Description description = describe(file);
-    if (!call.json) std::cout << listingOf(description.document) << std::flush;
-    if (call.json) documents.push_back(std::move(description.document));
-    for (const auto& fault : description.faults) faults += (faults.empty() ? "" : "\n") + fault;
+    Description one = describe(file);
+    if (!call.json) std::cout << listingOf(one.document) << std::flush;
+    if (call.json) documents.push_back(std::move(one.document));
+    for (const auto& fault : one.faults) faults += (faults.empty() ? "" : "\n") + fault;
   }
   if (call.json) {
     const Json document{{"files", std::move(documents)}};

@@ -4,10 +4,10 @@
 
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <numbers>
 
 #include <fmt/format.h>
 
+#include "host/Angles.h"
 #include "host/Failure.h"
 #include "host/simulation/PlanePairs.h"
 
@@ -16,29 +16,27 @@ namespace {
 
 namespace fs = std::filesystem;
 using Eigen::Vector3d;
-using Json = nlohmann::json;
+using PlainJson = nlohmann::json;
 
-constexpr double degree = std::numbers::pi / 180.0;
-
-Vector3d listed(const Json& three) {
+Vector3d listed(const PlainJson& three) {
   return {three.at(0).get<double>(), three.at(1).get<double>(), three.at(2).get<double>()};
 }
 
 /// @param which  "true" or "nominal"
-Simulation::Mounting mountingIn(const Json& globals, const char* which) {
+Simulation::Mounting mountingIn(const PlainJson& globals, const char* which) {
   const auto in = [&](const char* name) { return listed(globals.at(name).at(which)); };
   return {in("offsets").cwiseProduct(Vector3d(1.0, degree, degree)), in("scales"),
           degree * in("misalignment"), in("leverArm")};
 }
 
 /// @param unit  of the file, in metres or radians
-Simulation::Correction correctionIn(const Json& json, double unit) {
-  const Json& sine = json.at("sine");
+Simulation::Correction correctionIn(const PlainJson& json, double unit) {
+  const PlainJson& sine = json.at("sine");
   return {unit * listed(json.at("constant")), unit * listed(json.at("linear")),
           unit * listed(sine.at("amplitude")), listed(sine.at("period")), listed(sine.at("phase"))};
 }
 
-TrueStrip stripIn(const Json& json, const fs::path& folder) {
+TrueStrip stripIn(const PlainJson& json, const fs::path& folder) {
   TrueStrip strip;
   strip.file = folder / json.at("file").get<std::string>();
   strip.planes = folder / "truth" / (strip.file.stem().string() + "_planes.kx");
@@ -48,7 +46,7 @@ TrueStrip stripIn(const Json& json, const fs::path& folder) {
   return strip;
 }
 
-Truth truthIn(const Json& json, const fs::path& folder) {
+Truth truthIn(const PlainJson& json, const fs::path& folder) {
   Truth truth;
   truth.week = json.at("week").get<unsigned int>();
   truth.rangeNoise = json.at("options").at("rangeNoise").get<double>();
@@ -56,13 +54,13 @@ Truth truthIn(const Json& json, const fs::path& folder) {
   truth.real = mountingIn(json.at("globals"), "true");
   truth.nominal = mountingIn(json.at("globals"), "nominal");
   truth.trajectory = folder / "trajectory.kx";
-  for (const Json& strip : json.at("strips")) truth.strips.push_back(stripIn(strip, folder));
+  for (const PlainJson& strip : json.at("strips")) truth.strips.push_back(stripIn(strip, folder));
   return truth;
 }
 
 /// A line "plane,class,easting,northing,height,normal_e,normal_n,normal_h".
 Velorn::TerrainType kindIn(const std::string& line) {
-  const Json row = Json::parse("[" + line + "]");
+  const PlainJson row = PlainJson::parse("[" + line + "]");
   Simulation::Plane plane;
   plane.surface = static_cast<Simulation::Surface>(row.at(1).get<int>());
   plane.normal = {row.at(5).get<double>(), row.at(6).get<double>(), row.at(7).get<double>()};
@@ -94,11 +92,11 @@ Truth readTruth(const fs::path& folder) {
   auto planes = opened(folder, "truth/planes.csv");
   const char* name = "truth.json";
   try {
-    Truth truth = truthIn(Json::parse(description), folder);
+    Truth truth = truthIn(PlainJson::parse(description), folder);
     name = "truth/planes.csv";
     truth.kindOfPlane = kindsIn(planes);
     return truth;
-  } catch (const Json::exception& fault) {
+  } catch (const PlainJson::exception& fault) {
     throw Failure(fmt::format("{}: is not as `velorn simulate` writes it: {}",
                               (folder / name).string(), fault.what()));
   }

@@ -16,7 +16,7 @@
 namespace Importing {
 namespace {
 
-using Geomra::PhysicalSpace::point;
+using Geomra::PhysicalSpace::isFinite, Geomra::PhysicalSpace::point;
 using PointCloud::LasFile, PointCloud::LasPoint;
 
 constexpr std::uint8_t noise = 7;  // class of the LAS format
@@ -35,10 +35,6 @@ std::vector<T> chosen(const std::vector<T>& all, const std::vector<std::uint64_t
   some.reserve(order.size());
   for (const std::uint64_t k : order) some.push_back(all[k]);
   return some;
-}
-
-bool isFinite(const point& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
 
 }  // namespace

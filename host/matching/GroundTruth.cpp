@@ -15,8 +15,6 @@
 namespace Matching {
 namespace {
 
-constexpr double infinite = std::numeric_limits<double>::infinity();
-
 std::vector<std::uint32_t> allOf(std::size_t count) {
   std::vector<std::uint32_t> numbers(count);
   std::iota(numbers.begin(), numbers.end(), 0U);
@@ -57,14 +55,14 @@ class JoinedSets {
   std::vector<std::uint32_t> parents_;
 };
 
-enum class Fate : std::uint8_t { noCandidate, tooFar, angle, roughness, found };
+enum class TruthFate : std::uint8_t { noCandidate, tooFar, angle, roughness, found };
 
-Fate examine(const PartnerSearch& strip, const GroundTruth& known, Correspondence& pair) {
+TruthFate examine(const PartnerSearch& strip, const GroundTruth& known, Correspondence& pair) {
   const SearchRules& rules = strip.rules();
   const MatchPoints& points = strip.points();
   const point& p = points.places()[pair.i];
   const Neighbour nearest = known.nearest(p, rules.radius);
-  if (!(nearest.square < infinite)) return Fate::noCandidate;
+  if (!(nearest.square < infinite)) return TruthFate::noCandidate;
   pair.j = nearest.number;
   pair.code = codeOf(Velorn::TerrainType::GROUND_TRUTH);
   pair.normalI = pair.normalJ = known.points().normals[pair.j];
@@ -72,15 +70,15 @@ Fate examine(const PartnerSearch& strip, const GroundTruth& known, Correspondenc
   const double along = dot(pair.normalI, away);
   const double beside = std::sqrt(std::max(0.0, nearest.square - along * along));
   const double spacing = known.spacing() > 0.0 ? known.spacing() : rules.radius;
-  if (beside > std::min(spacing, rules.radius)) return Fate::tooFar;
+  if (beside > std::min(spacing, rules.radius)) return TruthFate::tooFar;
   const PlaneFit plane = strip.planeAbout(pair.i);
-  if (!plane.exists()) return Fate::roughness;
-  if (!(std::abs(dot(plane.normal, pair.normalI)) >= rules.cosine)) return Fate::angle;
+  if (!plane.exists()) return TruthFate::roughness;
+  if (!(std::abs(dot(plane.normal, pair.normalI)) >= rules.cosine)) return TruthFate::angle;
   pair.roughnessI = plane.roughness;
   const vector& beam = points.beams[pair.i];
   if (rules.ontoPlanes) pair.shiftI = shiftOntoPlane(plane.distanceOf(p), plane.normal, beam);
   pair.distance = dot(pair.normalI, known.points().places[pair.j] - shifted(p, beam, pair.shiftI));
-  return Fate::found;
+  return TruthFate::found;
 }
 
 std::vector<std::uint32_t> nearGroundTruth(const PartnerSearch& strip, const GroundTruth& known) {
@@ -96,11 +94,11 @@ std::vector<std::uint32_t> nearGroundTruth(const PartnerSearch& strip, const Gro
   return near;
 }
 
-void count(Fate fate, Funnel& funnel) {
-  funnel.candidates += fate == Fate::noCandidate ? 0 : 1;
-  funnel.tooFar += fate == Fate::tooFar ? 1 : 0;
-  funnel.angle += fate == Fate::angle ? 1 : 0;
-  funnel.roughness += fate == Fate::roughness ? 1 : 0;
+void count(TruthFate fate, Funnel& funnel) {
+  funnel.candidates += fate == TruthFate::noCandidate ? 0 : 1;
+  funnel.tooFar += fate == TruthFate::tooFar ? 1 : 0;
+  funnel.angle += fate == TruthFate::angle ? 1 : 0;
+  funnel.roughness += fate == TruthFate::roughness ? 1 : 0;
 }
 
 }  // namespace
@@ -153,7 +151,7 @@ std::vector<Correspondence> searchGroundTruth(const PartnerSearch& strip,
   if (groundTruth.empty()) return pairs;
   const auto near = nearGroundTruth(strip, groundTruth);
   pairs.resize(near.size());
-  std::vector<Fate> fates(near.size());
+  std::vector<TruthFate> fates(near.size());
   forEachInChunks(near.size(), tell, [&](std::size_t k) {
     pairs[k].i = near[k];
     fates[k] = examine(strip, groundTruth, pairs[k]);
@@ -161,7 +159,7 @@ std::vector<Correspondence> searchGroundTruth(const PartnerSearch& strip,
   std::size_t found = 0;
   for (std::size_t k = 0; k < pairs.size(); ++k) {
     count(fates[k], funnels[0]);
-    if (fates[k] == Fate::found) pairs[found++] = pairs[k];
+    if (fates[k] == TruthFate::found) pairs[found++] = pairs[k];
   }
   pairs.resize(found);
   return pairs;

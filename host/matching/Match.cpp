@@ -4,12 +4,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <set>
 #include <utility>
 
 #include <fmt/format.h>
 
+#include "host/Angles.h"
 #include "host/Failure.h"
 #include "host/matching/BlockFolder.h"
 #include "host/matching/GroundTruth.h"
@@ -22,7 +22,6 @@
 namespace Matching {
 namespace {
 
-constexpr double degree = std::numbers::pi / 180.0;
 constexpr double inclined = 10.0 * degree;  // ground truth that controls more than heights
 constexpr unsigned int timeBins = 16;
 

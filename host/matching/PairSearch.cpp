@@ -12,8 +12,6 @@
 namespace Matching {
 namespace {
 
-constexpr double infinite = std::numeric_limits<double>::infinity();
-
 std::vector<std::uint32_t> numbersOf(std::uint8_t code, const MatchPoints& points) {
   std::vector<std::uint32_t> numbers;
   for (std::size_t k = 0; k < points.size(); ++k) {

@@ -28,6 +28,9 @@ struct Neighbour {
   double square;         ///< of its distance [m²]
 };
 
+/// The square of a neighbour's distance where there is none.
+constexpr double infinite = std::numeric_limits<double>::infinity();
+
 /// The nearest points found so far, the nearest one first; the room is somebody else's.
 class Neighbours {
  public:

@@ -14,7 +14,7 @@ namespace {
 
 constexpr double width = 3.0, leastNmad = 1e-3;
 constexpr std::size_t enoughOfGroup = 10, enoughOfPair = 5;
-constexpr std::size_t classes = std::tuple_size_v<Funnels>;
+constexpr std::size_t classCount = std::tuple_size_v<Funnels>;
 
 std::size_t classOf(const Correspondence& pair) {
   return classIndexOf(pair.code);
@@ -76,9 +76,9 @@ void rejectRough(std::vector<Correspondence>& pairs, Funnels& funnels) {
 
 /// Median and NMAD of the distances of each class.
 void describe(const std::vector<Correspondence>& pairs, Funnels& funnels) {
-  std::array<std::vector<double>, classes> each;
+  std::array<std::vector<double>, classCount> each;
   for (const Correspondence& pair : pairs) each[classOf(pair)].push_back(pair.distance);
-  for (std::size_t k = 0; k < classes; ++k) {
+  for (std::size_t k = 0; k < classCount; ++k) {
     const Spread spread = spreadOf(std::move(each[k]));
     funnels[k].median = spread.median;
     funnels[k].nmad = spread.nmad;

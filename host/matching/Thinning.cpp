@@ -9,10 +9,10 @@
 #include <numeric>
 #include <tuple>
 
+#include "host/Angles.h"
+
 namespace Matching {
 namespace {
-
-constexpr double degree = std::numbers::pi / 180.0;
 
 /// The output function of SplitMix64 (Steele, Lea, Flood: Fast splittable pseudorandom number
 /// generators, 2014).

@@ -14,14 +14,14 @@ namespace PointCloud {
 namespace {
 
 /// Where records stand and what they are called.
-struct Place {
+struct VlrPlace {
   const char* kind;
   std::uint64_t start, end;
   std::uint64_t count;
   std::size_t headSize;
 };
 
-LasVlr vlrIn(const char* head, const Place& place, std::uint64_t position) {
+LasVlr vlrIn(const char* head, const VlrPlace& place, std::uint64_t position) {
   const bool isExtended = place.headSize == extendedRecordHead;
   const std::uint64_t length =
       isExtended ? numberAt<std::uint64_t>(head + 20) : numberAt<std::uint16_t>(head + 20);
@@ -29,7 +29,7 @@ LasVlr vlrIn(const char* head, const Place& place, std::uint64_t position) {
           length};
 }
 
-void appendRecords(std::istream& file, const Place& place, std::vector<LasVlr>& records) {
+void appendRecords(std::istream& file, const VlrPlace& place, std::vector<LasVlr>& records) {
   std::array<char, extendedRecordHead> head{};
   std::uint64_t position = place.start;
   for (std::uint64_t i = 0; i < place.count; ++i) {

@@ -10,6 +10,7 @@
 
 #include <fmt/format.h>
 
+#include "host/Angles.h"
 #include "host/Failure.h"
 #include "host/pointcloud/DelimitedText.h"
 #include "host/pointcloud/GpsWeek.h"
@@ -24,7 +25,6 @@ using Zone = Tessaly::TransverseMercatorProjectionParameter;
 
 constexpr double adjustedBy = 1e9;       // [s]
 constexpr double firstUnadjusted = 7e8;  // [s] March 2002 since 1980, November 2033 adjusted
-constexpr double degree = pi / 180.0;
 
 Zone zoneOf(const TextTrajectoryFormat& format) {
   if (!format.epsg) {

@@ -35,7 +35,7 @@ enum Place : std::size_t {
   Heading
 };
 
-inline constexpr double pi = std::numbers::pi;
+using std::numbers::pi;
 
 // Eastings are bounded so tightly that neither degrees nor a northing is taken for one. Attitudes
 // are bounded as in SBET files.

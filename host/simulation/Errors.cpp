@@ -6,14 +6,13 @@
 #include <cmath>
 #include <numbers>
 
+#include "host/Angles.h"
 #include "host/simulation/Random.h"
 
 namespace Simulation {
 namespace {
 
 using Eigen::Vector3d;
-
-constexpr double degree = std::numbers::pi / 180.0;
 
 /// Standard deviations of constant and drift, and the middle of the amplitudes.
 struct Sizes {

@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numbers>
+
+#include "host/Angles.h"
 
 namespace Simulation {
 namespace {
 
-constexpr double degree = std::numbers::pi / 180.0;
 constexpr double azimuth = 15.0 * degree;  // of the parallel strips, from grid north
 constexpr double overlap = 0.5;            // of neighbouring strips
 constexpr double higher = 1.35;            // the crossing strips fly so many times as high

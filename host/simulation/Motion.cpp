@@ -5,12 +5,11 @@
 #include <cmath>
 #include <numbers>
 
+#include "host/Angles.h"
 #include "host/simulation/Random.h"
 
 namespace Simulation {
 namespace {
-
-constexpr double degree = std::numbers::pi / 180.0;
 
 struct Wave {
   double amplitude, period;

@@ -5,10 +5,11 @@
 #include <cmath>
 #include <numbers>
 
+#include "host/Angles.h"
+
 namespace Simulation {
 namespace {
 
-constexpr double degree = std::numbers::pi / 180.0;
 constexpr double halfSwath = halfSwathDegrees * degree;
 
 /// The axis of the mirror is a little off the flying direction: the lines on the ground are askew.

@@ -2,12 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/simulation/Simulation.h"
 
-#include <numbers>
 #include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 
+#include "host/Angles.h"
 #include "host/Failure.h"
 #include "host/pointcloud/Containers.h"
 #include "host/simulation/Control.h"
@@ -19,8 +19,6 @@
 
 namespace Simulation {
 namespace {
-
-constexpr double degree = std::numbers::pi / 180.0;
 
 point pointOf(const Eigen::Vector3d& v) {
   return {v[0], v[1], v[2]};

@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 #include <fmt/format.h>
 
+#include "host/Angles.h"
 #include "host/Failure.h"
 #include "host/simulation/Random.h"
 #include "platform/tessaly/PolarCoordinates.h"
@@ -16,8 +16,6 @@ namespace Simulation {
 namespace {
 
 using Eigen::Vector3d;
-
-constexpr double degree = std::numbers::pi / 180.0;
 
 /// Where a beam ends.
 struct End {

@@ -6,13 +6,13 @@
 #include <cmath>
 #include <numbers>
 
+#include "host/Angles.h"
 #include "host/simulation/Random.h"
 #include "host/simulation/TileSize.h"
 
 namespace Simulation {
 namespace {
 
-constexpr double degree = std::numbers::pi / 180.0;
 constexpr double half = tileSize / 2.0;
 
 /// Every so many rows of tiles one is a river, which flows from west to east.

@@ -6,10 +6,11 @@
 #include <cmath>
 #include <numbers>
 
+#include "host/Angles.h"
+
 namespace Simulation {
 namespace {
 
-constexpr double degree = std::numbers::pi / 180.0;
 constexpr vector wind{3.0, -2.0, 0.0};  // blows towards, in the projection [m/s]
 constexpr double meanPitch = 1.5 * degree;
 constexpr double steepestBank = 25.0 * degree;

@@ -4,17 +4,16 @@
 
 #include <iterator>
 #include <nlohmann/json.hpp>
-#include <numbers>
 
 #include <fmt/format.h>
+
+#include "host/Angles.h"
 
 namespace Simulation {
 namespace {
 
 using Eigen::Vector3d;
 using Json = nlohmann::ordered_json;  // keeps the order of the keys
-
-constexpr double degree = std::numbers::pi / 180.0;
 
 Json listOf(const Vector3d& v) {
   return {v[0], v[1], v[2]};

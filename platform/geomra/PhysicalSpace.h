@@ -6,6 +6,7 @@
 // N is N x 3 doubles in memory.
 #pragma once
 
+#include <cmath>
 #include <type_traits>
 
 #include "platform/Export.h"
@@ -47,6 +48,11 @@ struct VELORN_PLATFORM_EXPORT point {
     return {a.x - b.x, a.y - b.y, a.z - b.z};
   }
 };
+
+/// Whether all three are numbers, none of them infinite.
+inline bool isFinite(const point& p) {
+  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+}
 
 /// Scalar product.
 constexpr double dot(const vector& a, const vector& b) {

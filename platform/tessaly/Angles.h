@@ -6,9 +6,13 @@
 // 128 degrees, 1.6 nm beyond.
 #pragma once
 
+#include <limits>
 #include <numbers>
 
 namespace Tessaly {
+
+/// The coordinates of what is no place.
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 constexpr double degrees(double radians) {
   return radians * (180.0 / std::numbers::pi);

@@ -13,8 +13,6 @@ namespace {
 
 using Geomra::PhysicalSpace::point;
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-
 const GeographicLib::Geocentric& geocentric(const Ellipsoid& ellipsoid) {
   const auto of = [](const Ellipsoid& e) {
     return GeographicLib::Geocentric(e.getSemiMajorAxis(), e.getFlattening());
@@ -22,10 +20,6 @@ const GeographicLib::Geocentric& geocentric(const Ellipsoid& ellipsoid) {
   static const auto wgs84 = of(Ellipsoid::wgs84());
   static const auto grs80 = of(Ellipsoid::grs80());
   return ellipsoid == Ellipsoid::grs80() ? grs80 : wgs84;
-}
-
-bool isFinite(const point& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
 
 // Outside the evolute of the meridian each point has one normal to the ellipsoid. It reaches

@@ -16,8 +16,6 @@ namespace {
 using Geomra::PhysicalSpace::point;
 using Parameter = TransverseMercatorProjectionParameter;
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-
 // All parameters have the scale of the default one; what is left to tell apart is the ellipsoid.
 const GeographicLib::TransverseMercator& series(const Ellipsoid& ellipsoid) {
   const auto of = [](const Ellipsoid& e) {

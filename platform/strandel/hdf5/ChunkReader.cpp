@@ -9,12 +9,12 @@
 #include <zlib.h>
 
 #include "platform/strandel/hdf5/Fletcher32.h"
+#include "platform/strandel/hdf5/Format.h"
 #include "platform/strandel/hdf5/Types.h"
 
 namespace Strandel::Hdf5 {
 namespace {
 
-constexpr const char* unreadable = "unreadable, the file is damaged";
 constexpr hsize_t mostValues = hsize_t{1} << 32;  // of a chunk, the format's own limit in bytes
 
 void checkKnown(H5Z_filter_t filter) {

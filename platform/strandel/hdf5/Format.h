@@ -15,6 +15,9 @@ inline constexpr const char* versionAttribute = "version";
 inline constexpr int formatVersion = 1;
 inline constexpr const char* timeAttribute = "time";
 
+/// What is said of an object that the file names and the HDF5 library cannot read.
+inline constexpr const char* unreadable = "unreadable, the file is damaged";
+
 /// Absolute name of a member of an object.
 inline std::string joined(std::string object, const std::string& name) {
   if (object != "/") object += '/';

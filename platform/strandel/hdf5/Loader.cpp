@@ -16,8 +16,6 @@ namespace {
 
 using FilePtr = std::shared_ptr<const StoredFile>;
 
-constexpr const char* unreadable = "unreadable, the file is damaged";
-
 [[noreturn]] void refuse(const std::string& object, const std::string& fault) {
   throw Fault(object + ": " + fault);
 }

@@ -4,10 +4,10 @@
 
 #include <fmt/format.h>
 
+#include "platform/strandel/hdf5/Format.h"
+
 namespace Strandel::Hdf5 {
 namespace {
-
-constexpr const char* unreadable = "unreadable, the file is damaged";
 
 bool holdsReferences(hid_t type) {
   return checked(H5Tdetect_class(type, H5T_REFERENCE), unreadable) > 0;

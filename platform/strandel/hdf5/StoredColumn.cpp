@@ -9,12 +9,11 @@
 
 #include "platform/strandel/hdf5/AttributeFile.h"
 #include "platform/strandel/hdf5/ChunkReader.h"
+#include "platform/strandel/hdf5/Format.h"
 #include "platform/strandel/hdf5/Types.h"
 
 namespace Strandel::Hdf5 {
 namespace {
-
-constexpr const char* unreadable = "unreadable, the file is damaged";
 
 Handle openDataset(const StoredFile& file, const std::string& object) {
   return checked(H5Dopen2(file.id(), object.c_str(), H5P_DEFAULT), H5Dclose, unreadable);

@@ -58,7 +58,7 @@ TEST(AtomicSave, KilledAtAnyMomentLeavesTheOldFileOrTheNewOneWhole) {
 
   // A machine's pace changes with what else it does. So the moments are spread over a span that
   // follows what the kills leave: it grows while few come too late, and shrinks while most do.
-  constexpr int wanted = 10, leastKills = 200, mostKills = 5000;
+  constexpr int wanted = 10, leastKills = 100, mostKills = 5000;
   Clock::duration span = 1ms;
   int kills = 0, leftOld = 0, leftNew = 0, leftPart = 0;
   while (kills < leastKills || std::min({leftOld, leftNew, leftPart}) < wanted) {

@@ -93,10 +93,6 @@ inline double apartOnEarth(const Geomra::PhysicalSpace::point& a,
   return std::hypot(radius * std::cos(a.y) * longitudes, radius * (b.y - a.y), b.z - a.z);
 }
 
-inline bool isFinite(const Geomra::PhysicalSpace::point& p) {
-  return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
-}
-
 // Our own operations stay within 4e-9 m of an evaluation with 113 bits, the tools not farther off;
 // the table has nine decimals.
 inline constexpr double betweenPrograms = 1e-8;  // [m]
