@@ -68,6 +68,7 @@ function(velorn_test folder file)
   cmake_path(GET file STEM stem)
   string(REPLACE "/" "_" target "${folder}_${stem}")
   add_executable(${target} ${PROJECT_SOURCE_DIR}/tests/${folder}/${file})
+  set_target_properties(${target} PROPERTIES UNITY_BUILD OFF)
   target_link_libraries(${target} PRIVATE velorn_options velorn_test_support ${TEST_LINKS})
   if(CMAKE_BUILD_TYPE STREQUAL "Release")  # what it tests is compiled as ever; the tests themselves are built sooner
     target_compile_options(${target} PRIVATE -O1)

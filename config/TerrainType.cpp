@@ -8,10 +8,10 @@
 namespace Velorn {
 
 std::string terrainTypeToString(TerrainType type) {
-  constexpr std::array<std::string_view, 5> names{"GROUND_TRUTH", "ROOF", "SLOPE", "BED_POINTS",
-                                                  "FLAT"};
+  constexpr std::array<std::string_view, 5> terrainNames{"GROUND_TRUTH", "ROOF", "SLOPE",
+                                                         "BED_POINTS", "FLAT"};
   const auto index = static_cast<std::uint32_t>(type);
-  return std::string(index < names.size() ? names[index] : "UNKNOWN");
+  return std::string(index < terrainNames.size() ? terrainNames[index] : "UNKNOWN");
 }
 
 }  // namespace Velorn

@@ -26,8 +26,8 @@ std::vector<SectionState> sectionStates(const std::vector<StripSections>& strips
       const auto section = static_cast<std::uint32_t>(states.size());  // numbers run on
       const unsigned int count = correspondences.at(section);
       const auto [position, angles] = usedPowers(one.type);
-      states.push_back({strip, section, count, 3 * (position + angles),
-                        count < fewestCorrespondences, isLocked});
+      states.push_back({strip, section, count, count < fewestCorrespondences, isLocked,
+                        3 * (position + angles)});
     }
   }
   return states;

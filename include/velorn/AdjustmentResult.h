@@ -30,9 +30,9 @@ struct SolverEnd {
 struct SectionState {
   std::uint32_t strip = 0, section = 0;
   unsigned int correspondences = 0;
-  int coefficients = 0;   ///< of its 24 unknowns those that its model has
   bool isLow = false;     ///< too few correspondences
   bool isLocked = false;  ///< its strip is locked
+  int coefficients = 0;   ///< of its 24 unknowns those that its model has
 
   bool isConstant() const { return isLow || isLocked; }
 };
