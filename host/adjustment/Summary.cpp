@@ -28,9 +28,8 @@ std::string fit(const PhaseFigures& before, const PhaseFigures& after) {
 
 std::string solverLine(const Velorn::SolverEnd& end) {
   return fmt::format(
-      "solver: {} after {} steps in {:.1f} s, cost {:.6g} to {:.6g}; {} residuals, {} of {} "
-      "unknowns "
-      "estimated\n",
+      "solver: {} after {} steps in {:.1f} s, cost {:.6g} to {:.6g}; {} residuals, "
+      "{} of {} unknowns estimated\n",
       end.termination, end.successfulSteps, end.seconds, end.initialCost, end.finalCost,
       end.residuals, end.estimated, end.parameters);
 }

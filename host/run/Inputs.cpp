@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/run/Inputs.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <fmt/format.h>
@@ -26,10 +27,12 @@ std::optional<Strandel::ValueRange> rangeOf(const Strandel::FieldPtr& field) {
 
 /// Places that are no numbers are left out of the matching, but a point that was not measured has
 /// nothing to be georeferenced from.
-void checkScanner(const GridFile& file) {
+/// @return the bounds of the scanner coordinates
+Box checkedScanner(const GridFile& file) {
   const auto range = rangeOf(file.grid().chart(Strandel::scannerChartName)->field("Positions"));
-  if (Box{range->minimum, range->maximum}.isFinite()) return;
-  file.refuse("", "a scanner coordinate is no number");
+  const Box box{range->minimum, range->maximum};
+  if (!box.isFinite()) file.refuse("", "a scanner coordinate is no number");
+  return box;
 }
 
 void checkTimes(const StripFacts& strip, const Velorn::Trajectory& trajectory) {
@@ -74,14 +77,19 @@ StripFacts factsOf(const fs::path& strip) {
   const GridFile file(strip);
   if (file.size() == 0) file.refuse("", "holds no points");
   Matching::checkStrip(file);
-  checkScanner(file);
+  const Box scanner = checkedScanner(file);
   const auto places = rangeOf(file.worldField("Positions")).value(),
              times = rangeOf(file.worldField("GPSTime")).value();
   if (!std::isfinite(times.lowest()) || !std::isfinite(times.highest())) {
     file.refuse("", "a GPS time is no number");
   }
-  return {strip,          file.size(),     file.week(),
-          times.lowest(), times.highest(), {places.minimum, places.maximum}};
+  return {strip,
+          file.size(),
+          file.week(),
+          times.lowest(),
+          times.highest(),
+          {places.minimum, places.maximum},
+          std::max(std::abs(scanner.low[1]), std::abs(scanner.high[1]))};
 }
 
 std::optional<Box> boxOfGroundTruth(const fs::path& groundTruth) {

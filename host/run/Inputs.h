@@ -31,6 +31,7 @@ struct StripFacts {
   std::uint32_t week = 0;          ///< GPS week
   double first = 0.0, last = 0.0;  ///< time [s of week]
   Box box;
+  double farthestForward = 0.0;  ///< largest amount of a forward scanner coordinate [m]
 };
 
 /// @throws Failure, naming the strip: a file that is no container, more than one grid, no points,

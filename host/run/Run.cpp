@@ -31,7 +31,8 @@ Json stripsOf(const RunContext& run) {
                       {"points", strip.points},
                       {"week", strip.week},
                       {"first_time", strip.first},
-                      {"last_time", strip.last}});
+                      {"last_time", strip.last},
+                      {"farthest_forward", strip.farthestForward}});
   }
   return strips;
 }

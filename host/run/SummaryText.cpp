@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/run/SummaryText.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <map>
 
 #include <fmt/format.h>
@@ -141,6 +143,14 @@ std::string globalsTable(const Json& globals) {
          "Single values are only partly separable; judge by the fit and by where the points lie.\n";
 }
 
+double farthestForward(const Json& strips) {
+  double farthest = 0.0;
+  for (const auto& strip : strips) {
+    farthest = std::max(farthest, strip["farthest_forward"].get<double>());
+  }
+  return farthest;
+}
+
 std::string solverText(const Json& adjustment) {
   const auto& solver = adjustment["solver"];
   std::string text = fmt::format(
@@ -186,6 +196,16 @@ std::string roundsText(const Json& rounds) {
 
 }  // namespace
 
+std::string idleScaleText(double scale, double farthestForward) {
+  constexpr double ofNoSensor = 0.01, tellable = 0.01;
+  const double moved = std::abs(scale) * farthestForward;
+  if (!(std::abs(scale) >= ofNoSensor) || !(moved <= tellable)) return {};
+  return fmt::format(
+      "The scanner looks at most {:.4f} m forward: its forward angle's scale moves no point by "
+      "more than {:.4f} m.\n",
+      farthestForward, moved);
+}
+
 std::string summaryText(const Json& summary) {
   std::string text = stripTable(summary);
   if (summary.contains("rounds")) {
@@ -195,8 +215,12 @@ std::string summaryText(const Json& summary) {
   }
   if (summary.contains("adjustment")) {
     const auto& adjustment = summary["adjustment"];
-    text += "\n" + fitTable(adjustment) + "\n" + globalsTable(adjustment["globals"]) + "\n" +
-            solverText(adjustment);
+    const auto& globals = adjustment["globals"];
+    const auto& forwardScale = globals["scales"][1];
+    text += "\n" + fitTable(adjustment) + "\n" + globalsTable(globals) +
+            idleScaleText(forwardScale.is_number() ? forwardScale.get<double>() : 0.0,
+                          farthestForward(summary["strips"])) +
+            "\n" + solverText(adjustment);
   }
   if (summary.contains("datum")) text += datumText(summary["datum"]);
   if (summary.contains("georeference")) {

@@ -6,5 +6,12 @@
 
 #include "host/run/StepRecord.h"
 
+/// Says of the forward angle's scale that it hardly moves a point, where no sensor has one so
+/// large: a scanner that looks straight to its sides leaves it free.
+/// @param scale            deviation from one
+/// @param farthestForward  largest amount of a forward scanner coordinate [m]
+/// @return empty where there is nothing to say
+std::string idleScaleText(double scale, double farthestForward);
+
 /// summary.json as tables for people.
 std::string summaryText(const Json& summary);

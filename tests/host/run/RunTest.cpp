@@ -277,6 +277,17 @@ TEST_F(SeveralRuns, LeavesOutPointsThatAreNoNumbers) {
   EXPECT_LT(summary["adjustment"]["after"]["pairs"]["rms"], 0.03);
 }
 
+TEST(IdleScale, IsToldWhereNoSensorHasOneSoLargeAndItMovesNothing) {
+  EXPECT_EQ(
+      idleScaleText(-3.5, 0.0006),
+      "The scanner looks at most 0.0006 m forward: its forward angle's scale moves no point by "
+      "more than 0.0021 m.\n");
+  EXPECT_NE(idleScaleText(-3.5, 0.0), "");
+  EXPECT_EQ(idleScaleText(3.5, 0.5), "") << "metres";
+  EXPECT_EQ(idleScaleText(0.001, 0.0005), "") << "that of a sensor";
+  EXPECT_EQ(idleScaleText(std::nan(""), 0.0005), "");
+}
+
 TEST_F(SeveralRuns, TakesFileNamesThatAreNoUtf8) {
   const std::string renamed = (flight() / "streifen_\xE4.kx").string();
   fs::rename(project.strips.back(), renamed);
