@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
-#include <cmath>
 #include <new>
 #include <system_error>
 

@@ -10,6 +10,7 @@
 
 #include <fmt/format.h>
 
+#include "host/Angles.h"
 #include "host/Failure.h"
 #include "host/simulation/Random.h"
 
@@ -17,7 +18,7 @@ namespace Simulation {
 namespace {
 
 constexpr std::size_t steepPatches = 10, inclinedPatches = 4, flatPatches = 10;
-constexpr double steep = 20.0 * std::numbers::pi / 180.0;
+constexpr double steep = 20.0 * degree;
 constexpr double horizontal = 1e-9;  // [rad]
 constexpr int sectors = 5;           // of the compass, over which the steep ones are spread
 constexpr int pointsPerEdge = 4;     // 1 m apart

@@ -4,11 +4,11 @@
 
 #include <algorithm>
 #include <map>
-#include <numbers>
 #include <optional>
 #include <tuple>
 #include <utility>
 
+#include "host/Angles.h"
 #include "host/simulation/Random.h"
 
 namespace Simulation {
@@ -16,7 +16,7 @@ namespace {
 
 using Velorn::TerrainType;
 
-constexpr double flattestSlope = 3.0 * std::numbers::pi / 180.0;
+constexpr double flattestSlope = 3.0 * degree;
 constexpr double farthest = 5.0;  // partner on the plane [m]
 constexpr std::size_t groundTruthShare = 10;
 

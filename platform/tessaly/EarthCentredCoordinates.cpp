@@ -4,7 +4,6 @@
 
 #include <GeographicLib/Geocentric.hpp>
 #include <cmath>
-#include <limits>
 
 #include "platform/tessaly/Angles.h"
 

@@ -4,7 +4,6 @@
 
 #include <GeographicLib/TransverseMercator.hpp>
 #include <cmath>
-#include <limits>
 #include <stdexcept>
 #include <string>
 

@@ -80,6 +80,9 @@ TEST_F(ExportedFlight, IsRefusedWithoutItsSourcesAndLeavesThemAlone) {
   EXPECT_EQ(refusal(), "none");
   options.overwrite = false;
   EXPECT_THAT(refusal(), HasSubstr("--overwrite"));
+  fs::remove(options.output / "a.las");
+  fs::create_symlink("nowhere", options.output / "a.las");
+  EXPECT_THAT(refusal(), HasSubstr("a.las: exists; --overwrite")) << "a link is somebody's";
   options.strips.push_back(options.strips[0]);
   EXPECT_THAT(refusal(), HasSubstr("would both become"));
   options.strips = {options.strips[0]};
