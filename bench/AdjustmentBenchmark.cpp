@@ -19,11 +19,11 @@
 #include <benchmark/benchmark.h>
 #include <ceres/dynamic_autodiff_cost_function.h>
 
+#include "adjustment/georef/PhysicalSpace.h"
+#include "adjustment/optimization/PointToPlaneCostFunction.h"
 #include "bench/Settings.h"
-#include "georef/PhysicalSpace.h"
-#include "optimization/PointToPlaneCostFunction.h"
 #include "platform/tessaly/PolarCoordinates.h"
-#include "tests/georef/StripOfPoints.h"
+#include "tests/adjustment/georef/StripOfPoints.h"
 
 namespace {
 

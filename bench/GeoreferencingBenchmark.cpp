@@ -18,8 +18,8 @@
 #include "bench/Settings.h"
 #include "platform/tessaly/EarthCentredCoordinates.h"
 #include "platform/tessaly/PolarCoordinates.h"
-#include "tests/georef/RestoredModel.h"
-#include "tests/trajectory/TrajectoryFile.h"
+#include "tests/adjustment/georef/RestoredModel.h"
+#include "tests/adjustment/trajectory/TrajectoryFile.h"
 #include <velorn/Georeferencing.h>
 
 namespace {

@@ -16,12 +16,12 @@
 
 #include "bench/MatchedStrips.h"
 #include "bench/Settings.h"
+#include "flight/matching/PairSearch.h"
 #include "host/KeptMemory.h"
-#include "host/matching/PairSearch.h"
 
 namespace {
 
-using namespace Matching;
+using namespace Velorn::Flights;
 
 [[maybe_unused]] const bool isAsInTheProgram = (keepFreedMemory(), true);
 

@@ -15,9 +15,11 @@
 #include "bench/MatchedStrips.h"
 #include "bench/OwnProcess.h"
 #include "bench/Settings.h"
+#include "flight/matching/Match.h"
 #include "host/KeptMemory.h"
-#include "host/matching/Match.h"
-#include "tests/host/matching/MatchFiles.h"
+#include "tests/flight/matching/MatchFiles.h"
+
+using namespace Velorn::Flights;
 
 namespace {
 
@@ -60,7 +62,7 @@ struct Flight {
     configuration.RootPath = folder;
     orThrow(configuration.check());
     NoProgress progress;
-    const auto report = Matching::match(configuration, files, {}, nullptr, progress);
+    const auto report = match(configuration, files, {}, nullptr, progress);
     if (report.correspondences == 0) throw std::runtime_error("nothing was found");
   }
 };

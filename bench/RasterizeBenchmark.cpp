@@ -18,12 +18,12 @@
 
 #include "bench/Settings.h"
 #include "bench/Swath.h"
-#include "host/matching/Cubes.h"
-#include "host/matching/Surface.h"
+#include "flight/surfaces/Cubes.h"
+#include "flight/surfaces/Surface.h"
 
 namespace {
 
-using namespace Matching;
+using namespace Velorn::Flights;
 
 constexpr unsigned neighbours = 16;
 

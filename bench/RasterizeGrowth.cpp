@@ -17,9 +17,11 @@
 #include "bench/OwnProcess.h"
 #include "bench/Settings.h"
 #include "bench/Swath.h"
+#include "flight/strips/Containers.h"
+#include "flight/surfaces/Rasterize.h"
 #include "host/KeptMemory.h"
-#include "host/matching/Rasterize.h"
-#include "host/pointcloud/Containers.h"
+
+using namespace Velorn::Flights;
 
 namespace {
 
@@ -41,7 +43,7 @@ struct Silent : Kestrum::LoaderProgress {
 };
 
 void makeStrip(const std::filesystem::path& file, std::size_t points) {
-  PointCloud::StripColumns columns;
+  StripColumns columns;
   columns.week = 2318;
   columns.world = swath(points);
   columns.scanner.assign(points, {400, 0, 30});
@@ -52,7 +54,7 @@ void makeStrip(const std::filesystem::path& file, std::size_t points) {
   columns.classification.assign(points, 1);
   columns.amplitude.assign(points, 20.0);
   columns.pointSourceId.assign(points, 7);
-  PointCloud::saveStrip(file, std::move(columns));
+  saveStrip(file, std::move(columns));
 }
 
 void rasterize(const std::filesystem::path& folder, const std::string& selection) {
@@ -61,7 +63,7 @@ void rasterize(const std::filesystem::path& folder, const std::string& selection
   Velorn::InputParameter configuration;
   configuration.SelectionStr = selection;
   orThrow(configuration.check());
-  Matching::rasterizeStrip(folder / "strip.kx", folder / "raster.kx", configuration, {}, progress);
+  rasterizeStrip(folder / "strip.kx", folder / "raster.kx", configuration, {}, progress);
 }
 
 void measure(const Folder& folder, double millions, const std::string& selection) {

@@ -15,10 +15,10 @@
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
+#include "adjustment/trajectory/TimeIndex.h"
 #include "bench/Settings.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
-#include "trajectory/TimeIndex.h"
 #include <velorn/Trajectory.h>
 
 namespace {

@@ -1,11 +1,12 @@
-# `cmake --install`: both libraries, their headers, the program, and a package config for find_package(Velorn).
+# `cmake --install`: the libraries, their headers, the program, and a package config for find_package(Velorn).
 include(CMakePackageConfigHelpers)
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/Velorn)
 
 set_target_properties(velorn_platform PROPERTIES EXPORT_NAME platform)
+set_target_properties(velorn_flight PROPERTIES EXPORT_NAME flight)
 set_target_properties(velorn_host PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-set_target_properties(velorn PROPERTIES INSTALL_RPATH "$ORIGIN")
-install(TARGETS velorn_platform velorn EXPORT VelornTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+set_target_properties(velorn velorn_flight PROPERTIES INSTALL_RPATH "$ORIGIN")
+install(TARGETS velorn_platform velorn velorn_flight EXPORT VelornTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS velorn_host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/velorn DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY platform DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/velorn-platform

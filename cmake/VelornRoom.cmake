@@ -1,64 +1,61 @@
-# velorn_room(<folder> SOURCES <file>... USES <room or library>... TESTS <file>...)
+# velorn_room(<folder> SOURCES <file>... USES <room or library>... TESTS <file>... TESTS_USE <room or library>...)
 #
-# Declares a room: an object library velorn_<folder> ('/' becomes '_') of the sources in <folder>, what it uses,
-# and one test program per file of tests/<folder>, which CTest knows as <folder>/<file without ending>.
-# Tests of platform rooms link the shared platform; tests of the library's rooms link the objects of their room
-# and of all rooms below it, and the shared platform, never the shared library.
+# Declares a room: an object library velorn_<folder> ('/' becomes '_') of the sources in <folder>, what it uses, and one
+# test program per file of tests/<folder>, which CTest knows as <folder>/<file without ending>. The first folder is the
+# floor. Tests link the objects of their room and of all rooms of its floor below it, and the shared libraries of the
+# floors below; of a platform room, the shared platform alone. TESTS_USE adds to that.
 function(velorn_room folder)
-  cmake_parse_arguments(PARSE_ARGV 1 ROOM "" "" "SOURCES;USES;TESTS")
+  cmake_parse_arguments(PARSE_ARGV 1 ROOM "" "" "SOURCES;USES;TESTS;TESTS_USE")
   string(REPLACE "/" "_" name "velorn_${folder}")
+  string(REGEX MATCH "^[^/]+" floor ${folder})
   list(TRANSFORM ROOM_SOURCES PREPEND ${PROJECT_SOURCE_DIR}/${folder}/)
   add_library(${name} OBJECT ${ROOM_SOURCES})
-  # HDF5, GeographicLib and the like stay inside; only rooms are passed on.
+  # HDF5, GeographicLib and the like stay inside their floors; only rooms are passed on.
   set(rooms ${ROOM_USES})
   list(FILTER rooms INCLUDE REGEX "^velorn_")
   set(libraries ${ROOM_USES})
   list(FILTER libraries EXCLUDE REGEX "^velorn_")
-  target_link_libraries(${name} PUBLIC ${rooms} PRIVATE velorn_options ${libraries})
+  set(below_platform "")
+  set(below_adjustment velorn_platform)
+  set(below_flight velorn velorn_platform)
+  velorn_objects_of(below_host velorn_flight_exchange velorn_flight_comparison velorn_flight_chain)
+  list(APPEND below_host velorn velorn_platform)
+  if(floor MATCHES "^(flight|host)$")
+    list(PREPEND rooms ${below_${floor}})
+  endif()
+  set(scope PRIVATE)
+  if(floor STREQUAL "flight")  # headers of these rooms show Eigen and the like, to each other and to tests
+    set(scope PUBLIC)
+  endif()
+  target_link_libraries(${name} PUBLIC ${rooms} PRIVATE velorn_options ${scope} ${libraries})
+  set_property(GLOBAL APPEND PROPERTY VELORN_ROOMS_OF_${floor} ${name})
 
   set(objects "")
-  if(folder MATCHES "^platform/")
-    set_property(GLOBAL APPEND PROPERTY VELORN_PLATFORM_ROOMS ${name})
-  else()
-    set(objects ${name})
-    foreach(used IN LISTS ROOM_USES)
-      get_property(below GLOBAL PROPERTY VELORN_OBJECTS_OF_${used})
-      list(APPEND objects ${below})
-    endforeach()
-    list(REMOVE_DUPLICATES objects)
+  if(NOT floor STREQUAL "platform")
+    velorn_objects_of(objects ${ROOM_USES})
+    list(PREPEND objects ${name})
     set_property(GLOBAL PROPERTY VELORN_OBJECTS_OF_${name} "${objects}")
-    set_property(GLOBAL APPEND PROPERTY VELORN_ROOMS ${name})
   endif()
-
   if(VELORN_TESTS)
+    velorn_objects_of(more ${ROOM_TESTS_USE})
+    list(APPEND more ${objects})
+    list(REMOVE_DUPLICATES more)
+    list(FILTER ROOM_TESTS_USE EXCLUDE REGEX "^velorn_")
     foreach(file IN LISTS ROOM_TESTS)
-      velorn_test(${folder} ${file} LINKS ${objects} velorn_platform)
+      velorn_test(${folder} ${file} LINKS ${more} ${ROOM_TESTS_USE} ${below_${floor}} velorn_platform)
     endforeach()
   endif()
 endfunction()
 
-# velorn_host_room(<folder> SOURCES <file>... USES <target>... TESTS <file>...)
-#
-# The same for a part of the program in host/: its tests link its objects, those of the parts it uses, and the two shared
-# libraries, as the program does. A part passes on what it uses.
-function(velorn_host_room folder)
-  cmake_parse_arguments(PARSE_ARGV 1 ROOM "" "" "SOURCES;USES;TESTS")
-  string(REPLACE "/" "_" name "velorn_${folder}")
-  list(TRANSFORM ROOM_SOURCES PREPEND ${PROJECT_SOURCE_DIR}/${folder}/)
-  add_library(${name} OBJECT ${ROOM_SOURCES})
-  target_link_libraries(${name} PUBLIC velorn velorn_platform ${ROOM_USES} PRIVATE velorn_options)
-  set(parts ${name})
-  foreach(used IN LISTS ROOM_USES)
-    get_property(below GLOBAL PROPERTY VELORN_OBJECTS_OF_${used})
-    list(APPEND parts ${below})
+# velorn_objects_of(<variable> <room>...): the object libraries of these rooms and of all rooms of their floor below.
+function(velorn_objects_of variable)
+  set(objects "")
+  foreach(room IN LISTS ARGN)
+    get_property(below GLOBAL PROPERTY VELORN_OBJECTS_OF_${room})
+    list(APPEND objects ${below})
   endforeach()
-  list(REMOVE_DUPLICATES parts)
-  set_property(GLOBAL PROPERTY VELORN_OBJECTS_OF_${name} "${parts}")
-  if(VELORN_TESTS)
-    foreach(file IN LISTS ROOM_TESTS)
-      velorn_test(${folder} ${file} LINKS ${parts} velorn velorn_platform)
-    endforeach()
-  endif()
+  list(REMOVE_DUPLICATES objects)
+  set(${variable} "${objects}" PARENT_SCOPE)
 endfunction()
 
 # velorn_test(<folder> <file> LINKS <library>...): one test program of tests/<folder>, run by CTest in a folder of its own.

@@ -11,12 +11,14 @@
 #include <string>
 #include <string_view>
 
-#include "host/Failure.h"
+#include "host/ExitStatus.h"
 #include "host/KeptMemory.h"
 #include "host/commands/Commands.h"
 #include "host/terminal/Interruption.h"
 #include "platform/morvane/Console.h"
 #include <velorn/SolverLog.h>
+
+using namespace Velorn::Flights;
 
 namespace {
 
@@ -67,7 +69,7 @@ int run(int argc, char** argv) {
 void checkStandardOutput() {
   std::cout.flush();
   if (!std::cout || std::fflush(stdout) != 0) {
-    throw Failure("standard output: cannot be written", writeError);
+    throw Error("standard output: cannot be written", Error::NoSpace);
   }
 }
 
@@ -83,9 +85,9 @@ int main(int argc, char** argv) {
     const int status = run(argc, argv);
     checkStandardOutput();
     return status;
-  } catch (const Failure& failure) {
-    std::cerr << "velorn: " << failure.what() << '\n';
-    return failure.exitStatus();
+  } catch (const Error& error) {
+    std::cerr << "velorn: " << error.what() << '\n';
+    return exitStatusOf(error.kind());
   } catch (const std::exception& error) {
     std::cerr << "velorn: " << error.what() << '\n';
     return jobFailed;

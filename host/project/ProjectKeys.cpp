@@ -11,8 +11,11 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "host/Failure.h"
 #include "host/project/Bounds.h"
+#include "host/project/ModelOptions.h"
+#include <velorn/flight/Error.h>
+
+using namespace Velorn::Flights;
 
 namespace {
 
@@ -156,13 +159,13 @@ void addMatching(CLI::App& command, Project& project) {
       ->default_str("true");
 }
 
-/// @throws Failure for what a project file cannot hold
+/// @throws Error for what a project file cannot hold
 std::string quoted(const std::string& text) {
   if (text.find_first_of("\"#\n\r") != std::string::npos) {
-    throw Failure(fmt::format("{}: a project file holds no value with a quote, a # or a line feed; "
-                              "give it as a flag",
-                              text),
-                  misuse);
+    throw Error(fmt::format("{}: a project file holds no value with a quote, a # or a line feed; "
+                            "give it as a flag",
+                            text),
+                Error::BadSettings);
   }
   const bool isPlain = std::ranges::all_of(text, [](unsigned char letter) {
     return std::isalnum(letter) != 0 || letter == '.' || letter == '-' || letter == '_';
@@ -231,28 +234,29 @@ void refuseOpenQuotes(const std::filesystem::path& file) {
   for (std::string line; std::getline(stream, line); ++number) {
     const auto value = line.substr(0, line.find('#'));
     if (std::ranges::count(value, '"') % 2 == 0) continue;
-    throw Failure(
+    throw Error(
         fmt::format("{}: line {}: a quote is open; a value cannot hold a #", file.string(), number),
-        misuse);
+        Error::BadSettings);
   }
 }
 
 /// The items of a project file, without the marks of sections.
 std::vector<CLI::ConfigItem> itemsOf(const std::filesystem::path& file) {
   std::ifstream stream(file);
-  if (!stream) throw Failure(file.string() + ": cannot be opened");
+  if (!stream) throw Error(file.string() + ": cannot be opened");
   refuseOpenQuotes(file);
   auto items = CLI::ConfigTOML().from_config(stream);
-  if (stream.bad()) throw Failure(file.string() + ": cannot be read");
+  if (stream.bad()) throw Error(file.string() + ": cannot be read");
   std::set<std::string> seen;
   for (const auto& item : items) {
     if (!item.parents.empty() || item.name == "++" || item.name == "--") {
-      throw Failure(fmt::format("{}: {}: a project file has no sections and no dots in its keys",
-                                file.string(), item.fullname()),
-                    misuse);
+      throw Error(fmt::format("{}: {}: a project file has no sections and no dots in its keys",
+                              file.string(), item.fullname()),
+                  Error::BadSettings);
     }
     if (!seen.insert(item.name).second) {
-      throw Failure(fmt::format("{}: {} is there twice", file.string(), item.name), misuse);
+      throw Error(fmt::format("{}: {} is there twice", file.string(), item.name),
+                  Error::BadSettings);
     }
   }
   return items;
@@ -279,10 +283,11 @@ void ProjectKeys::read(const std::filesystem::path& file) const {
   for (auto& item : itemsOf(file)) {
     const std::string where = fmt::format("{}: {}", file.string(), item.name);
     CLI::Option* const option = command_.get_option_no_throw("--" + item.name);
-    if (!option || !option->get_configurable()) throw Failure(where + ": no such key", misuse);
+    if (!option || !option->get_configurable())
+      throw Error(where + ": no such key", Error::BadSettings);
     if (option->count() > 0) continue;
     if (item.inputs.empty() || std::ranges::count(item.inputs, std::string()) > 0) {
-      throw Failure(where + " has no value", misuse);
+      throw Error(where + " has no value", Error::BadSettings);
     }
     for (auto& input : item.inputs) {
       if (pathKeys_.contains(item.name)) {
@@ -298,8 +303,8 @@ void ProjectKeys::read(const std::filesystem::path& file) const {
       }
       option->run_callback();
     } catch (const CLI::ParseError& error) {
-      throw Failure(fmt::format("{} = {}: {}", where, fmt::join(item.inputs, ", "), error.what()),
-                    misuse);
+      throw Error(fmt::format("{} = {}: {}", where, fmt::join(item.inputs, ", "), error.what()),
+                  Error::BadSettings);
     }
   }
   auto& root = project_.configuration().RootPath;

@@ -8,27 +8,31 @@
 #include <set>
 #include <string>
 
-#include "host/project/Project.h"
+#include "flight/settings/Settings.h"
+
+namespace CLI {
+class App;
+}
 
 class ProjectKeys {
  public:
   /// Adds all keys as flags to a command; both must outlive this object.
-  ProjectKeys(CLI::App& command, Project& project);
+  ProjectKeys(CLI::App& command, Velorn::Flights::Project& project);
 
   /// Reads a project file: lines "key = value", lists in brackets, # begins a comment. A key that
   /// was given as a flag keeps the flag's value. Relative paths count from the file's folder.
-  /// @throws Failure naming the file and the key, which is unknown, there twice, or of a value that
+  /// @throws Error naming the file and the key, which is unknown, there twice, or of a value that
   ///         it cannot have
   void read(const std::filesystem::path& file) const;
 
   /// A project file with every key: those of the flags that were given as values, the others as
   /// comments with their defaults.
   /// @param file  that it is written to: paths are given as seen from its folder
-  /// @throws Failure for a value that a project file cannot hold
+  /// @throws Error for a value that a project file cannot hold
   std::string text(const std::filesystem::path& file) const;
 
  private:
   CLI::App& command_;
-  Project& project_;
+  Velorn::Flights::Project& project_;
   std::set<std::string> pathKeys_;
 };

@@ -15,11 +15,11 @@
 
 #include "platform/kestrum/Ownership.h"
 #include <velorn/AdjustmentResult.h>
-#include <velorn/Export.h>
 #include <velorn/FileContainer.h>
 #include <velorn/InputParameter.h>
 #include <velorn/SolverParameters.h>
 #include <velorn/Trajectory.h>
+#include <velorn/Visibility.h>
 
 namespace Velorn {
 

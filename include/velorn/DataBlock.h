@@ -19,8 +19,8 @@
 
 #include "platform/geomra/PhysicalSpace.h"
 #include "platform/strandel/Bundle.h"
-#include <velorn/Export.h>
 #include <velorn/InputParameter.h>
+#include <velorn/Visibility.h>
 
 namespace Velorn {
 

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "platform/plome/StringList.h"
-#include <velorn/Export.h>
+#include <velorn/Visibility.h>
 
 namespace Velorn {
 

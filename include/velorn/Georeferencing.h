@@ -29,9 +29,9 @@
 #include "platform/geomra/PhysicalSpace.h"
 #include "platform/kestrum/LoaderProgress.h"
 #include "platform/kestrum/Ownership.h"
-#include <velorn/Export.h>
 #include <velorn/SolverParameters.h>
 #include <velorn/Trajectory.h>
+#include <velorn/Visibility.h>
 
 namespace Velorn {
 

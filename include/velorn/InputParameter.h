@@ -21,7 +21,7 @@
 #include "platform/plome/FlagList.h"
 #include "platform/plome/StringList.h"
 #include "platform/strandel/MyStorage.h"
-#include <velorn/Export.h>
+#include <velorn/Visibility.h>
 
 namespace Velorn {
 

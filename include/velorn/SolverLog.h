@@ -4,7 +4,7 @@
 // What the solver's own library logs.
 #pragma once
 
-#include <velorn/Export.h>
+#include <velorn/Visibility.h>
 
 namespace Velorn {
 

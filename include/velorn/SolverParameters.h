@@ -24,9 +24,9 @@
 #include <vector>
 
 #include "platform/geomra/PhysicalSpace.h"
-#include <velorn/Export.h>
 #include <velorn/InputParameter.h>
 #include <velorn/Section.h>
+#include <velorn/Visibility.h>
 
 namespace Velorn {
 

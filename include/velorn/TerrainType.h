@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-#include <velorn/Export.h>
+#include <velorn/Visibility.h>
 
 namespace Velorn {
 

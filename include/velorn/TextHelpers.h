@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include <velorn/Export.h>
+#include <velorn/Visibility.h>
 
 namespace Velorn {
 

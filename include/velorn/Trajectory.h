@@ -22,7 +22,7 @@
 
 #include "platform/geomra/PhysicalSpace.h"
 #include "platform/tessaly/TransverseMercator.h"
-#include <velorn/Export.h>
+#include <velorn/Visibility.h>
 
 namespace Strandel {
 class Chart;

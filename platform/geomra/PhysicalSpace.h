@@ -9,7 +9,7 @@
 #include <cmath>
 #include <type_traits>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 
 namespace Geomra::PhysicalSpace {
 

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <string>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 #include "platform/kestrum/Ownership.h"
 
 namespace Kestrum {

@@ -8,7 +8,7 @@
 #include <functional>
 #include <string_view>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 
 namespace Morvane {
 

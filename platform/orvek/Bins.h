@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 
 namespace OrvekStatistic {
 

@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 
 namespace OrvekStatistic {
 

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 
 namespace OrvekPDF {
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 #include "platform/orvek/Statistic.h"
 
 namespace OrvekPDF {

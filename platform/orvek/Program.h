@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 
 namespace OrvekPDF {
 

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 #include "platform/orvek/Statistic.h"
 
 namespace OrvekStatistic {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 
 namespace OrvekPDF {
 

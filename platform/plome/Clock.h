@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 
 namespace Plome {
 

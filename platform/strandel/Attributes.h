@@ -10,7 +10,7 @@
 #include <string>
 #include <variant>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 #include "platform/geomra/PhysicalSpace.h"
 
 namespace Strandel {

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 #include "platform/strandel/Field.h"
 #include "platform/strandel/Node.h"
 

@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 #include "platform/strandel/Node.h"
 #include "platform/strandel/ValueType.h"
 

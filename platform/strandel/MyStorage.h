@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 
 namespace Strandel {
 

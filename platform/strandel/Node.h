@@ -9,7 +9,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 #include "platform/strandel/Attributes.h"
 
 namespace Strandel {

@@ -12,7 +12,7 @@
 
 #include <utility>
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 #include "platform/geomra/PhysicalSpace.h"
 #include "platform/tessaly/Ellipsoid.h"
 

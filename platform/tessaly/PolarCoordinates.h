@@ -9,7 +9,7 @@
 // towards s0.
 #pragma once
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 #include "platform/geomra/PhysicalSpace.h"
 
 namespace Tessaly {

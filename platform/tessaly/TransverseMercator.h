@@ -14,7 +14,7 @@
 // thread and throw nothing.
 #pragma once
 
-#include "platform/Export.h"
+#include "platform/Visibility.h"
 #include "platform/geomra/PhysicalSpace.h"
 #include "platform/tessaly/Ellipsoid.h"
 

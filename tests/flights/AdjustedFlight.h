@@ -14,9 +14,9 @@
 #include <gtest/gtest.h>
 #include <omp.h>
 
-#include "host/adjustment/Job.h"
+#include "flight/chain/Adjustment.h"
 #include "platform/plome/StringList.h"
-#include "tests/host/simulation/SimulatedFlight.h"
+#include "tests/flight/simulation/SimulatedFlight.h"
 #include <velorn/CeresOptimization.h>
 #include <velorn/Georeferencing.h>
 

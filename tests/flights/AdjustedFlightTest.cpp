@@ -5,9 +5,11 @@
 // by where the points of the strips lie: single corrections are only partly separable.
 #include <gmock/gmock.h>
 
-#include "host/georeferencing/Job.h"
+#include "flight/chain/StripsGeoreferencing.h"
+#include "tests/flight/simulation/TrueWorld.h"
 #include "tests/flights/AdjustedFlight.h"
-#include "tests/host/simulation/TrueWorld.h"
+
+using namespace Velorn::Flights;
 
 namespace fs = std::filesystem;
 
@@ -71,7 +73,7 @@ class AdjustedFlight : public testing::Test {
   }
 
   TemporaryFolder folder;
-  Simulation::Options flight;
+  Velorn::Flights::Simulation::Options flight;
   AdjustmentJob job;
 };
 

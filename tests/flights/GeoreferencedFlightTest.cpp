@@ -4,8 +4,10 @@
 // A flight is simulated, and its strips are georeferenced as `velorn georeference` does it.
 #include <gmock/gmock.h>
 
-#include "host/georeferencing/Job.h"
-#include "tests/host/simulation/SimulatedFlight.h"
+#include "flight/chain/StripsGeoreferencing.h"
+#include "tests/flight/simulation/SimulatedFlight.h"
+
+using namespace Velorn::Flights;
 
 using Geomra::PhysicalSpace::point;
 using Geomra::PhysicalSpace::vector;

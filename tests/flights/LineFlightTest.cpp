@@ -8,9 +8,11 @@
 
 #include <gtest/gtest.h>
 
-#include "host/importing/Import.h"
-#include "host/pointcloud/GridFile.h"
+#include "flight/exchange/Import.h"
+#include "flight/strips/GridFile.h"
 #include "tests/support/TemporaryFolder.h"
+
+using namespace Velorn::Flights;
 
 namespace {
 
@@ -23,7 +25,7 @@ struct Silent : Kestrum::LoaderProgress {
 
 TEST(LineFlight, HasTheScanLinesOfItsScanner) {
   const TemporaryFolder folder;
-  Importing::ImportOptions options;
+  ImportOptions options;
   options.strips = {VELORN_TEST_DATA "/line/points.las"};
   options.trajectory.files = {VELORN_TEST_DATA "/line/sbet.out"};
   options.week = 1600;  // neither file tells it
@@ -32,7 +34,7 @@ TEST(LineFlight, HasTheScanLinesOfItsScanner) {
   const auto report = importFlight(options, silent, [](const std::string&) {});
   EXPECT_EQ(report.epsg, 32611U);
   ASSERT_EQ(report.strips.size(), 1U);
-  const PointCloud::GridFile strip(report.strips[0].file);
+  const GridFile strip(report.strips[0].file);
   const auto places = strip.scanner<point>("Positions").whole();
   const auto times = strip.world<double>("GPSTime").whole();
   ASSERT_EQ(places->size(), 1325U);

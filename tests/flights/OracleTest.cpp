@@ -19,9 +19,11 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "host/pointcloud/Sbet.h"
+#include "flight/formats/Sbet.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
+
+using namespace Velorn::Flights;
 
 using Geomra::PhysicalSpace::point;
 using Geomra::PhysicalSpace::vector;
@@ -69,12 +71,11 @@ point pointOf(const nlohmann::json& json) {
 std::filesystem::path writeTrajectory(const std::filesystem::path& folder,
                                       const std::filesystem::path& target) {
   const auto mount = nlohmann::json::parse(contentOf(folder / "mount.json"));
-  auto columns = PointCloud::trajectoryColumns(PointCloud::readSbet(folder / "trajectory.sbet"),
-                                               mount.at("epsg"));
+  auto columns = trajectoryColumns(readSbet(folder / "trajectory.sbet"), mount.at("epsg"));
   columns.week = mount.at("gps_week");
   columns.leverArm = pointOf(mount.at("lever_arm_m"));
   columns.misalignment = pointOf(mount.at("misalignment_deg"));
-  PointCloud::saveTrajectory(target, std::move(columns));
+  saveTrajectory(target, std::move(columns));
   return target;
 }
 

@@ -12,11 +12,13 @@
 #include <fuzzer/FuzzedDataProvider.h>
 #include <hdf5.h>
 
-#include "host/pointcloud/GridFile.h"
+#include "flight/strips/GridFile.h"
 #include "platform/morvane/Console.h"
 #include "tests/fuzz/ContainerRead.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Trajectory.h>
+
+using namespace Velorn::Flights;
 
 namespace {
 
@@ -335,11 +337,11 @@ void readAsInput(const std::filesystem::path& file) {
                                      true);
   }
   try {
-    const PointCloud::GridFile grid(file);
+    const GridFile grid(file);
     grid.world<Geomra::PhysicalSpace::point>("Positions").whole();
     grid.world<double>("GPSTime").whole();
     grid.world<std::uint8_t>("Classification").whole();
-  } catch (const Failure&) {
+  } catch (const Error&) {
     // refused
   }
 }

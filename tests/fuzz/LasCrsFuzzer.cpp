@@ -8,16 +8,18 @@
 #include <cstdint>
 #include <string>
 
-#include "host/pointcloud/LasCrs.h"
+#include "flight/formats/LasCrs.h"
+
+using namespace Velorn::Flights;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   if (size == 0) return 0;
   const std::string text(reinterpret_cast<const char*>(bytes) + 1, size - 1);
   if (bytes[0] == 0) {
-    PointCloud::crsOfWkt(text);
+    crsOfWkt(text);
   } else {
     const std::size_t keys = std::min<std::size_t>(8U * (bytes[0] + 1U), text.size());
-    PointCloud::crsOfGeoKeys(std::span(text).first(keys), text.substr(keys));
+    crsOfGeoKeys(std::span(text).first(keys), text.substr(keys));
   }
   return 0;
 }

@@ -6,13 +6,15 @@
 #include <cstdlib>
 #include <vector>
 
-#include "host/Failure.h"
-#include "host/pointcloud/LasCopy.h"
-#include "host/pointcloud/LasFile.h"
+#include "flight/formats/LasCopy.h"
+#include "flight/formats/LasFile.h"
 #include "tests/fuzz/FileInMemory.h"
 #include "tests/support/TemporaryFolder.h"
+#include <velorn/flight/Error.h>
 
-using PointCloud::LasFile, PointCloud::LasPoint;
+using namespace Velorn::Flights;
+
+using Velorn::Flights::LasFile, LasPoint;
 
 namespace {
 
@@ -26,9 +28,9 @@ bool isCopied(const std::filesystem::path& from, const std::filesystem::path& to
         places.push_back(one.place);
       }
     });
-    PointCloud::copyLas(from, to, numbers, places);
+    copyLas(from, to, numbers, places);
     return true;
-  } catch (const Failure&) {
+  } catch (const Error&) {
     return false;
   }
 }

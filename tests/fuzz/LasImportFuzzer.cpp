@@ -2,12 +2,14 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A LAS file is imported with a sound trajectory, or refused.
-#include "host/Failure.h"
-#include "host/importing/Import.h"
-#include "host/pointcloud/TrajectoryExport.h"
+#include "flight/exchange/Import.h"
+#include "flight/formats/TrajectoryExport.h"
 #include "platform/morvane/Console.h"
 #include "tests/fuzz/FileInMemory.h"
 #include "tests/support/TemporaryFolder.h"
+#include <velorn/flight/Error.h>
+
+using namespace Velorn::Flights;
 
 namespace {
 
@@ -19,11 +21,11 @@ struct Silent : Kestrum::LoaderProgress {
 /// Ten seconds over the middle of zone 32, as the files of the corpus have them.
 void writeTrajectory(const std::filesystem::path& file) {
   constexpr double begin = 407100.0;
-  std::vector<PointCloud::SbetRecord> records;
+  std::vector<SbetRecord> records;
   for (int k = 0; k <= 100; ++k) {
     records.push_back({begin + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0.01, -0.02, 6.28});
   }
-  PointCloud::writeSbet(file, records);
+  writeSbet(file, records);
 }
 
 }  // namespace
@@ -33,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   static const Morvane::ConsoleRedirection silence([](std::string_view) {});
   static const bool written = (writeTrajectory(folder / "flight.sbet"), true);
   const FileInMemory las(bytes, size);
-  Importing::ImportOptions options;
+  ImportOptions options;
   options.strips = {las.path()};
   options.trajectory.files = {folder / "flight.sbet"};
   options.output = folder / "imported";
@@ -42,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   Silent progress;
   try {
     importFlight(options, progress, [](const std::string&) {});
-  } catch (const Failure&) {
+  } catch (const Error&) {
     // refused
   }
   std::filesystem::remove_all(options.output);

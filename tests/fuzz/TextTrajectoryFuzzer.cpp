@@ -5,14 +5,14 @@
 // input is how the rest is to be read: a byte of choices and the description of the columns.
 #include <string>
 
-#include "host/Failure.h"
-#include "host/pointcloud/PoseOrder.h"
-#include "host/pointcloud/TextTrajectory.h"
+#include "flight/formats/PoseOrder.h"
+#include "flight/formats/TextTrajectory.h"
 #include "tests/fuzz/FileInMemory.h"
+#include <velorn/flight/Error.h>
 
 namespace {
 
-using namespace PointCloud;
+using namespace Velorn::Flights;
 
 TextTrajectoryFormat formatOf(const std::string& line) {
   TextTrajectoryFormat format;
@@ -37,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   try {
     auto poses = inTimeOrder(readTextTrajectory(text.path(), formatOf(line)).records);
     trajectoryColumns(poses.records, 32632);
-  } catch (const Failure&) {
+  } catch (const Error&) {
     // refused
   }
   return 0;

@@ -6,9 +6,11 @@
 
 #include <gmock/gmock.h>
 
-#include "host/Failure.h"
 #include "host/project/ProjectKeys.h"
 #include "tests/support/TemporaryFolder.h"
+#include <velorn/flight/Error.h>
+
+using namespace Velorn::Flights;
 
 namespace {
 
@@ -51,7 +53,7 @@ class ProjectFile : public testing::Test {
       own.parse(flags);
       itsKeys.read(file());
       complete(its);
-    } catch (const Failure& failure) {
+    } catch (const Error& failure) {
       return failure.what();
     }
     return "none";
@@ -166,7 +168,7 @@ TEST_F(ProjectFile, AsItIsWrittenReadsBackAlsoWithEveryDefaultAndExampleUncommen
   writeContent(file(), uncommented);
   keys.read(file());
   EXPECT_EQ(project.configuration().CellSizeWeights, Model().configuration.CellSizeWeights);
-  EXPECT_EQ(project.raster.neighbours, Matching::RasterOptions().neighbours);
+  EXPECT_EQ(project.raster.neighbours, RasterOptions().neighbours);
 }
 
 }  // namespace

@@ -1,2 +1,2 @@
-#include "georef/SensorModel.h"
+#include "adjustment/georef/SensorModel.h"
 #include <ceres/ceres.h>

@@ -1,0 +1,103 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include <ceres/solver.h>
+#include <fmt/format.h>
+#include <omp.h>
+
+#include "adjustment/optimization/AdjustmentProblem.h"
+#include "adjustment/optimization/CorrespondenceFolder.h"
+#include "adjustment/optimization/SectionReport.h"
+#include "platform/morvane/Console.h"
+#include <velorn/CeresOptimization.h>
+
+namespace Velorn {
+namespace {
+
+// Residuals per unknown; outside these bounds a warning is written.
+constexpr double fewestPerUnknown = 50.0, mostPerUnknown = 1000.0;
+
+ceres::Solver::Options solverOptions(const InputParameter& configuration) {
+  ceres::Solver::Options options;
+  options.minimizer_type = ceres::TRUST_REGION;
+  options.max_num_iterations = configuration.NumberOfIterations;
+  options.num_threads = omp_get_max_threads() - 1;  // one is left to the host
+  options.linear_solver_type = ceres::SPARSE_NORMAL_CHOLESKY;
+  options.sparse_linear_algebra_library_type = ceres::SUITE_SPARSE;
+  options.dynamic_sparsity = true;
+  options.use_nonmonotonic_steps = true;
+  options.use_inner_iterations = true;
+  options.logging_type = ceres::SILENT;
+  options.minimizer_progress_to_stdout = false;
+  return options;
+}
+
+SolverEnd endOf(const ceres::Solver::Summary& summary) {
+  SolverEnd end;
+  end.termination = ceres::TerminationTypeToString(summary.termination_type);
+  end.message = summary.message;
+  end.initialCost = summary.initial_cost;
+  end.finalCost = summary.final_cost;
+  end.successfulSteps = summary.num_successful_steps;
+  end.unsuccessfulSteps = summary.num_unsuccessful_steps;
+  end.seconds = summary.total_time_in_seconds;
+  end.residuals = summary.num_residuals;
+  end.parameters = summary.num_parameters;
+  return end;
+}
+
+}  // namespace
+
+CeresOptimization::CeresOptimization(SolverParameters& parameters, const Trajectory& path,
+                                     const InputParameter& configuration,
+                                     const FileContainer& files)
+    : solverParameters(parameters),
+      trajectory(path),
+      inputParameter(configuration),
+      fileContainer(files) {}
+
+std::string CeresOptimization::run() {
+  outcome = {};
+  std::vector<unsigned> correspondencesPerSection(solverParameters.numberOfSectionsForAllStrips());
+  if (auto fault = check(correspondencesPerSection); !fault.empty()) return fault;
+  std::string fullReport;
+  if (auto fault = solve(correspondencesPerSection, fullReport); !fault.empty()) return fault;
+  if (outcome.end.termination == "NO_CONVERGENCE") {
+    writeStatus("03_SolverStatus_Error.txt", fullReport);
+    return "NO_CONVERGENCE";
+  }
+  solved = true;
+  warnOfResidualRatio();
+  solverParameters.writeParameterFile(inputParameter.FileSuffix);
+  writeStatus("03_SolverStatus.txt", fullReport);
+  return computeStatistics(outcome);
+}
+
+std::string CeresOptimization::solve(const std::vector<unsigned>& correspondencesPerSection,
+                                     std::string& fullReport) {
+  const std::size_t entries = entriesOfCorrespondenceFolder(inputParameter);
+  ceres::Problem problem;
+  std::size_t groundTruth = 0;
+  auto fault = fill(
+      problem, {solverParameters, trajectory, inputParameter, settings, correspondencesPerSection},
+      groundTruth);
+  if (!fault.empty()) return fault;
+  Morvane::Console::writeLine(
+      fmt::format("\n7) DONE FILLING CERES:  # of total correspondence files: {}. "
+                  "GroundTruthCorrespondences: {}",
+                  entries, groundTruth));
+  ceres::Solver::Summary summary;
+  ceres::Solve(solverOptions(inputParameter), &problem, &summary);
+  outcome.end = endOf(summary);
+  outcome.end.estimated = estimatedUnknowns(outcome.sections, settings);
+  fullReport = summary.FullReport();
+  return {};
+}
+
+void CeresOptimization::warnOfResidualRatio() const {
+  const double ratio = static_cast<double>(outcome.end.residuals) / outcome.end.parameters;
+  if (!(ratio > mostPerUnknown || ratio < fewestPerUnknown)) return;
+  writeStatus("03_SolverStatus_WARNING_TooManyResiduals.txt",
+              fmt::format("residual_ratio {}", ratio));
+}
+
+}  // namespace Velorn

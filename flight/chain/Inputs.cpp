@@ -1,0 +1,120 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "flight/chain/Inputs.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <fmt/format.h>
+
+#include "flight/strips/GridFile.h"
+#include "flight/strips/OrFail.h"
+#include "flight/strips/TimeCover.h"
+#include "flight/surfaces/StripAttributes.h"
+
+namespace Velorn::Flights {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// @return nothing for a field without values
+std::optional<Strandel::ValueRange> rangeOf(const Strandel::FieldPtr& field) {
+  const auto read = field->range();
+  orFail(read.error);
+  return read.range;
+}
+
+/// Places that are no numbers are left out of the matching, but a point that was not measured has
+/// nothing to be georeferenced from.
+/// @return the bounds of the scanner coordinates
+Box checkedScanner(const GridFile& file) {
+  const auto range = rangeOf(file.grid().chart(Strandel::scannerChartName)->field("Positions"));
+  const Box box{range->minimum, range->maximum};
+  if (!box.isFinite()) file.refuse("", "a scanner coordinate is no number");
+  return box;
+}
+
+void checkTimes(const StripFacts& strip, const Velorn::Trajectory& trajectory) {
+  const auto ranges = trajectory.timeRanges();
+  const auto week = ranges.find(strip.week);
+  const TimeSpan own{strip.first, strip.last};
+  const std::string measured =
+      fmt::format("{}: measured from {}", strip.file.string(), timesText(own, strip.week));
+  if (week == ranges.end()) {
+    std::string weeks;
+    for (const auto& [number, range] : ranges) weeks += fmt::format(" {}", number);
+    throw Error(fmt::format("{}, but the trajectory has only the GPS weeks{}", measured, weeks));
+  }
+  const TimeSpan recorded{week->second.first, week->second.last};
+  if (covers(recorded, own)) return;
+  throw Error(fmt::format("{}, but the trajectory is from {}{}", measured,
+                          timesText(recorded, strip.week), likelyCause(recorded, own)));
+}
+
+std::string placeText(const Box& box) {
+  return fmt::format("E {:.0f} to {:.0f}, N {:.0f} to {:.0f}", box.low[0], box.high[0], box.low[1],
+                     box.high[1]);
+}
+
+}  // namespace
+
+bool Box::isNear(const Box& other, double reach) const {
+  for (std::size_t i = 0; i < 2; ++i) {
+    if (low[i] > other.high[i] + reach || other.low[i] > high[i] + reach) return false;
+  }
+  return true;
+}
+
+bool Box::isFinite() const {
+  for (std::size_t i = 0; i < 3; ++i) {
+    if (!std::isfinite(low[i]) || !std::isfinite(high[i])) return false;
+  }
+  return true;
+}
+
+StripFacts factsOf(const fs::path& strip) {
+  const GridFile file(strip);
+  if (file.size() == 0) file.refuse("", "holds no points");
+  checkStrip(file);
+  const Box scanner = checkedScanner(file);
+  const auto places = rangeOf(file.worldField("Positions")).value(),
+             times = rangeOf(file.worldField("GPSTime")).value();
+  if (!std::isfinite(times.lowest()) || !std::isfinite(times.highest())) {
+    file.refuse("", "a GPS time is no number");
+  }
+  return {strip,
+          file.size(),
+          file.week(),
+          times.lowest(),
+          times.highest(),
+          {places.minimum, places.maximum},
+          std::max(std::abs(scanner.low[1]), std::abs(scanner.high[1]))};
+}
+
+std::optional<Box> boxOfGroundTruth(const fs::path& groundTruth) {
+  const GridFile file(groundTruth);
+  file.world<Geomra::PhysicalSpace::vector>("NormalVector");
+  const auto range = rangeOf(file.worldField("Positions"));
+  if (!range) return {};
+  return Box{range->minimum, range->maximum};
+}
+
+void checkTogether(const std::vector<StripFacts>& strips, const Velorn::Trajectory& trajectory,
+                   const Project& project) {
+  for (const auto& strip : strips) checkTimes(strip, trajectory);
+  if (project.groundTruth.empty()) return;
+  const auto box = boxOfGroundTruth(project.groundTruth);
+  if (!box || !box->isFinite()) return;
+  for (const auto& strip : strips) {
+    if (!strip.box.isFinite() || strip.box.isNear(*box, project.configuration().SearchRadius)) {
+      return;
+    }
+  }
+  throw Error(fmt::format(
+      "{}: lies at {}, and no strip does ({}: {}): another zone, or easting and northing swapped?",
+      project.groundTruth, placeText(*box), strips.front().file.string(),
+      placeText(strips.front().box)));
+}
+
+}  // namespace Velorn::Flights

@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "flight/chain/RoundStrips.h"
+
+#include <algorithm>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "flight/strips/OrFail.h"
+#include "flight/surfaces/Rasterize.h"
+
+namespace Velorn::Flights {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Beside the folder of the rasters, which is the users' to look into.
+constexpr const char* folderEnding = "_of_round";
+
+fs::path emptyFolder(const fs::path& folder) {
+  std::error_code fault;
+  fs::remove_all(folder, fault);
+  fs::create_directories(folder, fault);
+  if (fs::is_directory(folder) && fs::is_empty(folder)) return folder;
+  throw Error(folder.string() + ": cannot be made an empty folder: " + fault.message(),
+              Error::NoSpace);
+}
+
+/// While strips lie far apart their shapes are bent, too: planes may be rougher, normals disagree
+/// more, and what is flat in one strip is a slope in the other.
+RasterOptions optionsOf(const Project& project, const Coarseness& coarseness) {
+  auto options = project.raster;
+  options.neighbourRadius = std::min(1000.0, options.neighbourRadius * coarseness.scale);
+  options.maxRoughness = std::min(1000.0, options.maxRoughness * coarseness.scale);
+  options.neighbours = coarseness.neighbours(options.neighbours);
+  if (coarseness.isCoarse()) options.slopeLimit = 0.0;
+  return options;
+}
+
+}  // namespace
+
+double spacingOfStrips(const RunContext& run) {
+  double largest = 0.0;
+  for (const auto& strip : run.strips) {
+    const double spacing =
+        spacingOfStrip(strip.file, run.configuration(), run.project.raster.neighbourRadius);
+    if (spacing > largest) largest = spacing;
+  }
+  if (largest > 0.0) return largest;
+  throw Error(fmt::format(
+      "no strip has 16 points within {} m of each other: the distance of the points, which coarse "
+      "rounds begin from, is not known; --neighbour-radius takes more",
+      run.project.raster.neighbourRadius));
+}
+
+Velorn::FileContainer stripsOfRound(const RunContext& run, const Coarseness& coarseness,
+                                    const Solution* solution,
+                                    Velorn::InputParameter& configuration) {
+  constexpr double widestAngle = 3.0;  // in units of the threshold
+  auto rasters = configuration.getRasterPath();
+  rasters += folderEnding;
+  const auto folder = emptyFolder(run.inRoot(rasters));
+  const auto options = optionsOf(run.project, coarseness);
+  std::vector<std::string> files;
+  for (std::uint32_t id = 0; id < run.strips.size(); ++id) {
+    const auto& strip = run.strips[id].file;
+    const auto raster = folder / fmt::format("{:06}_{}", id, strip.filename().string());
+    rasterizeView(strip, {id, solution, coarseness.side()}, raster, configuration, options,
+                  *run.output.progress);
+    files.push_back(raster.string());
+  }
+  rasterizeGroundTruth(run.groundTruth, folder / run.groundTruth.filename(), configuration);
+  configuration.RasterPath = rasters;
+  configuration.ThresholdMaxAngle =
+      std::min(90.0, configuration.ThresholdMaxAngle * std::min(coarseness.scale, widestAngle));
+  Velorn::FileContainer container;
+  orFail(container.add(std::make_shared<Plome::StringList>(files), run.groundTruth.string(),
+                       configuration.Trajectories));
+  return container;
+}
+
+}  // namespace Velorn::Flights

@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "flight/comparison/TrueWorld.h"
+
+#include <cstdint>
+
+#include <fmt/format.h>
+
+#include "flight/simulation/SensorChain.h"
+#include "platform/tessaly/PolarCoordinates.h"
+#include <velorn/flight/Error.h>
+
+namespace Velorn::Flights::Comparison {
+namespace {
+
+using Eigen::Vector3d;
+using Geomra::PhysicalSpace::point;
+using Geomra::PhysicalSpace::vector;
+
+vector vectorOf(const Vector3d& v) {
+  return {v[0], v[1], v[2]};
+}
+
+/// q' = (1 + c) q + o on the polar form.
+point corrected(const point& scanner, const Simulation::Mounting& mounting) {
+  const point q = Tessaly::polarCoordinatesFromCartesian(scanner);
+  const Vector3d real =
+      Vector3d(q.x, q.y, q.z).cwiseProduct(Vector3d::Ones() + mounting.scales) + mounting.offsets;
+  return Tessaly::cartesianCoordinatesFromPolar({real[0], real[1], real[2]});
+}
+
+void checkTimes(const TrueStrip& strip, const Velorn::Trajectory& trajectory, unsigned int week,
+                const std::vector<double>& times) {
+  for (const double time : times) {
+    if (trajectory.recordsAbout(time, week)) continue;
+    throw Error(fmt::format("{}: the trajectory of the flight does not cover the time {} s",
+                            strip.file.string(), time));
+  }
+}
+
+}  // namespace
+
+Points trueWorld(const Truth& truth, const Velorn::Trajectory& trajectory, std::size_t strip,
+                 const Points& scanner, const std::vector<double>& times) {
+  const TrueStrip& known = truth.strips.at(strip);
+  checkTimes(known, trajectory, truth.week, times);
+  const auto projection = trajectory.getMercator();
+  const auto number = static_cast<std::int64_t>(scanner.size());
+  Points world(scanner.size());
+#pragma omp parallel for schedule(static)
+  for (std::int64_t k = 0; k < number; ++k) {
+    const auto i = static_cast<std::size_t>(k);
+    Simulation::Pose pose;
+    trajectory.interpolateTrajectory(times[i], truth.week, pose.position, pose.attitude, false);
+    const double dt = times[i] - known.errors.firstTime;
+    pose.position = pose.position + vectorOf(known.errors.position.at(dt));
+    pose.attitude = pose.attitude + vectorOf(known.errors.attitude.at(dt));
+    const Simulation::Beams beams(pose, truth.real.misalignment, truth.real.leverArm, projection);
+    world[i] = beams.world(corrected(scanner[i], truth.real));
+  }
+  return world;
+}
+
+}  // namespace Velorn::Flights::Comparison

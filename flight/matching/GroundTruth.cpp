@@ -1,0 +1,167 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "flight/matching/GroundTruth.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numeric>
+#include <utility>
+
+#include "flight/matching/Rejection.h"
+#include "flight/surfaces/SearchLoop.h"
+
+namespace Velorn::Flights {
+namespace {
+
+std::vector<std::uint32_t> allOf(std::size_t count) {
+  std::vector<std::uint32_t> numbers(count);
+  std::iota(numbers.begin(), numbers.end(), 0U);
+  return numbers;
+}
+
+point inPlan(const point& place) {
+  return {place.x, place.y, 0.0};
+}
+
+PointTiles planTreeOf(std::vector<point> places) {
+  for (point& place : places) place = inPlan(place);
+  return {places, allOf(places.size())};
+}
+
+Neighbour nearestOf(const PointTiles& tree, const point& place, double radius) {
+  Neighbour room{0, infinite};
+  Neighbours found({&room, 1}, radius);
+  tree.search(place, found);
+  return room;
+}
+
+/// Sets that are joined one by one; a set is known by its least member.
+class JoinedSets {
+ public:
+  explicit JoinedSets(std::size_t count) : parents_(allOf(count)) {}
+
+  std::uint32_t of(std::uint32_t k) {
+    while (parents_[k] != k) k = parents_[k] = parents_[parents_[k]];
+    return k;
+  }
+  void join(std::uint32_t a, std::uint32_t b) {
+    const auto [low, high] = std::minmax({of(a), of(b)});
+    parents_[high] = low;
+  }
+
+ private:
+  std::vector<std::uint32_t> parents_;
+};
+
+enum class TruthFate : std::uint8_t { noCandidate, tooFar, angle, roughness, found };
+
+TruthFate examine(const PartnerSearch& strip, const GroundTruth& known, Correspondence& pair) {
+  const SearchRules& rules = strip.rules();
+  const MatchPoints& points = strip.points();
+  const point& p = points.places()[pair.i];
+  const Neighbour nearest = known.nearest(p, rules.radius);
+  if (!(nearest.square < infinite)) return TruthFate::noCandidate;
+  pair.j = nearest.number;
+  pair.code = codeOf(Velorn::TerrainType::GROUND_TRUTH);
+  pair.normalI = pair.normalJ = known.points().normals[pair.j];
+  const vector away = known.points().places[pair.j] - p;
+  const double along = dot(pair.normalI, away);
+  const double beside = std::sqrt(std::max(0.0, nearest.square - along * along));
+  const double spacing = known.spacing() > 0.0 ? known.spacing() : rules.radius;
+  if (beside > std::min(spacing, rules.radius)) return TruthFate::tooFar;
+  const PlaneFit plane = strip.planeAbout(pair.i);
+  if (!plane.exists()) return TruthFate::roughness;
+  if (!(std::abs(dot(plane.normal, pair.normalI)) >= rules.cosine)) return TruthFate::angle;
+  pair.roughnessI = plane.roughness;
+  const vector& beam = points.beams[pair.i];
+  if (rules.ontoPlanes) pair.shiftI = shiftOntoPlane(plane.distanceOf(p), plane.normal, beam);
+  pair.distance = dot(pair.normalI, known.points().places[pair.j] - shifted(p, beam, pair.shiftI));
+  return TruthFate::found;
+}
+
+std::vector<std::uint32_t> nearGroundTruth(const PartnerSearch& strip, const GroundTruth& known) {
+  const auto& places = strip.points().places();
+  std::vector<std::uint8_t> isNear(places.size());
+  forEachInParallel(0, places.size(), 4096, [&](std::size_t k) {
+    isNear[k] = known.isNear(places[k], strip.rules().radius) ? 1 : 0;
+  });
+  std::vector<std::uint32_t> near;
+  for (std::uint32_t k = 0; k < places.size(); ++k) {
+    if (isNear[k] != 0) near.push_back(k);
+  }
+  return near;
+}
+
+void count(TruthFate fate, Funnel& funnel) {
+  funnel.candidates += fate == TruthFate::noCandidate ? 0 : 1;
+  funnel.tooFar += fate == TruthFate::tooFar ? 1 : 0;
+  funnel.angle += fate == TruthFate::angle ? 1 : 0;
+  funnel.roughness += fate == TruthFate::roughness ? 1 : 0;
+}
+
+}  // namespace
+
+GroundTruth::GroundTruth(KnownPoints points)
+    : points_(std::move(points)),
+      tree_(points_.places, allOf(points_.places.size())),
+      planTree_(planTreeOf(points_.places)),
+      spacing_(medianSpacing()),
+      patches_(patches()) {}
+
+double GroundTruth::medianSpacing() const {
+  if (points_.places.size() < 2) return 0.0;
+  std::vector<double> distances(points_.places.size());
+  forEachInParallel(0, distances.size(), 64, [&](std::size_t k) {
+    std::array<Neighbour, 2> room{Neighbour{0, infinite}, Neighbour{0, infinite}};
+    Neighbours found(room, 1e150);  // the point itself, and the next one
+    tree_.search(points_.places[k], found);
+    distances[k] = std::sqrt(room[1].square);
+  });
+  return spreadOf(std::move(distances)).median;
+}
+
+std::vector<std::uint32_t> GroundTruth::patches() const {
+  constexpr std::size_t linked = 32;  // nearest points that are looked at: more than a ring's
+  JoinedSets sets(points_.places.size());
+  for (std::uint32_t k = 0; k < points_.places.size(); ++k) {
+    std::array<Neighbour, linked> room;
+    Neighbours found(room, 3.0 * spacing_);
+    tree_.search(points_.places[k], found);
+    for (const Neighbour& one : found.found()) sets.join(k, one.number);
+  }
+  std::vector<std::uint32_t> numbers(points_.places.size());
+  for (std::uint32_t k = 0; k < numbers.size(); ++k) numbers[k] = sets.of(k);
+  return numbers;
+}
+
+Neighbour GroundTruth::nearest(const point& place, double radius) const {
+  return nearestOf(tree_, place, radius);
+}
+
+bool GroundTruth::isNear(const point& place, double radius) const {
+  return nearestOf(planTree_, inPlan(place), radius).square < infinite;
+}
+
+std::vector<Correspondence> searchGroundTruth(const PartnerSearch& strip,
+                                              const GroundTruth& groundTruth, Funnels& funnels,
+                                              const std::function<void(std::size_t)>& tell) {
+  std::vector<Correspondence> pairs;
+  if (groundTruth.empty()) return pairs;
+  const auto near = nearGroundTruth(strip, groundTruth);
+  pairs.resize(near.size());
+  std::vector<TruthFate> fates(near.size());
+  forEachInChunks(near.size(), tell, [&](std::size_t k) {
+    pairs[k].i = near[k];
+    fates[k] = examine(strip, groundTruth, pairs[k]);
+  });
+  std::size_t found = 0;
+  for (std::size_t k = 0; k < pairs.size(); ++k) {
+    count(fates[k], funnels[0]);
+    if (fates[k] == TruthFate::found) pairs[found++] = pairs[k];
+  }
+  pairs.resize(found);
+  return pairs;
+}
+
+}  // namespace Velorn::Flights

@@ -1,0 +1,261 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "flight/matching/Match.h"
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "flight/matching/BlockFolder.h"
+#include "flight/matching/GroundTruth.h"
+#include "flight/matching/MatchPlan.h"
+#include "flight/matching/PairSearch.h"
+#include "flight/matching/Rejection.h"
+#include "flight/matching/Thinning.h"
+#include "flight/surfaces/SearchPlaces.h"
+#include "platform/geomra/Degree.h"
+#include <velorn/flight/Error.h>
+
+namespace Velorn::Flights {
+namespace {
+
+using Geomra::degree;
+
+constexpr double inclined = 10.0 * degree;  // ground truth that controls more than heights
+constexpr unsigned int timeBins = 16;
+
+/// The correspondences of one pair, from found to written.
+struct Found {
+  std::vector<Correspondence> pairs;
+  Funnels funnels;
+};
+
+/// Class, slope, aspect and time of each correspondence as one number.
+std::vector<std::uint64_t> strataOf(const Found& found, const MatchPoints& pointsOfI) {
+  std::vector<std::uint64_t> strata;
+  if (found.pairs.empty()) return strata;
+  const auto timeOf = [&](const Correspondence& pair) { return pointsOfI.times[pair.i]; };
+  const auto [first, last] =
+      std::minmax_element(found.pairs.begin(), found.pairs.end(),
+                          [&](const auto& a, const auto& b) { return timeOf(a) < timeOf(b); });
+  const double begin = timeOf(*first), length = timeOf(*last) - begin;
+  for (const Correspondence& pair : found.pairs) {
+    const double part = length > 0.0 ? (timeOf(pair) - begin) / length : 0.0;
+    const auto bin =
+        std::min(static_cast<std::uint64_t>(timeBins * part), timeBins - std::uint64_t{1});
+    strata.push_back(timeBins * stratumOf(pair.code, pair.normalI) + bin);
+  }
+  return strata;
+}
+
+/// Keeps as many as there is room for; counts those given up and those kept.
+void thin(Found& found, const std::vector<std::uint64_t>& strata, std::size_t room,
+          std::uint64_t seed) {
+  for (const Correspondence& pair : found.pairs) ++found.funnels[classIndexOf(pair.code)].thinned;
+  std::vector<Correspondence> kept;
+  for (const std::uint32_t k : thinned(strata, room, seed)) kept.push_back(found.pairs[k]);
+  found.pairs = std::move(kept);
+  for (const Correspondence& pair : found.pairs) {
+    --found.funnels[classIndexOf(pair.code)].thinned;
+    ++found.funnels[classIndexOf(pair.code)].kept;
+  }
+}
+
+/// The record of a point that was moved onto its plane.
+Velorn::SphericalBeing moved(const MatchPoints& points, std::size_t k, double shift,
+                             const vector& normal, std::uint8_t code) {
+  auto being = shifted(points.being(k), shift);
+  being.normal = normal;
+  being.classification = code;
+  return being;
+}
+
+/// Goes through the strips; of each strip J and its partners no more than one raster is held.
+class Matcher {
+ public:
+  Matcher(const Velorn::InputParameter& configuration, const MatchOptions& options,
+          const Solution* solution, const GroundTruth& groundTruth, const MatchPlan& plan,
+          const BlockFolder& folder, Kestrum::LoaderProgress& progress)
+      : configuration_(configuration),
+        options_(options),
+        solution_(solution),
+        groundTruth_(groundTruth),
+        plan_(plan),
+        folder_(folder),
+        progress_(progress),
+        rules_{configuration.SearchRadius, std::cos(configuration.ThresholdMaxAngle * degree),
+               options.ontoPlanes,         options.neighbours,
+               options.neighbourRadius,    options.areFarApart},
+        reach_(std::max(configuration.SearchRadius, options.reach)),
+        total_(plan.candidates()) {}
+
+  MatchReport run() {
+    for (std::uint32_t j = 0; j < plan_.strips.size(); ++j) matchStrip(j);
+    std::sort(report_.pairs.begin(), report_.pairs.end(), [](const auto& a, const auto& b) {
+      return std::tie(a.isGroundTruth, a.i, a.j) < std::tie(b.isGroundTruth, b.i, b.j);
+    });
+    report_.searchRadius = rules_.radius;
+    report_.maxCorrespondences = plan_.maxCorrespondences;
+    report_.typicalDistance = spreadOf(std::move(distances_)).median;
+    report_.disagreement = spreadOf(std::move(disagreements_)).median;
+    report_.groundTruthPatches = patches_.size();
+    return std::move(report_);
+  }
+
+ private:
+  /// All pairs whose second strip is J, and J with the ground truth.
+  void matchStrip(std::uint32_t j) {
+    std::vector<PlannedPair> pairs = plan_.pairs, known = plan_.known;
+    std::erase_if(pairs, [j](const PlannedPair& pair) { return pair.j != j; });
+    std::erase_if(known, [j](const PlannedPair& pair) { return pair.i != j; });
+    if (pairs.empty() && known.empty()) return;
+    const MatchPoints points = pointsOf(j, pairs, !known.empty());
+    const PartnerSearch search(points, rules_);
+    for (const PlannedPair& pair : pairs) matchPair(pair, search);
+    for (const PlannedPair& pair : known) matchGroundTruth(pair, search);
+  }
+
+  /// The strip's points where partners may be searched, and those that their planes go through.
+  MatchPoints pointsOf(std::uint32_t j, const std::vector<PlannedPair>& pairs, bool isKnown) {
+    const double reach = reach_ + rules_.neighbourRadius;
+    MatchPoints points = readStrip(plan_.strips[j], configuration_, [&](const point& place) {
+      const bool isOverlap = std::any_of(pairs.begin(), pairs.end(), [&](const auto& pair) {
+        return plan_.hulls[pair.i].holds(place, reach);
+      });
+      return isOverlap || (isKnown && groundTruth_.isNear(place, reach));
+    });
+    georeference(plan_.strips[j], j, points);
+    return points;
+  }
+
+  void georeference(const std::filesystem::path& file, std::uint32_t strip, MatchPoints& points) {
+    searchWith(solution_, file, strip, configuration_.InterpolationFlag, points);
+  }
+
+  void matchPair(const PlannedPair& pair, const PartnerSearch& search) {
+    MatchPoints candidates =
+        readRaster(plan_.rasters[pair.i], configuration_,
+                   [&](const point& place) { return plan_.hulls[pair.j].holds(place, reach_); });
+    georeference(plan_.rasters[pair.i], pair.i, candidates);
+    Found found;
+    found.pairs =
+        searchPartners(candidates, search, found.funnels, [this](std::size_t k) { tell(k); });
+    done_ += pair.candidates;
+    rejectUnlike(found.pairs, found.funnels,
+                 options_.areFarApart ? Alike::ofDirection : Alike::ofClass);
+    thin(found, strataOf(found, candidates), pair.room, derivedSeed(options_.seed, pair.i, pair.j));
+    for (const Correspondence& one : found.pairs) {
+      distances_.push_back(lengthOf(search.points().places()[one.j] - candidates.places()[one.i]));
+      disagreements_.push_back(std::abs(one.distance));
+    }
+    write(pair, found, candidates, search.points());
+  }
+
+  void write(const PlannedPair& pair, const Found& found, const MatchPoints& pointsOfI,
+             const MatchPoints& pointsOfJ) {
+    std::vector<BlockEntry> entries;
+    for (const Correspondence& one : found.pairs) {
+      entries.push_back({moved(pointsOfI, one.i, one.shiftI, one.normalI, one.code),
+                         moved(pointsOfJ, one.j, one.shiftJ, one.normalJ, one.code)});
+    }
+    folder_.write({pair.i, pair.j, false, pointsOfI.week, pointsOfJ.week}, entries);
+    report_.pairs.push_back({pair.i, pair.j, false, found.funnels});
+    report_.correspondences += entries.size();
+  }
+
+  void matchGroundTruth(const PlannedPair& pair, const PartnerSearch& search) {
+    Found found;
+    found.pairs =
+        searchGroundTruth(search, groundTruth_, found.funnels, [this](std::size_t) { tell(0); });
+    rejectUnlike(found.pairs, found.funnels);
+    std::vector<std::uint64_t> patches;
+    for (const Correspondence& one : found.pairs) patches.push_back(groundTruth_.patchOf(one.j));
+    thin(found, patches, pair.room, derivedSeed(options_.seed, pair.i, pair.j));
+    for (const Correspondence& one : found.pairs) countKnown(one);
+    writeKnown(pair, found, search.points());
+  }
+
+  void countKnown(const Correspondence& one) {
+    patches_.insert(groundTruth_.patchOf(one.j));
+    report_.onInclinedGroundTruth += std::abs(one.normalI.z) < std::cos(inclined) ? 1 : 0;
+    ++report_.withGroundTruth;
+  }
+
+  void writeKnown(const PlannedPair& pair, const Found& found, const MatchPoints& points) {
+    const KnownPoints& known = groundTruth_.points();
+    std::vector<BlockEntry> entries;
+    for (const Correspondence& one : found.pairs) {
+      entries.push_back({moved(points, one.i, one.shiftI, one.normalI, one.code),
+                         {known.places[one.j], {}, 0.0, one.normalJ, {}, known.codes[one.j]}});
+    }
+    folder_.write({pair.i, pair.j, true, points.week, 0}, entries);
+    report_.pairs.push_back({pair.i, pair.j, true, found.funnels});
+    report_.correspondences += entries.size();
+  }
+
+  void tell(std::size_t inPair) { progress_.report("matching", done_ + inPair, total_); }
+
+  const Velorn::InputParameter& configuration_;
+  const MatchOptions& options_;
+  const Solution* solution_;
+  const GroundTruth& groundTruth_;
+  const MatchPlan& plan_;
+  const BlockFolder& folder_;
+  Kestrum::LoaderProgress& progress_;
+  SearchRules rules_;
+  double reach_;
+  std::size_t done_ = 0, total_;
+  MatchReport report_;
+  std::vector<double> distances_, disagreements_;  // of the strip pairs kept
+  std::set<std::uint32_t> patches_;
+};
+
+void check(const MatchOptions& options) {
+  if (options.neighbours < fewestForPlane || options.neighbours > 1000) {
+    throw Error(
+        fmt::format("neighbours: {} is not within {} to 1000", options.neighbours, fewestForPlane));
+  }
+  if (!(options.neighbourRadius > 0.0) || !std::isfinite(options.neighbourRadius)) {
+    throw Error(
+        fmt::format("neighbour radius: {} is not a positive length [m]", options.neighbourRadius));
+  }
+}
+
+}  // namespace
+
+Funnel& Funnel::operator+=(const Funnel& other) {
+  candidates += other.candidates;
+  tooFar += other.tooFar;
+  angle += other.angle;
+  roughness += other.roughness;
+  outlier += other.outlier;
+  thinned += other.thinned;
+  kept += other.kept;
+  median = nmad = std::numeric_limits<double>::quiet_NaN();
+  return *this;
+}
+
+Funnel PairReport::sum() const {
+  Funnel sum;
+  for (const Funnel& one : classes) sum += one;
+  return sum;
+}
+
+MatchReport match(const Velorn::InputParameter& configuration, const Velorn::FileContainer& files,
+                  const MatchOptions& options, const Solution* solution,
+                  Kestrum::LoaderProgress& progress) {
+  check(options);
+  const GroundTruth groundTruth = groundTruthOf(configuration, files);
+  const MatchPlan plan = planOf(configuration, files, options, groundTruth);
+  const BlockFolder folder(configuration.RootPath / configuration.getCorrespondencePath(),
+                           configuration.Storage);
+  MatchReport report =
+      Matcher(configuration, options, solution, groundTruth, plan, folder, progress).run();
+  folder.finish();
+  return report;
+}
+
+}  // namespace Velorn::Flights

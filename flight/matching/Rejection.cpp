@@ -1,0 +1,104 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "flight/matching/Rejection.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+
+#include "flight/matching/Thinning.h"
+#include "platform/orvek/Figures.h"
+
+namespace Velorn::Flights {
+namespace {
+
+constexpr double width = 3.0, leastNmad = 1e-3;
+constexpr std::size_t enoughOfGroup = 10, enoughOfPair = 5;
+constexpr std::size_t classCount = std::tuple_size_v<Funnels>;
+
+std::size_t classOf(const Correspondence& pair) {
+  return classIndexOf(pair.code);
+}
+
+std::uint64_t groupOf(const Correspondence& pair, Alike alike) {
+  return alike == Alike::ofClass ? classOf(pair) : stratumOf(pair.code, pair.normalI);
+}
+
+/// A quantity of all correspondences and of those of each group.
+template <typename Value>
+class Spreads {
+ public:
+  Spreads(const std::vector<Correspondence>& pairs, Alike alike, const Value& value)
+      : alike_(alike) {
+    std::map<std::uint64_t, std::vector<double>> each;
+    std::vector<double> all;
+    for (const Correspondence& pair : pairs) {
+      each[groupOf(pair, alike)].push_back(value(pair));
+      all.push_back(value(pair));
+    }
+    const Spread together = spreadOf(std::move(all));
+    for (auto& [group, values] : each) {
+      const bool isEnough = values.size() >= enoughOfGroup;
+      used_[group] = isEnough ? spreadOf(std::move(values)) : together;
+    }
+  }
+
+  /// How far above the median, in units of the limit.
+  double excess(const Correspondence& pair, double value) const {
+    const Spread& spread = used_.at(groupOf(pair, alike_));
+    return (value - spread.median) / (width * std::max(spread.nmad, leastNmad));
+  }
+
+ private:
+  Alike alike_;
+  std::map<std::uint64_t, Spread> used_;  // that the group is judged by
+};
+
+template <typename IsUnlike>
+void takeOut(std::vector<Correspondence>& pairs, Funnels& funnels, std::size_t Funnel::*counter,
+             const IsUnlike& isUnlike) {
+  std::erase_if(pairs, [&](const Correspondence& pair) {
+    const bool isOut = isUnlike(pair);
+    if (isOut) ++(funnels[classOf(pair)].*counter);
+    return isOut;
+  });
+}
+
+void rejectRough(std::vector<Correspondence>& pairs, Funnels& funnels) {
+  const Spreads sideI(pairs, Alike::ofClass,
+                      [](const Correspondence& pair) { return pair.roughnessI; });
+  const Spreads sideJ(pairs, Alike::ofClass,
+                      [](const Correspondence& pair) { return pair.roughnessJ; });
+  takeOut(pairs, funnels, &Funnel::roughness, [&](const Correspondence& pair) {
+    return sideI.excess(pair, pair.roughnessI) > 1.0 || sideJ.excess(pair, pair.roughnessJ) > 1.0;
+  });
+}
+
+/// Median and NMAD of the distances of each class.
+void describe(const std::vector<Correspondence>& pairs, Funnels& funnels) {
+  std::array<std::vector<double>, classCount> each;
+  for (const Correspondence& pair : pairs) each[classOf(pair)].push_back(pair.distance);
+  for (std::size_t k = 0; k < classCount; ++k) {
+    const Spread spread = spreadOf(std::move(each[k]));
+    funnels[k].median = spread.median;
+    funnels[k].nmad = spread.nmad;
+  }
+}
+
+}  // namespace
+
+Spread spreadOf(std::vector<double> values) {
+  return {OrvekStatistic::quantileInPlace(values, 0.5), OrvekStatistic::nmadInPlace(values)};
+}
+
+void rejectUnlike(std::vector<Correspondence>& pairs, Funnels& funnels, Alike alike) {
+  rejectRough(pairs, funnels);
+  describe(pairs, funnels);
+  const Spreads distances(pairs, alike, [](const Correspondence& pair) { return pair.distance; });
+  const bool areTooFew = pairs.size() < enoughOfPair;
+  takeOut(pairs, funnels, &Funnel::outlier, [&](const Correspondence& pair) {
+    return areTooFew || !(std::abs(distances.excess(pair, pair.distance)) <= 1.0);
+  });
+}
+
+}  // namespace Velorn::Flights

@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// The points of strips, rasters and ground truth that may be matched, read from their containers.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <vector>
+
+#include "flight/strips/GridFile.h"
+#include "flight/surfaces/TerrainClasses.h"
+#include "platform/geomra/PhysicalSpace.h"
+#include <velorn/DataBlock.h>
+#include <velorn/InputParameter.h>
+#include <velorn/SphericalBeing.h>
+
+namespace Velorn::Flights {
+
+using Geomra::PhysicalSpace::point;
+using Geomra::PhysicalSpace::vector;
+
+/// Codes of the classes that are matched, from roof to flat.
+inline constexpr std::uint8_t firstCode = codeOf(Velorn::TerrainType::ROOF),
+                              lastCode = codeOf(Velorn::TerrainType::FLAT);
+
+/// Points of one strip in its order, one entry per point in every column that is not said to be
+/// empty.
+struct MatchPoints {
+  std::vector<point> delivered;            ///< as in the file [m]
+  std::vector<point> searched;             ///< by the result of the round before [m]; empty: none
+  std::vector<point> scanner;              ///< (down, forward, right) [m]
+  std::vector<double> times;               ///< [s of week]
+  std::vector<vector> normals, beams;      ///< of the surface, and from the point to the sensor
+  std::vector<std::uint8_t> codes;         ///< of the class, 11 to 14
+  std::vector<double> roughness, heights;  ///< of a raster alone: of the neighbourhoods' planes,
+                                           ///< and signed distance of the point from its own [m]
+  std::uint32_t week = 0;
+
+  std::size_t size() const { return delivered.size(); }
+  /// Where the search takes the points to be.
+  const std::vector<point>& places() const { return searched.empty() ? delivered : searched; }
+  /// The point as it stands in its file.
+  Velorn::SphericalBeing being(std::size_t k) const {
+    return {delivered[k], scanner[k], times[k], normals[k], beams[k], codes[k]};
+  }
+  /// Keeps the points whose numbers are listed, in ascending order.
+  void keep(const std::vector<std::uint32_t>& numbers);
+};
+
+/// All points of a container; class 0 where it has no classification.
+/// @param worldOnly  positions, normals and classes; otherwise all that a rasterized strip has
+/// @throws Error that names the file
+Velorn::DataBlock blockOf(const GridFile& file, bool worldOnly);
+
+/// The points of a rasterized strip, or of its raster, that are of a matchable class and that
+/// `wanted` takes by their delivered place. Points with a coordinate that no place has,
+/// or a beam or time that is not finite, are left out, with a message on the console.
+/// @param wanted  called on all threads
+/// @throws Error that names the file
+/// @{
+using Wanted = std::function<bool(const point&)>;
+MatchPoints readStrip(const std::filesystem::path& file,
+                      const Velorn::InputParameter& configuration, const Wanted& wanted);
+MatchPoints readRaster(const std::filesystem::path& file,
+                       const Velorn::InputParameter& configuration, const Wanted& wanted);
+/// @}
+
+/// GPS week of a strip or raster; 0 for one without points. Only the file's structure is read.
+/// @throws Error that names the file
+std::uint32_t readWeek(const std::filesystem::path& file,
+                       const Velorn::InputParameter& configuration);
+
+/// The points of a raster of ground truth.
+struct KnownPoints {
+  std::vector<point> places;        ///< [m]
+  std::vector<vector> normals;      ///< unit normals
+  std::vector<std::uint8_t> codes;  ///< as the file has them
+};
+
+/// Points that have no place, or no normal, are left out, with a message on the console.
+/// @throws Error that names the file; an empty container is none
+KnownPoints readGroundTruth(const std::filesystem::path& file,
+                            const Velorn::InputParameter& configuration);
+
+}  // namespace Velorn::Flights

@@ -1,0 +1,225 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "flight/surfaces/Rasterize.h"
+
+#include <algorithm>
+#include <new>
+
+#include <fmt/format.h>
+
+#include "flight/surfaces/Cubes.h"
+#include "flight/surfaces/PointClasses.h"
+#include "flight/surfaces/RasterFile.h"
+#include "flight/surfaces/Representatives.h"
+#include "flight/surfaces/SearchPlaces.h"
+#include "flight/surfaces/SelectedPoints.h"
+#include "flight/surfaces/StripAttributes.h"
+#include "flight/surfaces/TerrainClasses.h"
+#include <velorn/flight/Error.h>
+
+namespace Velorn::Flights {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t classes = std::tuple_size_v<PerClass>;
+
+/// One strip from its container to its raster.
+class StripRasterizing {
+ public:
+  StripRasterizing(const fs::path& path, const Velorn::InputParameter& configuration,
+                   const RasterOptions& options, Kestrum::LoaderProgress& progress)
+      : configuration_(configuration),
+        options_(options),
+        progress_(progress),
+        selection_(configuration.SelectionStr),
+        strip_(path, configuration),
+        text_("rasterizing " + path.stem().string()) {}
+
+  RasterCounts run(const fs::path& raster) {
+    const auto places = begin();
+    Surface surface = classify(*places, 0.0);
+    const auto chosen = choose(*places);
+    PlanesOfRaster planes = planesOf(surface, chosen);
+    setFields(surface);
+    Strandel::Bundle made = rasterOfStrip(strip_, chosen, std::move(planes));
+    strip_.save();
+    save(made, raster);
+    return counts_;
+  }
+
+  RasterCounts runView(const StripView& view, const fs::path& raster) {
+    const auto delivered = begin();
+    const auto placed = view.solution ? placesOf(view) : std::vector<point>();
+    const std::span<const point> places = view.solution ? placed : *delivered;
+    Surface surface = classify(places, view.side);
+    const auto planar = planarPoints();
+    counts_.representatives = counts_.surface;
+    PlanesOfRaster planes = planesOf(surface, planar);
+    setFields(surface);
+    Strandel::Bundle made = rasterOfStrip(strip_, planar, std::move(planes));
+    save(made, raster);
+    return counts_;
+  }
+
+ private:
+  /// Looks for what is missing before any work.
+  std::shared_ptr<const std::vector<point>> begin() {
+    checkStrip(strip_);
+    checkNames(selection_, strip_);
+    progress_.report(text_, 0, strip_.size());
+    return strip_.world<point>("Positions").whole();
+  }
+
+  void save(Strandel::Bundle& bundle, const fs::path& file) const {
+    saveBundle(bundle, file, *storageOf(configuration_));
+  }
+
+  std::vector<point> placesOf(const StripView& view) const {
+    const auto scanner = strip_.scanner<point>("Positions").whole();
+    const auto times = strip_.world<double>("GPSTime").whole();
+    return placesBy(*view.solution, strip_.path(), view.strip, configuration_.InterpolationFlag,
+                    {*scanner, *times, strip_.week()});
+  }
+
+  /// Planes, classes and what speaks against a point.
+  /// @param side  of the cubes of which one point counts [m]; 0: all points count
+  Surface classify(std::span<const point> places, double side) {
+    auto echoes = echoesOf(strip_, places);
+    if (side > 0.0) thinOut(places, side, echoes);
+    Surface surface = surfaceOf(places, echoes);
+    deselectByAmplitude();
+    counts_.notSelected += deselect(selection_, strip_, codes_);
+    return surface;
+  }
+
+  /// Leaves one last echo per cube, and no other echoes.
+  void thinOut(std::span<const point> places, double side, std::vector<Echo>& echoes) {
+    const auto last = onePerCube(places, membersOf(echoes, Echo::last), side);
+    const auto leftOut = std::ranges::count(echoes, Echo::leftOut);
+    counts_.notFirst = echoes.size() - static_cast<std::size_t>(leftOut) - last.size();
+    std::ranges::fill(echoes, Echo::leftOut);
+    for (const std::uint32_t i : last) echoes[i] = Echo::last;
+  }
+
+  Surface surfaceOf(std::span<const point> places, const std::vector<Echo>& echoes) {
+    const Neighbourhood neighbourhood{options_.neighbours, options_.neighbourRadius};
+    Surface surface = Flights::surfaceOf(places, echoes, neighbourhood, [&](std::size_t done) {
+      progress_.report(text_, done, strip_.size());
+    });
+    const auto lasClasses = strip_.world<std::uint8_t>("Classification").whole();
+    const auto given = givenClasses(strip_);
+    codes_ = classCodes({places, echoes, surface, *lasClasses, given}, options_, counts_);
+    counts_.notFinite -= counts_.notFirst;
+    return surface;
+  }
+
+  void deselectByAmplitude() {
+    strip_.world<double>("Amplitude").forEachBlock([&](std::size_t first, auto amplitudes) {
+      for (std::size_t i = 0; i < amplitudes.size(); ++i) {
+        std::uint8_t& code = codes_[first + i];
+        if (!isSurface(code)) continue;
+        const double limit = configuration_.Amplitude[classIndexOf(code)];
+        if (limit <= -100.0 || amplitudes[i] >= limit) continue;
+        code = noTerrain;
+        ++counts_.notSelected;
+      }
+    });
+  }
+
+  /// The representatives of all classes, in the order of the strip.
+  std::vector<std::uint32_t> choose(std::span<const point> places) {
+    std::vector<std::uint32_t> chosen;
+    for (std::size_t type = 1; type < classes; ++type) {
+      std::vector<std::uint32_t> members;
+      for (std::size_t i = 0; i < codes_.size(); ++i) {
+        if (isSurface(codes_[i]) && classIndexOf(codes_[i]) == type) {
+          members.push_back(static_cast<std::uint32_t>(i));
+        }
+      }
+      const auto ofType = representatives(places, members, configuration_.CellSize[type]);
+      counts_.surface[type] = members.size();
+      counts_.representatives[type] = ofType.size();
+      chosen.insert(chosen.end(), ofType.begin(), ofType.end());
+    }
+    std::sort(chosen.begin(), chosen.end());
+    return chosen;
+  }
+
+  std::vector<std::uint32_t> planarPoints() {
+    std::vector<std::uint32_t> numbers;
+    for (std::size_t i = 0; i < codes_.size(); ++i) {
+      if (!isSurface(codes_[i])) continue;
+      numbers.push_back(static_cast<std::uint32_t>(i));
+      ++counts_.surface[classIndexOf(codes_[i])];
+    }
+    return numbers;
+  }
+
+  static PlanesOfRaster planesOf(const Surface& surface, std::span<const std::uint32_t> chosen) {
+    PlanesOfRaster planes;
+    for (const std::uint32_t i : chosen) {
+      planes.roughness.push_back(static_cast<double>(surface.roughness[i]));
+      planes.distance.push_back(static_cast<double>(surface.distance[i]));
+    }
+    return planes;
+  }
+
+  void setFields(Surface& surface) {
+    keepGiven(strip_);
+    for (const auto& field :
+         {strip_.set(normalsName, surface.normals), strip_.set(classesName, codes_)}) {
+      field->attributes().set(originName, std::string(originText));
+    }
+    surface = {};
+  }
+
+  const Velorn::InputParameter& configuration_;
+  const RasterOptions& options_;
+  Kestrum::LoaderProgress& progress_;
+  Selection selection_;
+  GridFile strip_;
+  std::string text_;
+  std::vector<std::uint8_t> codes_;
+  RasterCounts counts_;
+};
+
+/// Names the strip when memory runs out.
+template <typename Work>
+RasterCounts withMemory(const fs::path& strip, const Work& work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    throw Error(strip.string() + ": not enough memory");
+  }
+}
+
+}  // namespace
+
+RasterCounts rasterizeStrip(const fs::path& strip, const fs::path& raster,
+                            const Velorn::InputParameter& configuration,
+                            const RasterOptions& options, Kestrum::LoaderProgress& progress) {
+  check(configuration, options);
+  refuseSameFile(strip, raster);
+  return withMemory(
+      strip, [&] { return StripRasterizing(strip, configuration, options, progress).run(raster); });
+}
+
+RasterCounts rasterizeView(const fs::path& strip, const StripView& view, const fs::path& raster,
+                           const Velorn::InputParameter& configuration,
+                           const RasterOptions& options, Kestrum::LoaderProgress& progress) {
+  check(configuration, options);
+  refuseSameFile(strip, raster);
+  return withMemory(strip, [&] {
+    return StripRasterizing(strip, configuration, options, progress).runView(view, raster);
+  });
+}
+
+double spacingOfStrip(const fs::path& strip, const Velorn::InputParameter& configuration,
+                      double radius) {
+  const GridFile file(strip, configuration);
+  const auto places = file.world<point>("Positions").whole();
+  return spacingOf(*places, membersOf(echoesOf(file, *places), Echo::last), radius);
+}
+
+}  // namespace Velorn::Flights

@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <memory>
+
+#include <fmt/format.h>
+
+#include "flight/chain/AdjustedStrips.h"
+#include "flight/comparison/Comparison.h"
+#include "host/commands/Commands.h"
+#include "host/terminal/LibraryMessages.h"
+#include "host/terminal/Progress.h"
+
+using namespace Velorn::Flights;
+
+namespace {
+
+struct CompareCall {
+  std::filesystem::path truth, result, adjusted;
+  bool json = false, quiet = false;
+};
+
+Velorn::Flights::Comparison::Report compareWithProgress(const CompareCall& call) {
+  Progress progress(call.quiet);
+  const LibraryMessages messages(progress, call.quiet);
+  return Velorn::Flights::Comparison::compare(
+      call.truth, call.result, call.adjusted.empty() ? call.result / adjustedFolder : call.adjusted,
+      progress);
+}
+
+void run(const CompareCall& call) {
+  const auto report = compareWithProgress(call);
+  fmt::print("{}", call.json ? jsonOf(report) : textOf(report));
+}
+
+}  // namespace
+
+void addCompare(CLI::App& app) {
+  const auto call = std::make_shared<CompareCall>();
+  auto& command = *app.add_subcommand(
+      "compare", "Holds the result of a run on a synthetic flight against the truth");
+  command.add_option("TRUTH", call->truth, "folder of the flight, as `velorn simulate` wrote it")
+      ->required()
+      ->type_name("FOLDER");
+  command.add_option("RESULT", call->result, "root folder of the run")
+      ->required()
+      ->type_name("FOLDER");
+  command
+      .add_option(
+          "--adjusted", call->adjusted,
+          fmt::format("folder of the adjusted strips; default: {} in RESULT", adjustedFolder))
+      ->type_name("FOLDER");
+  command.add_flag("--json", call->json, "one JSON document instead of tables");
+  command.add_flag("--quiet", call->quiet, "no progress; warnings and results stay");
+  command.footer("Example: velorn compare demo demo/run");
+  command.callback([call] { run(*call); });
+}

@@ -1,0 +1,126 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// The commands that take a project: run, its first steps alone, and init.
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+
+#include <fmt/format.h>
+
+#include "flight/chain/Chain.h"
+#include "flight/report/SummaryText.h"
+#include "flight/strips/OutputPlaces.h"
+#include "host/commands/Commands.h"
+#include "host/project/ProjectKeys.h"
+#include "host/terminal/LibraryMessages.h"
+#include "host/terminal/Progress.h"
+#include "platform/plome/ReplacedFile.h"
+#include <velorn/flight/Error.h>
+
+using namespace Velorn::Flights;
+
+namespace {
+
+/// A command with its project; the keys refer to both.
+struct ProjectCall {
+  explicit ProjectCall(CLI::App& app) : command(app), keys(app, project) {}
+
+  CLI::App& command;
+  Project project;
+  ProjectKeys keys;
+  bool overwrite = false;
+};
+
+std::shared_ptr<ProjectCall> addProjectCommand(CLI::App& app, const char* name, const char* what) {
+  auto& command = *app.add_subcommand(name, what);
+  auto call = std::make_shared<ProjectCall>(command);
+  command.add_option("PROJECT", call->project.file, "project file, see `velorn init`")
+      ->type_name("FILE");
+  return call;
+}
+
+void addSwitches(ProjectCall& call) {
+  call.command
+      .add_flag("--force", call.project.force, "do also what an earlier run has done already")
+      ->configurable(false);
+  call.command.add_flag("--quiet", call.project.quiet, "no progress; warnings and results stay")
+      ->configurable(false);
+}
+
+/// The bar is off the terminal when this returns.
+Json runWithProgress(const Project& project) {
+  const auto progress = std::make_shared<Progress>(project.quiet);
+  const LibraryMessages messages(*progress, project.quiet);
+  const RunOutput output{progress, [&](const std::string& line) {
+                           if (!project.quiet) progress->message(line);
+                         }};
+  return run(project, output);
+}
+
+void runSteps(ProjectCall& call) {
+  auto& project = call.project;
+  if (!project.file.empty()) call.keys.read(project.file);
+  complete(project);
+  const Json summary = runWithProgress(project);
+  fmt::print("{}", summaryText(summary));
+  orFailAsSolver(summary);
+}
+
+void addSteps(CLI::App& app, const char* name, const char* what, const char* word) {
+  const auto call = addProjectCommand(app, name, what);
+  addSwitches(*call);
+  call->command.footer(
+      fmt::format("Example: velorn {} flight.velorn\n\n"
+                  "The same as `velorn run` with --steps \"{}\".",
+                  name, word));
+  call->command.callback([call, word] {
+    call->command.get_option("--steps")->clear();
+    call->command.get_option("--steps")->add_result(word);
+    call->command.get_option("--steps")->run_callback();
+    runSteps(*call);
+  });
+}
+
+void writeProject(const ProjectCall& call) {
+  const auto& file = call.project.file;
+  refuseExisting(file, call.overwrite);
+  if (const auto fault = Plome::replaceFile(file, call.keys.text(file)); !fault.empty()) {
+    throw Error(fault, Error::NoSpace);
+  }
+  fmt::print("{} written; `velorn run {}` runs it\n", file.string(), file.string());
+}
+
+}  // namespace
+
+void addRun(CLI::App& app) {
+  const auto call = addProjectCommand(
+      app, "run", "From strips, trajectory and ground truth to adjusted strips, and a summary");
+  addSwitches(*call);
+  call->command.footer(
+      "Example: velorn init flight.velorn --strips 'strips/*.kx' --trajectory trajectory.kx\n"
+      "  --ground-truth control.kx && velorn run flight.velorn\n\n"
+      "Every key of the project file is a flag too, and flags win. Steps that are done already "
+      "are\n"
+      "skipped. docs/run.md says what is done and what summary.json holds.");
+  call->command.callback([call] { runSteps(*call); });
+}
+
+void addRasterize(CLI::App& app) {
+  addSteps(app, "rasterize", "Normals, terrain classes and rasters of strips and ground truth",
+           "+rasterize");
+}
+
+void addMatch(CLI::App& app) {
+  addSteps(app, "match", "Correspondences between rasterized strips, and with the ground truth",
+           "+correspondences");
+}
+
+void addInit(CLI::App& app) {
+  const auto call =
+      addProjectCommand(app, "init", "Writes a project file with every key explained");
+  call->command.get_option("PROJECT")->required();
+  call->command.add_flag("--overwrite", call->overwrite, "replace the file")->configurable(false);
+  call->command.footer("Example: velorn init flight.velorn --strips 'strips/*.kx'");
+  call->command.callback([call] { writeProject(*call); });
+}

@@ -1,8 +1,0 @@
-// SPDX-FileCopyrightText: 2026 The Velorn developers
-// SPDX-License-Identifier: Apache-2.0
-#pragma once
-
-#include <cstdint>
-
-/// Most bytes that this process has held so far.
-std::uint64_t peakMemory();

@@ -1,0 +1,194 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// A small flight, imported and adjusted, on its way out.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <fstream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <numeric>
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include "flight/chain/StripsGeoreferencing.h"
+#include "flight/exchange/Export.h"
+#include "flight/exchange/Import.h"
+#include "flight/formats/LasFile.h"
+#include "flight/formats/TrajectoryExport.h"
+#include "flight/strips/GridFile.h"
+#include "platform/morvane/Console.h"
+#include "platform/tessaly/TransverseMercator.h"
+#include "tests/support/LasBytes.h"
+#include "tests/support/TemporaryFolder.h"
+#include <velorn/Georeferencing.h>
+#include <velorn/flight/Error.h>
+
+namespace fs = std::filesystem;
+using Geomra::PhysicalSpace::point;
+using Geomra::PhysicalSpace::vector;
+using testing::AllOf;
+using testing::HasSubstr;
+using Velorn::Flights::ExportOptions, Velorn::Flights::ExportReport;
+using Velorn::Flights::SbetRecord;
+
+inline constexpr double week = 604800.0;
+inline constexpr std::int64_t weekNumber = 2318;
+inline constexpr std::array<double, 12> globals{0,     0,      0,     0,   0,    0,
+                                                0.001, -0.002, 0.003, 0.1, -0.2, 0.3};
+inline constexpr point leverArm{globals[9], globals[10], globals[11]};
+
+struct Silent : Kestrum::LoaderProgress {
+  void report(const std::string& /*text*/, std::size_t /*current*/,
+              std::size_t /*total*/) override {}
+};
+
+inline double length(const vector& v) {
+  return std::hypot(v.x, v.y, v.z);
+}
+
+/// Linear corrections of one strip: entry 4 j + m multiplies dt^m of component j, positions first.
+inline std::array<double, 24> correctionsOf(std::size_t strip) {
+  const double sign = strip == 0 ? 1.0 : -1.0;
+  std::array<double, 24> values{};
+  values[0] = sign * 1.25;    // easting [m]
+  values[1] = sign * 0.02;    // [m/s]
+  values[4] = -0.5;           // northing
+  values[8] = 0.25;           // height
+  values[9] = 0.01;           // [m/s]
+  values[12] = sign * 0.002;  // roll [rad]
+  values[17] = 0.0005;        // pitch [rad/s]
+  values[20] = 0.001;         // yaw
+  return values;
+}
+
+/// Ten seconds with two strips, from the 1st to the 3rd and from the 6th to the 8th, imported and
+/// georeferenced with an adjustment. Between the strips a GPS week ends.
+class ExportedFlight : public testing::Test {
+ protected:
+  ExportedFlight() {
+    for (int k = 0; k <= 100; ++k) {
+      flown.push_back({begin + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0.01, -0.02, 6.28});
+    }
+    Velorn::Flights::writeSbet(folder / "flight.sbet", flown);
+    saveLas("a.las", 1.0);
+    saveLas("b.las", 6.0);
+    import();
+    saveModel();
+    georeference();
+    options.strips = {folder / "05_adjusted/a_SA.kx", folder / "05_adjusted/b_SA.kx"};
+    options.output = folder / "delivery";
+  }
+
+  /// Of a point of a source, after the first record of the trajectory [s].
+  static double timeOf(std::uint64_t number, double first) {
+    return first + 0.01 * static_cast<double>((number * 37) % 200);
+  }
+
+  void saveLas(const std::string& name, double first) const {
+    LasSample made = lasOverZone32(200);
+    for (std::uint64_t k = 0; k < 200; ++k) {
+      made.points[k].time = static_cast<double>(weekNumber) * week + begin - 1e9 + timeOf(k, first);
+    }
+    writeContent(folder / name, lasBytes(made));
+  }
+
+  void import() {
+    Velorn::Flights::ImportOptions from;
+    from.strips = {folder / "a.las", folder / "b.las"};
+    from.trajectory.files = {folder / "flight.sbet"};
+    from.output = folder / "flight";
+    Silent silent;
+    imported = importFlight(from, silent, [](const std::string&) {});
+  }
+
+  /// @param locked  the trajectory stays as it is
+  static std::string parameterText(bool locked) {
+    std::string parameters =
+        "#Number of local parameters: 48\n#Number of global parameters: 12 (see last line)\n\n";
+    const auto add = [&](const auto& values) {
+      for (const double value : values) parameters += fmt::format("{:.15f} ", value);
+    };
+    for (std::size_t k = 0; k < 2; ++k) {
+      add(locked ? std::array<double, 24>{} : correctionsOf(k));
+      parameters += "\n";
+    }
+    add(globals);
+    return parameters;
+  }
+
+  void saveModel() {
+    std::string sections, ids;
+    for (std::size_t k = 0; k < 2; ++k) {
+      starts.push_back(imported.strips.at(k).first - 0.5);
+      ids += fmt::format("id: {} file: elsewhere/{}.kx type: strip\n", k, k == 0 ? "a" : "b");
+      sections += fmt::format("StripID: {0}, sectionID: {0}, t: {1:.15f}, type: LINEAR\n", k,
+                              starts.back());
+    }
+    model = {folder / "00_parameter/Sections.txt", folder / "00_parameter/Parameter.txt",
+             folder / "00_parameter/StripID.txt"};
+    fs::create_directory(folder / "00_parameter");
+    writeContent(model.sections, sections);
+    writeContent(model.parameters, parameterText(false));
+    writeContent(model.stripIds, ids);
+  }
+
+  void georeference() {
+    GeoreferencingJob job;
+    for (const auto& strip : imported.strips) job.strips.push_back(strip.file);
+    job.trajectories = imported.trajectories;
+    job.outputFolder = folder / "05_adjusted";
+    job.sections = model.sections;
+    job.parameters = model.parameters;
+    job.stripIds = model.stripIds;
+    checkJob(job);
+    Silent silent;
+    EXPECT_EQ(runJob(job, silent, [](const auto&) {}).faults, 0U);
+  }
+
+  void takeModel() {
+    options.model = model;
+    options.trajectories = imported.trajectories;
+  }
+
+  ExportReport done() {
+    told.clear();
+    Silent silent;
+    return exportFlight(options, silent, [this](const auto& line) { told.push_back(line); });
+  }
+
+  std::string refusal() {
+    try {
+      done();
+    } catch (const Error& failure) {
+      return failure.what();
+    }
+    return "none";
+  }
+
+  /// A strip of points with these numbers in a source.
+  fs::path stripFrom(const std::string& source, std::vector<std::uint64_t> numbers) const {
+    Velorn::Flights::StripColumns columns;
+    columns.week = weekNumber;
+    columns.world.resize(numbers.size(), point{500001.0, 5341002.0, 3.0});
+    for (const auto number : numbers) columns.times.push_back(begin + timeOf(number, 1.0));
+    columns.sourceIndex = std::move(numbers);
+    columns.sourceFile = source;
+    Velorn::Flights::saveStrip(folder / "made.kx", std::move(columns));
+    return folder / "made.kx";
+  }
+
+  TemporaryFolder folder;
+  const double begin = week - 4.5;
+  std::vector<SbetRecord> flown;
+  Velorn::Flights::ImportReport imported;
+  std::vector<double> starts;  // of the sections [s of week]
+  ModelFiles model;
+  ExportOptions options;
+  std::vector<std::string> told;
+  Morvane::ConsoleRedirection silence{[](std::string_view) {}};
+};

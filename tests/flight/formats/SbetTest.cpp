@@ -1,0 +1,183 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <numbers>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "flight/formats/Sbet.h"
+#include "tests/support/TemporaryFolder.h"
+#include <velorn/flight/Error.h>
+
+using namespace Velorn::Flights;
+
+using std::numbers::pi;
+using testing::AllOf;
+using testing::HasSubstr;
+
+using Velorn::Flights::readSbet, trajectoryColumns, SbetRecord;
+
+namespace {
+
+using Values = std::array<double, 17>;
+
+Values valuesAt(double time, double heading = 0.5, double wander = 0.0) {
+  return {time, 0.86, 0.15, 1150.0, 1, 2, 3, 0.01, -0.02, heading, wander, 0, 0, 9.8, 0, 0, 0};
+}
+
+/// Bytes of the records, the lowest of each value first, whatever the machine.
+std::string bytesOf(const std::vector<Values>& records) {
+  std::string bytes;
+  for (const auto& record : records) {
+    for (const double value : record) {
+      const auto bits = std::bit_cast<std::uint64_t>(value);
+      for (unsigned i = 0; i < 8; ++i) bytes += static_cast<char>(bits >> (8 * i) & 0xFFU);
+    }
+  }
+  return bytes;
+}
+
+std::string reversedValues(std::string bytes) {
+  for (auto value = bytes.begin(); value != bytes.end(); value += 8) {
+    std::reverse(value, value + 8);
+  }
+  return bytes;
+}
+
+std::string refusalOf(const std::filesystem::path& file) {
+  try {
+    readSbet(file);
+  } catch (const Error& failure) {
+    return failure.what();
+  }
+  return "not refused";
+}
+
+}  // namespace
+
+TEST(Sbet, RealRecordsAgreeWithAnIndependentReading) {
+  const auto records = readSbet(VELORN_TEST_DATA "/line/sbet.out");
+  const auto columns = trajectoryColumns(records, 32611);
+  ASSERT_EQ(records.size(), 200u);
+  struct Expected {
+    std::size_t record;
+    double time, latitude, longitude, height;  // as numpy.fromfile(..., "<f8") reads them
+    double easting, northing;                  // cct +proj=utm +zone=11 +ellps=WGS84, PROJ 9.1
+    double roll, pitch, yaw;                   // numpy.degrees, yaw of column 9 less column 10
+  };
+  // That the wander angle is subtracted the file itself tells: the velocities point to 159.40
+  // degrees in the platform's frame, which is turned by 1.02 degrees, and the positions to 158.4.
+  for (const auto& e : {Expected{0, 400825.0013129992, 0.6591193041070427, -2.0773576101964117,
+                                 6991.64706648894, 321738.235909309, 4181643.094922475,
+                                 -0.09001964880905962, 2.9060914305529466, 163.9871459297294},
+                        Expected{77, 400825.38640287507, 0.6591130962284077, -2.0773545115552703,
+                                 6991.652288160097, 321753.021414558, 4181603.287832716,
+                                 0.05839968054234036, 2.914127002030117, 163.96141962256388},
+                        Expected{199, 400825.9965316785, 0.6591032609508304, -2.0773496003367242,
+                                 6991.681271365001, 321776.456695729, 4181540.220445872,
+                                 0.015055894452466108, 2.8768410243292766, 163.92419392399202}}) {
+    SCOPED_TRACE(e.record);
+    const auto& record = records[e.record];
+    EXPECT_EQ(record.time, e.time);
+    EXPECT_EQ(record.latitude, e.latitude);
+    EXPECT_EQ(record.longitude, e.longitude);
+    EXPECT_EQ(record.height, e.height);
+    EXPECT_EQ(columns.times[e.record], e.time);
+    const auto& position = columns.positions[e.record];
+    EXPECT_NEAR(position.x, e.easting, 1e-8);  // the bound of the projection
+    EXPECT_NEAR(position.y, e.northing, 1e-8);
+    EXPECT_EQ(position.z, e.height);
+    EXPECT_NEAR(columns.roll[e.record], e.roll, 1e-13);  // rounding of some 1 to 160 degrees
+    EXPECT_NEAR(columns.pitch[e.record], e.pitch, 1e-13);
+    EXPECT_NEAR(columns.yaw[e.record], e.yaw, 1e-13);
+  }
+}
+
+TEST(Sbet, YawGoesOnWhereTheHeadingWrapsAround) {
+  const TemporaryFolder folder;
+  std::vector<Values> records;
+  std::vector<double> truth;  // two and a half turns to the right, then back to the left
+  for (int i = 0; i <= 150; ++i) {
+    truth.push_back(170.0 + 12.0 * (i <= 75 ? i : 150 - i));
+    const double wrapped = std::remainder(truth.back() * pi / 180.0, 2 * pi);
+    records.push_back(valuesAt(100.0 + i, wrapped + 0.3, 0.3));
+  }
+  writeContent(folder / "circle.sbet", bytesOf(records));
+  const auto yaw = trajectoryColumns(readSbet(folder / "circle.sbet"), 32632).yaw;
+  ASSERT_EQ(yaw.size(), truth.size());
+  for (std::size_t i = 0; i < yaw.size(); ++i) EXPECT_NEAR(yaw[i], truth[i], 1e-11) << i;
+}
+
+TEST(Sbet, FilesOfManyBlocksAreReadInOrder) {
+  const TemporaryFolder folder;
+  std::vector<Values> records;
+  records.reserve(10000);
+  for (int i = 0; i < 10000; ++i) records.push_back(valuesAt(604000.0 + 0.25 * i));  // over a week
+  writeContent(folder / "long.sbet", bytesOf(records));
+  const auto read = readSbet(folder / "long.sbet");
+  ASSERT_EQ(read.size(), records.size());
+  for (std::size_t i = 0; i < read.size(); ++i) ASSERT_EQ(read[i].time, records[i][0]);
+}
+
+TEST(Sbet, RecordsInAnyOrderAreReadOnRequestButNotOverTheEndOfAWeek) {
+  const TemporaryFolder folder;
+  writeContent(folder / "mixed.sbet", bytesOf({valuesAt(3.0), valuesAt(2.0), valuesAt(2.0)}));
+  EXPECT_THAT(refusalOf(folder / "mixed.sbet"), HasSubstr("record 2 of 3: its time 2 s"));
+  const auto records = readSbet(folder / "mixed.sbet", TimeOrder::Any);
+  ASSERT_EQ(records.size(), 3u);
+  EXPECT_EQ(records[0].time, 3.0);
+  EXPECT_EQ(records[2].time, 2.0);
+  for (const auto& bad : {valuesAt(std::nan("")), valuesAt(1.0)}) {  // sorted, the week would break
+    writeContent(folder / "bad.sbet", bytesOf({valuesAt(604799.0), bad}));
+    EXPECT_THROW(readSbet(folder / "bad.sbet", TimeOrder::Any), Error);
+  }
+}
+
+TEST(Sbet, WhatIsNoTrajectoryIsRefusedWithFileRecordAndValue) {
+  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+  const auto with = [](std::size_t place, double value) {
+    std::vector<Values> records{valuesAt(1.0), valuesAt(2.0), valuesAt(3.0)};
+    records[1][place] = value;
+    return bytesOf(records);
+  };
+  const std::string whole = bytesOf({valuesAt(400000.1), valuesAt(400000.2)});
+  struct Case {
+    std::string bytes;
+    const char* told;
+  };
+  const TemporaryFolder folder;
+  for (const auto& [bytes, told] :
+       {Case{"", "is empty"},
+        Case{whole.substr(0, 200),
+             "its 200 bytes are not whole records of 136 bytes each: 1 "
+             "records and 64 bytes"},
+        Case{with(0, nan), "record 2 of 3: the time is nan"},
+        Case{with(3, -std::numeric_limits<double>::infinity()),
+             "record 2 of 3: the height is -inf"},
+        Case{with(10, nan), "record 2 of 3: the wander angle is nan"},
+        Case{with(1, 49.27), "record 2 of 3: the latitude is 49.27 rad"},  // degrees
+        Case{with(2, 3.2), "record 2 of 3: the longitude is 3.2 rad"},
+        Case{with(0, 1.0), "record 2 of 3: its time 1 s is not after 1 s"},
+        Case{with(0, 604799.995),
+             "record 3 of 3: its time 3 s is not after 604799.995 s, the time "
+             "of the record before; where a GPS week ends"},
+        Case{reversedValues(whole),
+             "record 1 of 2: the time makes no sense, but does with its "
+             "bytes in reverse: the file is big-endian"},
+        Case{std::string(272, '\0'), "record 2 of 2: its time 0 s is not after 0 s"}}) {
+    SCOPED_TRACE(told);
+    writeContent(folder / "bad.sbet", bytes);
+    EXPECT_THAT(refusalOf(folder / "bad.sbet"),
+                AllOf(HasSubstr((folder / "bad.sbet").string() + ": "), HasSubstr(told)));
+  }
+  EXPECT_THAT(refusalOf(folder / "none.sbet"), HasSubstr("none.sbet: no such file"));
+  EXPECT_THAT(refusalOf(folder.path()), HasSubstr("is not a file with records"));
+  EXPECT_THROW(trajectoryColumns({SbetRecord{}}, 4326), std::invalid_argument);
+}

@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// Rasterized strips and rasters as files, for tests and benchmarks.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <utility>
+#include <vector>
+
+#include "flight/surfaces/MatchPoints.h"
+#include "platform/strandel/Bundle.h"
+#include "platform/strandel/MyStorage.h"
+#include <velorn/flight/Error.h>
+
+/// Writes columns into the one grid of a container that may not exist yet.
+class GridEditor {
+ public:
+  explicit GridEditor(std::filesystem::path file) : file_(std::move(file)) {
+    if (std::filesystem::exists(file_)) orFail(storage().load(file_, bundle_));
+    if (bundle_.empty()) bundle_.makeSlice(0.0)->makeGrid("strip");
+  }
+  static Strandel::MyStorage storage() { return {0, 0, 1, 1}; }
+  Strandel::Grid& grid() { return *bundle_.slices().front()->uniqueGrid(); }
+
+  template <typename T>
+  GridEditor& set(const char* field, std::vector<T> values,
+                  const char* chart = Strandel::worldChartName) {
+    orFail(grid()
+               .makeChart(chart)
+               ->makeField(field, Strandel::valueTypeOf<T>())
+               ->template setValues<T>({0}, std::move(values)));
+    return *this;
+  }
+  void save() { orFail(storage().save(bundle_, file_, "wd")); }
+
+ private:
+  std::filesystem::path file_;
+  Strandel::Bundle bundle_;
+};
+
+/// Writes points as a rasterized strip, or as a raster where they have a roughness.
+inline void saveMatchPoints(const std::filesystem::path& file,
+                            const Velorn::Flights::MatchPoints& points) {
+  const std::vector<std::uint8_t> ones(points.size(), 1);
+  GridEditor editor(file);
+  editor.grid().attributes().set("WeekNumber", std::int64_t{points.week});
+  editor.set("Positions", points.delivered).set("NormalVector", points.normals);
+  editor.set("GPSTime", points.times).set("RigorousClassification", points.codes);
+  editor.set("ReturnNumber", ones).set("NumberOfReturns", ones).set("Classification", ones);
+  editor.set("Amplitude", std::vector<double>(points.size()));
+  editor.set("Positions", points.scanner, Strandel::scannerChartName);
+  editor.set("Waveforms.DirectionDelta", points.beams, Strandel::scannerChartName);
+  if (!points.roughness.empty()) {
+    editor.set("Roughness", points.roughness).set("PlaneDistance", points.heights);
+  }
+  editor.save();
+}

@@ -1,0 +1,90 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// A small synthetic flight for tests, and its files read back.
+#pragma once
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "flight/simulation/Simulation.h"
+#include "platform/strandel/Bundle.h"
+#include "platform/strandel/MyStorage.h"
+#include "tests/support/TemporaryFolder.h"
+#include <velorn/flight/Error.h>
+
+/// Few points, three strips of which one crosses; everything else as by default.
+inline Velorn::Flights::Simulation::Options smallFlight() {
+  Velorn::Flights::Simulation::Options options;
+  options.points = 20'000;
+  options.strips = 2;
+  options.length = 800.0;
+  return options;
+}
+
+inline Velorn::Flights::Simulation::Summary make(
+    const std::filesystem::path& folder, const Velorn::Flights::Simulation::Options& options,
+    bool overwrite = false) {
+  return Velorn::Flights::Simulation::simulate(folder, options, overwrite,
+                                               [](const std::string&) {});
+}
+
+/// The single grid of a container; throws the message when it cannot be read.
+class OneGridFile {
+ public:
+  explicit OneGridFile(const std::filesystem::path& file) {
+    orFail(Strandel::MyStorage(0, 0, 0, 1).load(file, bundle_));
+  }
+
+  template <typename T>
+  std::vector<T> column(const char* chart, const char* field) const {
+    const auto read =
+        bundle_.slices().at(0)->uniqueGrid()->chart(chart)->field(field)->values<T>({0});
+    orFail(read.error);
+    return *read.values;
+  }
+  template <typename T>
+  std::vector<T> world(const char* field) const {
+    return column<T>(Strandel::worldChartName, field);
+  }
+
+ private:
+  Strandel::Bundle bundle_;
+};
+
+/// A plane of truth/planes.csv.
+struct TruePlane {
+  int surface;
+  Geomra::PhysicalSpace::point through;
+  Geomra::PhysicalSpace::vector normal;
+};
+
+inline std::vector<TruePlane> planesIn(const std::filesystem::path& folder) {
+  std::istringstream lines(contentOf(folder / "truth" / "planes.csv"));
+  std::vector<TruePlane> planes;
+  std::string line;
+  std::getline(lines, line);
+  while (std::getline(lines, line)) {
+    const auto row = nlohmann::json::parse("[" + line + "]");
+    planes.push_back({row[1].get<int>(),
+                      {row[2].get<double>(), row[3].get<double>(), row[4].get<double>()},
+                      {row[5].get<double>(), row[6].get<double>(), row[7].get<double>()}});
+  }
+  return planes;
+}
+
+inline nlohmann::json truthIn(const std::filesystem::path& folder) {
+  return nlohmann::json::parse(contentOf(folder / "truth.json"));
+}
+
+inline std::vector<std::filesystem::path> stripsIn(const std::filesystem::path& folder) {
+  std::vector<std::filesystem::path> strips;
+  const auto truth = truthIn(folder);
+  for (const auto& strip : truth["strips"]) {
+    strips.push_back(folder / strip["file"].get<std::string>());
+  }
+  return strips;
+}

@@ -1,0 +1,144 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include "flight/surfaces/Representatives.h"
+#include "flight/surfaces/RoughnessLimit.h"
+#include "flight/surfaces/Surface.h"
+#include "flight/surfaces/Tiles.h"
+
+namespace {
+
+using namespace Velorn::Flights;
+
+constexpr double east = 600000.0, north = 5250000.0;
+
+/// Points of two clouds over several tiles, with gaps, a dense spot and a far outlier.
+struct Scene {
+  std::vector<point> points;
+  std::vector<Echo> echoes;
+
+  explicit Scene(std::size_t count = 4000) {
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> place(0.0, 60.0);
+    std::normal_distribution<double> noise(0.0, 0.02);
+    for (std::size_t i = 0; i < count; ++i) {
+      const double x = i % 7 == 0 ? 30.0 + noise(random) * 40 : place(random), y = place(random);
+      points.push_back({east + x, north + y, 400.0 + 0.3 * x + noise(random)});
+      echoes.push_back(i % 5 == 0 ? Echo::notLast : i % 31 == 0 ? Echo::leftOut : Echo::last);
+    }
+    points.push_back({-9e8, 9e8, 0.0});
+    echoes.push_back(Echo::last);
+  }
+};
+
+constexpr auto nothing = [](std::size_t) {};
+
+/// The slow and obvious way.
+PlaneFit planeByLooking(const Scene& scene, std::size_t i, const Neighbourhood& about) {
+  std::vector<std::pair<double, std::size_t>> byDistance;
+  for (std::size_t j = 0; j < scene.points.size(); ++j) {
+    const auto d = scene.points[j] - scene.points[i];
+    if (scene.echoes[j] == scene.echoes[i] && dot(d, d) <= about.radius * about.radius) {
+      byDistance.emplace_back(dot(d, d), j);
+    }
+  }
+  std::sort(byDistance.begin(), byDistance.end());
+  byDistance.resize(std::min<std::size_t>(byDistance.size(), about.points));
+  std::vector<point> neighbours;
+  for (const auto& [square, j] : byDistance) neighbours.push_back(scene.points[j]);
+  return planeThrough(neighbours);
+}
+
+TEST(Surface, IsThePlaneThroughTheNearestPointsOfTheSameCloud) {
+  const Scene scene;
+  const Neighbourhood about{12, 1.5};  // tiles of 12 m, so that many neighbours are in the next one
+  const Surface surface = surfaceOf(scene.points, scene.echoes, about, nothing);
+  std::size_t planes = 0;
+  for (std::size_t i = 0; i < scene.points.size(); ++i) {
+    if (scene.echoes[i] == Echo::leftOut) {
+      EXPECT_TRUE(std::isnan(surface.roughness[i]));
+      EXPECT_EQ(surface.normals[i], vector{});
+      continue;
+    }
+    const PlaneFit plane = planeByLooking(scene, i, about);
+    ASSERT_EQ(plane.exists(), !std::isnan(surface.roughness[i])) << i;
+    EXPECT_EQ(surface.normals[i], plane.normal) << i;
+    if (!plane.exists()) continue;
+    ++planes;
+    EXPECT_FLOAT_EQ(surface.roughness[i], static_cast<float>(plane.roughness));
+    EXPECT_FLOAT_EQ(surface.distance[i], static_cast<float>(plane.distanceOf(scene.points[i])));
+  }
+  EXPECT_GT(planes, 2000U);
+}
+
+TEST(Surface, IsTheSameForAnyNumberOfThreadsAlsoWithEqualDistances) {
+  std::vector<point> lattice;
+  for (int i = 0; i < 150; ++i) {
+    for (int j = 0; j < 150; ++j) lattice.push_back({0.5 * i, 0.5 * j, 0.25 * ((i * j) % 3)});
+  }
+  const std::vector<Echo> echoes(lattice.size(), Echo::last);
+  const int before = omp_get_max_threads();
+  omp_set_num_threads(1);
+  const Surface one = surfaceOf(lattice, echoes, {16, 1.2}, nothing);
+  omp_set_num_threads(5);
+  const Surface five = surfaceOf(lattice, echoes, {16, 1.2}, nothing);
+  omp_set_num_threads(before);
+  EXPECT_EQ(one.normals, five.normals);
+}
+
+TEST(Surface, OfManyPointsAtOnePlaceDoesNotTakeTheirSquare) {
+  Scene scene(2000);
+  const point pile = scene.points[100];
+  scene.points.insert(scene.points.end(), 200'000, pile);
+  scene.echoes.resize(scene.points.size(), Echo::last);
+  const Surface surface = surfaceOf(scene.points, scene.echoes, {16, 5.0}, nothing);
+  EXPECT_TRUE(std::isnan(surface.roughness.back()));
+  EXPECT_FALSE(std::isnan(surface.roughness[1]));
+}
+
+TEST(Surface, PassesOnWhatTheListenerThrows) {
+  const Scene scene;
+  EXPECT_THROW(surfaceOf(scene.points, scene.echoes, {12, 1.5},
+                         [](std::size_t) { throw std::runtime_error("enough"); }),
+               std::runtime_error);
+}
+
+TEST(RoughnessLimit, FollowsThePlacesAbout) {
+  RoughnessLimit limit(0.1F);
+  for (int i = 0; i < 100; ++i) {
+    limit.add({1.0 * (i % 50), 0, 0}, 0.02F);
+    limit.add({100.0 + i % 50, 0, 0}, i < 60 ? 0.08F : 5.0F);
+    limit.add({200.0 + i % 50, 0, 0}, 1e-6F);
+  }
+  limit.add({300, 0, 0}, 0.02F);
+  limit.settle();
+  EXPECT_FLOAT_EQ(limit.at({20, 20, 0}), 0.05F);
+  EXPECT_FLOAT_EQ(limit.at({120, 20, 0}), 0.1F);
+  EXPECT_FLOAT_EQ(limit.at({220, 20, 0}), 0.01F);
+  EXPECT_FLOAT_EQ(limit.at({300, 0, 0}), 0.1F);  // one plane says nothing
+  EXPECT_FLOAT_EQ(limit.at({999, 0, 0}), 0.1F);
+}
+
+TEST(Surface, OfNoPointsIsEmpty) {
+  EXPECT_TRUE(surfaceOf({}, {}, {}, nothing).normals.empty());
+}
+
+TEST(Representatives, AreNearestTheCentroidsOfTheirCells) {
+  // Cells of 10 m about 0, also on its negative side; the centroid of the first three is (4, 4).
+  const std::vector<point> points{{1, 1, 0},  {2, 2, 0},   {9, 9, 0},  {-1, 5, 0},
+                                  {50, 5, 0}, {-3, 5, 99}, {-2, 5, 0}, {1, 1, 0}};
+  const std::vector<std::uint32_t> members{0, 1, 2, 3, 5, 6};
+  EXPECT_EQ(representatives(points, members, 10.0), (std::vector<std::uint32_t>{1, 6}));
+  EXPECT_EQ(representatives(points, std::vector<std::uint32_t>{0, 7}, 10.0),
+            std::vector<std::uint32_t>{0});
+  EXPECT_TRUE(representatives(points, {}, 10.0).empty());
+}
+
+}  // namespace
