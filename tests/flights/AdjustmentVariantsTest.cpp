@@ -16,6 +16,8 @@
 #include "adjustment/georef/TrajectoryCorrection.h"
 #include "tests/flights/AdjustedFlight.h"
 
+using namespace Velorn::Flights;
+
 namespace fs = std::filesystem;
 
 namespace {

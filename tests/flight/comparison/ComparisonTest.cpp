@@ -11,6 +11,7 @@
 #include "flight/comparison/Comparison.h"
 #include "flight/comparison/TrueWorld.h"
 #include "flight/strips/Containers.h"
+#include "flight/strips/OrFail.h"
 #include "platform/plome/StringList.h"
 #include "tests/flight/simulation/TrueWorld.h"
 #include <velorn/FileContainer.h>
@@ -90,8 +91,8 @@ class Comparing : public testing::Test {
     NoProgress progress;
     try {
       Velorn::Flights::Comparison::compare(truthFolder, result, result / "05_adjusted", progress);
-    } catch (const Error& failure) {
-      return failure.what();
+    } catch (const Error& error) {
+      return error.what();
     }
     return "not refused";
   }

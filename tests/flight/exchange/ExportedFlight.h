@@ -28,13 +28,12 @@
 #include <velorn/Georeferencing.h>
 #include <velorn/flight/Error.h>
 
+using namespace Velorn::Flights;
 namespace fs = std::filesystem;
 using Geomra::PhysicalSpace::point;
 using Geomra::PhysicalSpace::vector;
 using testing::AllOf;
 using testing::HasSubstr;
-using Velorn::Flights::ExportOptions, Velorn::Flights::ExportReport;
-using Velorn::Flights::SbetRecord;
 
 inline constexpr double week = 604800.0;
 inline constexpr std::int64_t weekNumber = 2318;
@@ -164,8 +163,8 @@ class ExportedFlight : public testing::Test {
   std::string refusal() {
     try {
       done();
-    } catch (const Error& failure) {
-      return failure.what();
+    } catch (const Error& error) {
+      return error.what();
     }
     return "none";
   }

@@ -27,8 +27,6 @@ using Geomra::PhysicalSpace::vector;
 using testing::AllOf;
 using testing::Each;
 using testing::HasSubstr;
-using Velorn::Flights::ImportOptions;
-using Velorn::Flights::SbetRecord;
 
 constexpr double week = 604800.0, begin = 407100.0;  // of week 2318
 constexpr double standardBegin = 2318 * week + begin - 1e9;
@@ -85,8 +83,8 @@ class Flight : public testing::Test {
   std::string refusal() {
     try {
       done();
-    } catch (const Error& failure) {
-      return failure.what();
+    } catch (const Error& error) {
+      return error.what();
     }
     return "none";
   }

@@ -11,10 +11,10 @@
 #include <vector>
 
 #include "flight/simulation/Simulation.h"
+#include "flight/strips/OrFail.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/support/TemporaryFolder.h"
-#include <velorn/flight/Error.h>
 
 /// Few points, three strips of which one crosses; everything else as by default.
 inline Velorn::Flights::Simulation::Options smallFlight() {
@@ -36,14 +36,14 @@ inline Velorn::Flights::Simulation::Summary make(
 class OneGridFile {
  public:
   explicit OneGridFile(const std::filesystem::path& file) {
-    orFail(Strandel::MyStorage(0, 0, 0, 1).load(file, bundle_));
+    Velorn::Flights::orFail(Strandel::MyStorage(0, 0, 0, 1).load(file, bundle_));
   }
 
   template <typename T>
   std::vector<T> column(const char* chart, const char* field) const {
     const auto read =
         bundle_.slices().at(0)->uniqueGrid()->chart(chart)->field(field)->values<T>({0});
-    orFail(read.error);
+    Velorn::Flights::orFail(read.error);
     return *read.values;
   }
   template <typename T>

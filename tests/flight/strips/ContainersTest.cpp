@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "flight/strips/Containers.h"
+#include "flight/strips/OrFail.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/support/TemporaryFolder.h"
@@ -61,8 +62,8 @@ TEST(Containers, ColumnsOfUnequalLengthAreRefusedAndTheFileStaysAsItWas) {
   try {
     saveStrip(folder / "strip.kx", columns);
     FAIL();
-  } catch (const Error& failure) {
-    EXPECT_THAT(failure.what(), AllOf(HasSubstr("strip.kx"), HasSubstr("Amplitude")));
+  } catch (const Error& error) {
+    EXPECT_THAT(error.what(), AllOf(HasSubstr("strip.kx"), HasSubstr("Amplitude")));
   }
   EXPECT_EQ(contentOf(folder / "strip.kx"), "before");
 }

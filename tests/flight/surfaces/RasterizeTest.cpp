@@ -8,6 +8,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "flight/strips/OrFail.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include "tests/flight/surfaces/RasterStrip.h"
 #include <velorn/DataBlock.h>
