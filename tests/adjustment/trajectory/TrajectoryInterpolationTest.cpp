@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/geomra/Degree.h"
 #include "platform/morvane/Console.h"
 #include "tests/adjustment/trajectory/TrajectoryFile.h"
 #include "tests/support/TemporaryFolder.h"
@@ -26,7 +27,7 @@ namespace {
 
 constexpr unsigned week = 2318;
 constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double radiansPerDegree = 0.017453292519943295;
+using Geomra::degree;
 
 struct Answer {
   bool good;
@@ -45,7 +46,7 @@ Answer ask(const Trajectory& trajectory, double t, bool report = false, unsigned
 }
 
 Answer record(bool good, const Record& r) {
-  const double k = radiansPerDegree;
+  const double k = degree;
   return {good, r.position, {r.degrees.x * k, r.degrees.y * k, r.degrees.z * k}};
 }
 
@@ -84,7 +85,7 @@ TEST_F(TrajectoryInterpolation, IsLinearBetweenRecordsAndExactOnThem) {
   const auto records = recordsAt({100, 101, 102});
   const auto trajectory = imported(records);
   EXPECT_EQ(ask(trajectory, 100.25).position, (point{2.5, 5, 7.5}));
-  EXPECT_DOUBLE_EQ(ask(trajectory, 101.5).attitude.x, 1.5 * radiansPerDegree);
+  EXPECT_DOUBLE_EQ(ask(trajectory, 101.5).attitude.x, 1.5 * degree);
   for (const auto& r : records) EXPECT_EQ(ask(trajectory, r.time), record(true, r)) << r.time;
   EXPECT_EQ(ask(trajectory, 101, true), record(true, records[1]));
   EXPECT_THAT(console, IsEmpty());
@@ -104,7 +105,7 @@ TEST_F(TrajectoryInterpolation, GoesOnBeforeTheStartAndSaysSoWhenAsked) {
   const auto early = ask(trajectory, 99);
   EXPECT_TRUE(early.good);
   EXPECT_EQ(early.position, (point{-10, -20, -30}));
-  EXPECT_DOUBLE_EQ(early.attitude.x, -1 * radiansPerDegree);
+  EXPECT_DOUBLE_EQ(early.attitude.x, -1 * degree);
   EXPECT_TRUE(ask(trajectory, 100).good);
   EXPECT_THAT(console, IsEmpty());
 

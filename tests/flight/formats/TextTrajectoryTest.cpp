@@ -12,6 +12,7 @@
 
 #include "flight/formats/TextTrajectory.h"
 #include "flight/formats/TrajectoryExport.h"
+#include "platform/geomra/Degree.h"
 #include "platform/tessaly/TransverseMercator.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/flight/Error.h>
@@ -25,7 +26,7 @@ using testing::ThrowsMessage;
 
 namespace {
 
-constexpr double degree = pi / 180.0;
+using Geomra::degree;
 
 /// What a text holds, so that a test can read a file with these lines.
 TextTrajectory trajectoryOf(const std::string& content, const TextTrajectoryFormat& format = {}) {
