@@ -268,9 +268,19 @@ TEST_F(Flight, IsDecompressedByACommand) {
   options.decompress = "false {in} {out}";
   EXPECT_THAT(refusal(), HasSubstr("ended with status 1"));
   options.decompress = "no-such-program {in} {out}";
-  EXPECT_THAT(refusal(), HasSubstr("is it installed?"));
+  EXPECT_THAT(refusal(), HasSubstr("no-such-program cannot be started: "));
   options.decompress = "cp {in}";
   EXPECT_THAT(refusal(), HasSubstr("must hold {in} and {out}"));
+  struct Impatient : Kestrum::LoaderProgress {
+    int reports = 0;
+    void report(const std::string&, std::size_t, std::size_t) override {
+      if (++reports == 5) throw Error("enough", Error::Interrupted);
+    }
+  } impatient;
+  options.decompress = "tail -f {in} {out}";  // does not end by itself
+  EXPECT_THROW(importFlight(options, impatient, [](const auto&) {}), Error);
+  const std::filesystem::directory_iterator files(options.output / "decompressed");
+  EXPECT_EQ(std::distance(files, {}), 1);  // nothing unfinished is left
 }
 
 TEST_F(Flight, IsReadFromFilesThatAConverterCompressed) {
