@@ -10,6 +10,7 @@
 #include "flight/exchange/Import.h"
 #include "flight/strips/GridFile.h"
 #include "platform/geomra/Degree.h"
+#include "tests/support/NoProgress.h"
 #include "tests/support/TemporaryFolder.h"
 
 using namespace Velorn::Flights;
@@ -18,11 +19,6 @@ namespace {
 
 using Geomra::PhysicalSpace::point;
 
-struct Silent : Kestrum::LoaderProgress {
-  void report(const std::string& /*text*/, std::size_t /*current*/,
-              std::size_t /*total*/) override {}
-};
-
 TEST(LineFlight, HasTheScanLinesOfItsScanner) {
   const TemporaryFolder folder;
   ImportOptions options;
@@ -30,7 +26,7 @@ TEST(LineFlight, HasTheScanLinesOfItsScanner) {
   options.trajectory.files = {VELORN_TEST_DATA "/line/sbet.out"};
   options.week = 1600;  // neither file tells it
   options.output = folder / "out";
-  Silent silent;
+  NoProgress silent;
   const auto report = importFlight(options, silent, [](const std::string&) {});
   EXPECT_EQ(report.epsg, 32611U);
   ASSERT_EQ(report.strips.size(), 1U);

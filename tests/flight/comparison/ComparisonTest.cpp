@@ -14,6 +14,7 @@
 #include "flight/strips/OrFail.h"
 #include "platform/plome/StringList.h"
 #include "tests/flight/simulation/TrueWorld.h"
+#include "tests/support/NoProgress.h"
 #include <velorn/FileContainer.h>
 
 using namespace Velorn::Flights;
@@ -25,11 +26,6 @@ using testing::AllOf;
 using testing::HasSubstr;
 
 namespace {
-
-struct NoProgress : Kestrum::LoaderProgress {
-  void report(const std::string& /*text*/, std::size_t /*current*/,
-              std::size_t /*total*/) override {}
-};
 
 class Comparing : public testing::Test {
  protected:

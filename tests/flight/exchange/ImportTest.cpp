@@ -13,6 +13,7 @@
 #include "flight/strips/GridFile.h"
 #include "platform/morvane/Console.h"
 #include "tests/support/LasBytes.h"
+#include "tests/support/NoProgress.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
 #include <velorn/flight/Error.h>
@@ -30,11 +31,6 @@ using testing::HasSubstr;
 
 constexpr double week = 604800.0, begin = 407100.0;  // of week 2318
 constexpr double standardBegin = 2318 * week + begin - 1e9;
-
-struct Silent : Kestrum::LoaderProgress {
-  void report(const std::string& /*text*/, std::size_t /*current*/,
-              std::size_t /*total*/) override {}
-};
 
 double length(const vector& v) {
   return std::hypot(v.x, v.y, v.z);
@@ -75,7 +71,7 @@ class Flight : public testing::Test {
 
   ImportReport done() {
     told.clear();
-    Silent silent;
+    NoProgress silent;
     checkImport(options);
     return importFlight(options, silent, [this](const auto& line) { told.push_back(line); });
   }

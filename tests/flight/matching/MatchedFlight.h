@@ -14,11 +14,8 @@
 #include "flight/matching/Match.h"
 #include "tests/flight/matching/MatchFiles.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
+#include "tests/support/NoProgress.h"
 #include <velorn/CorrespondenceBlock.h>
-
-struct NoProgress final : Kestrum::LoaderProgress {
-  void report(const std::string&, std::size_t, std::size_t) override {}
-};
 
 class MatchedFlight {
  public:

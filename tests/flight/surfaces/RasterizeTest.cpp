@@ -271,7 +271,7 @@ TEST_F(Rasterize, TellsWhatCannotBeWritten) {
 }
 
 TEST_F(Rasterize, ThatIsInterruptedLeavesTheStripAsItIs) {
-  struct Interrupting : Quiet {
+  struct Interrupting : NoProgress {
     void report(const std::string& /*text*/, std::size_t current, std::size_t total) override {
       if (current > 0 && total > 0) throw Error("interrupted");
     }
