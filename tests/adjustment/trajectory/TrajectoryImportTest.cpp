@@ -4,7 +4,6 @@
 #include <limits>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "adjustment/trajectory/TrajectoryFragment.h"
 #include "platform/geomra/Degree.h"
@@ -14,17 +13,10 @@
 #include <velorn/Trajectory.h>
 
 namespace fs = std::filesystem;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::AllOf;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Pair;
-using testing::StartsWith;
-using Velorn::TimeRange;
-using Velorn::Trajectory;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::AllOf, testing::Contains, testing::ElementsAre, testing::HasSubstr, testing::IsEmpty,
+    testing::Pair, testing::StartsWith;
+using Velorn::TimeRange, Velorn::Trajectory;
 
 namespace {
 

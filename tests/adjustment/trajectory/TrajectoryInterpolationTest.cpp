@@ -9,7 +9,6 @@
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/geomra/Degree.h"
 #include "platform/morvane/Console.h"
@@ -17,10 +16,8 @@
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Trajectory.h>
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::ElementsAre, testing::IsEmpty;
 using Velorn::Trajectory;
 
 namespace {

@@ -20,10 +20,8 @@
 using namespace Velorn::Flights;
 
 namespace fs = std::filesystem;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::AllOf;
-using testing::HasSubstr;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::AllOf, testing::HasSubstr;
 
 namespace {
 

@@ -12,8 +12,7 @@
 
 using namespace Velorn::Flights;
 
-using Velorn::Flights::Comparison::Points;
-using Velorn::Flights::Comparison::Truth;
+using Velorn::Flights::Comparison::Points, Velorn::Flights::Comparison::Truth;
 
 namespace {
 

@@ -31,10 +31,8 @@
 
 using namespace Velorn::Flights;
 namespace fs = std::filesystem;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::AllOf;
-using testing::HasSubstr;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::AllOf, testing::HasSubstr;
 
 inline constexpr double week = 604800.0;
 inline constexpr std::int64_t weekNumber = 2318;

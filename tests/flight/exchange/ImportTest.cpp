@@ -23,11 +23,8 @@ using namespace Velorn::Flights;
 namespace {
 
 namespace fs = std::filesystem;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::AllOf;
-using testing::Each;
-using testing::HasSubstr;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::AllOf, testing::Each, testing::HasSubstr;
 
 constexpr double week = 604800.0, begin = 407100.0;  // of week 2318
 constexpr double standardBegin = 2318 * week + begin - 1e9;

@@ -10,7 +10,6 @@
 #include <string>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "flight/formats/Sbet.h"
 #include "tests/support/TemporaryFolder.h"
@@ -19,8 +18,7 @@
 using namespace Velorn::Flights;
 
 using std::numbers::pi;
-using testing::AllOf;
-using testing::HasSubstr;
+using testing::AllOf, testing::HasSubstr;
 
 namespace {
 

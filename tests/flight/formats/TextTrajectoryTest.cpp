@@ -8,7 +8,6 @@
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "flight/formats/TextTrajectory.h"
 #include "flight/formats/TrajectoryExport.h"
@@ -19,10 +18,7 @@
 
 using namespace Velorn::Flights;
 using std::numbers::pi;
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::ThrowsMessage;
+using testing::AllOf, testing::ElementsAre, testing::HasSubstr, testing::ThrowsMessage;
 
 namespace {
 

@@ -9,7 +9,6 @@
 #include <regex>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "flight/simulation/FlightPlan.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
@@ -20,8 +19,7 @@ using namespace Velorn::Flights;
 
 namespace {
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 using Velorn::SphericalBeing;
 namespace fs = std::filesystem;
 

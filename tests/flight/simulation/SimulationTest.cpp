@@ -5,7 +5,6 @@
 #include <set>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <omp.h>
 
 #include "platform/geomra/Degree.h"
@@ -14,8 +13,7 @@
 namespace {
 
 using namespace Velorn::Flights;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "flight/strips/Containers.h"
 #include "flight/strips/OrFail.h"
@@ -14,8 +13,7 @@ using namespace Velorn::Flights;
 
 namespace {
 
-using testing::AllOf;
-using testing::HasSubstr;
+using testing::AllOf, testing::HasSubstr;
 
 StripColumns twoPoints() {
   StripColumns columns;

@@ -16,8 +16,7 @@
 namespace {
 
 using namespace Velorn::Flights;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 using testing::Each, testing::HasSubstr, testing::IsEmpty;
 using Codes = std::vector<std::uint8_t>;
 

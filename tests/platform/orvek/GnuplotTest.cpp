@@ -10,7 +10,6 @@
 #include <fstream>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include "platform/orvek/Gnuplot.h"
@@ -19,10 +18,7 @@
 namespace fs = std::filesystem;
 using namespace OrvekPDF;
 using namespace std::chrono_literals;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::SizeIs;
-using testing::StartsWith;
+using testing::AllOf, testing::HasSubstr, testing::SizeIs, testing::StartsWith;
 
 namespace {
 
