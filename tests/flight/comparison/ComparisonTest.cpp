@@ -15,6 +15,7 @@
 #include "platform/plome/StringList.h"
 #include "tests/flight/simulation/TrueWorld.h"
 #include "tests/support/NoProgress.h"
+#include "tests/support/Refusal.h"
 #include <velorn/FileContainer.h>
 
 using namespace Velorn::Flights;
@@ -83,12 +84,9 @@ class Comparing : public testing::Test {
 
   std::string refusal(const fs::path& truthFolder, const fs::path& result) const {
     NoProgress progress;
-    try {
+    return refusalOf([&] {
       Velorn::Flights::Comparison::compare(truthFolder, result, result / "05_adjusted", progress);
-    } catch (const Error& error) {
-      return error.what();
-    }
-    return "not refused";
+    });
   }
 
   inline static TemporaryFolder* flightFolder = nullptr;

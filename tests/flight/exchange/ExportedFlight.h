@@ -25,9 +25,9 @@
 #include "platform/tessaly/TransverseMercator.h"
 #include "tests/support/LasBytes.h"
 #include "tests/support/NoProgress.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
-#include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 namespace fs = std::filesystem;
@@ -154,13 +154,8 @@ class ExportedFlight : public testing::Test {
     return exportFlight(options, silent, [this](const auto& line) { told.push_back(line); });
   }
 
-  std::string refusal() {
-    try {
-      done();
-    } catch (const Error& error) {
-      return error.what();
-    }
-    return "none";
+  std::string refusal(Error::Kind kind = Error::BadInput) {
+    return refusalOf([this] { done(); }, kind);
   }
 
   /// A strip of points with these numbers in a source.

@@ -14,9 +14,9 @@
 #include "platform/morvane/Console.h"
 #include "tests/support/LasBytes.h"
 #include "tests/support/NoProgress.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
-#include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 
@@ -73,13 +73,8 @@ class Flight : public testing::Test {
     return importFlight(options, silent, [this](const auto& line) { told.push_back(line); });
   }
 
-  std::string refusal() {
-    try {
-      done();
-    } catch (const Error& error) {
-      return error.what();
-    }
-    return "none";
+  std::string refusal(Error::Kind kind = Error::BadInput) {
+    return refusalOf([this] { done(); }, kind);
   }
 
   TemporaryFolder folder;
@@ -206,7 +201,7 @@ TEST_F(Flight, IsRefusedForWhatItDoesNotSay) {
   save(sample);
   EXPECT_THAT(refusal(), HasSubstr("--week"));
   options.week = 2318;
-  EXPECT_EQ(refusal(), "none");
+  EXPECT_EQ(refusal(), "not refused");
   EXPECT_THAT(refusal(), HasSubstr("--overwrite"));
   for (auto& one : sample.points) one.time = begin + 1;
   save(sample);

@@ -12,8 +12,8 @@
 #include <gmock/gmock.h>
 
 #include "flight/formats/Sbet.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
-#include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 
@@ -48,12 +48,7 @@ std::string reversedValues(std::string bytes) {
 }
 
 std::string refusalOf(const std::filesystem::path& file) {
-  try {
-    readSbet(file);
-  } catch (const Error& error) {
-    return error.what();
-  }
-  return "not refused";
+  return ::refusalOf([&] { readSbet(file); });
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "platform/geomra/Degree.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
+#include "tests/support/Refusal.h"
 
 namespace {
 
@@ -27,13 +28,8 @@ std::map<std::string, std::string> filesIn(const fs::path& folder) {
   return files;
 }
 
-std::string failureOf(const fs::path& folder, const Simulation::Options& options) {
-  try {
-    make(folder, options);
-  } catch (const Error& error) {
-    return error.what();
-  }
-  return {};
+std::string refusalOf(const fs::path& folder, const Simulation::Options& options) {
+  return ::refusalOf([&] { make(folder, options); });
 }
 
 TEST(Simulation, TheSameSeedGivesTheSameBytesForAnyNumberOfThreads) {
@@ -118,7 +114,7 @@ TEST(Simulation, AFlightIsReplacedWholeAndOnlyOnRequest) {
   writeContent(folder / "new/folder/strip_notes.txt", "mine");
   writeContent(folder / "new/folder/03_correspondences/c0.kx", "mine");
   const auto before = filesIn(folder / "new/folder");
-  EXPECT_THAT(failureOf(folder / "new/folder", options), HasSubstr("--overwrite"));
+  EXPECT_THAT(refusalOf(folder / "new/folder", options), HasSubstr("--overwrite"));
   EXPECT_TRUE(filesIn(folder / "new/folder") == before);
 
   make(folder / "new/folder", options, true);
@@ -132,7 +128,7 @@ TEST(Simulation, AFolderThatCannotBeMadeIsNamed) {
   const TemporaryFolder folder;
   writeContent(folder / "file", "not a folder");
   const fs::path out = folder / "file/flight";
-  EXPECT_THAT(failureOf(out, smallFlight()), HasSubstr(out.string()));
+  EXPECT_THAT(refusalOf(out, smallFlight()), HasSubstr(out.string()));
   EXPECT_EQ(contentOf(folder / "file"), "not a folder");
 }
 
@@ -141,7 +137,7 @@ TEST(Simulation, OptionsOutOfBoundsAreRefusedByNameBeforeAnythingIsWritten) {
   const auto refused = [&](auto change) {
     auto options = smallFlight();
     change(options);
-    return failureOf(folder / "flight", options);
+    return refusalOf(folder / "flight", options);
   };
   using Simulation::Options;
   EXPECT_THAT(refused([](Options& o) { o.points = 10; }), HasSubstr("--points"));

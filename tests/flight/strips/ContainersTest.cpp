@@ -6,8 +6,8 @@
 #include "flight/strips/OrFail.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
-#include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 
@@ -57,12 +57,8 @@ TEST(Containers, ColumnsOfUnequalLengthAreRefusedAndTheFileStaysAsItWas) {
   writeContent(folder / "strip.kx", "before");
   auto columns = twoPoints();
   columns.amplitude = {1.0};
-  try {
-    saveStrip(folder / "strip.kx", columns);
-    FAIL();
-  } catch (const Error& error) {
-    EXPECT_THAT(error.what(), AllOf(HasSubstr("strip.kx"), HasSubstr("Amplitude")));
-  }
+  EXPECT_THAT(refusalOf([&] { saveStrip(folder / "strip.kx", columns); }),
+              AllOf(HasSubstr("strip.kx"), HasSubstr("Amplitude")));
   EXPECT_EQ(contentOf(folder / "strip.kx"), "before");
 }
 

@@ -15,6 +15,7 @@
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/support/NoProgress.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 
 /// 3600 points, half a metre apart.
@@ -52,17 +53,6 @@ inline Velorn::Flights::RasterCounts rasterize(
     const Velorn::InputParameter& configuration = rasterConfiguration()) {
   NoProgress progress;
   return Velorn::Flights::rasterizeStrip(strip, raster, configuration, {}, progress);
-}
-
-/// The message of a call that must be refused.
-inline std::string refusalOf(const std::function<void()>& call,
-                             Velorn::Flights::Error::Kind kind = Velorn::Flights::Error::BadInput) {
-  try {
-    call();
-  } catch (const Velorn::Flights::Error& error) {
-    return error.kind() == kind ? error.what() : "another kind of error";
-  }
-  return "not refused";
 }
 
 /// Changes the only grid of a file.
