@@ -69,7 +69,7 @@ class AdjustedFlight : public testing::Test {
   }
 
   TemporaryFolder folder;
-  Velorn::Flights::Simulation::Options flight;
+  Simulation::Options flight;
   AdjustmentJob job;
 };
 

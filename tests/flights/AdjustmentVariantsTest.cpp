@@ -74,7 +74,7 @@ class VariantsOfAnAdjustment : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     flightFolder = std::make_unique<TemporaryFolder>();
-    Velorn::Flights::Simulation::Options flight;
+    Simulation::Options flight;
     flight.points = 30'000;
     flight.strips = 2;
     flight.length = 800;
@@ -86,7 +86,7 @@ class VariantsOfAnAdjustment : public testing::Test {
   /// Pairs differ by the noise of two ranges along the beam, so by less where it hits at a slant;
   /// that of the angles adds little.
   static void expectNoiseAlone(const Velorn::PhaseFigures& figures) {
-    const double noise = std::numbers::sqrt2 * Velorn::Flights::Simulation::Options().rangeNoise;
+    const double noise = std::numbers::sqrt2 * Simulation::Options().rangeNoise;
     EXPECT_GT(figures.pairs.moments.rms, 0.7 * noise);
     EXPECT_LT(figures.pairs.moments.rms, noise);
   }
@@ -311,7 +311,7 @@ namespace {
 class OneKindOfErrors : public testing::TestWithParam<std::string_view> {
  protected:
   OneKindOfErrors() {
-    Velorn::Flights::Simulation::Options flight;
+    Simulation::Options flight;
     flight.points = 20'000;
     flight.strips = 2;
     flight.length = 800;
@@ -347,8 +347,7 @@ std::string nameOf(const testing::TestParamInfo<std::string_view>& info) {
   return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, OneKindOfErrors,
-                         testing::ValuesIn(Velorn::Flights::Simulation::errorKinds), nameOf);
+INSTANTIATE_TEST_SUITE_P(Each, OneKindOfErrors, testing::ValuesIn(Simulation::errorKinds), nameOf);
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include "platform/morvane/Console.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/FileContainer.h>
 
@@ -30,9 +31,7 @@ class Files : public testing::Test {
 
   TemporaryFolder folder;
   FileContainer container;
-  std::vector<std::string> console;
-  Morvane::ConsoleRedirection redirection{
-      [this](std::string_view line) { console.emplace_back(line); }};
+  ConsoleLines console;
 };
 
 }  // namespace

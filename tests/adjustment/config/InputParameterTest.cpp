@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/morvane/Console.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/InputParameter.h>
 
@@ -191,9 +191,7 @@ TEST(InputParameter, CopiesAreSoundWithoutTheirOriginal) {
 TEST(InputParameterWrite, ReplacesOrAppendsExactlyAndEchoesOnRequest) {
   const TemporaryFolder folder;
   const InputParameter parameter;
-  std::vector<std::string> console;
-  const Morvane::ConsoleRedirection redirection(
-      [&](std::string_view line) { console.emplace_back(line); });
+  ConsoleLines console;
   const auto file = folder / "out.txt";
   parameter.write(file, "a longer first text", false, false);
   parameter.write(file, std::string("one\r\n\0two", 9), true, false);
@@ -207,9 +205,7 @@ TEST(InputParameterWrite, ReplacesOrAppendsExactlyAndEchoesOnRequest) {
 TEST(InputParameterWrite, SaysWhatItCouldNotOpenOrWrite) {
   const TemporaryFolder folder;
   const InputParameter parameter;
-  std::vector<std::string> console;
-  const Morvane::ConsoleRedirection redirection(
-      [&](std::string_view line) { console.emplace_back(line); });
+  ConsoleLines console;
   const auto path = folder / "no/such.txt";
   EXPECT_THAT([&] { parameter.write(path, "x", true, false); },
               ThrowsMessage<std::ios_base::failure>(

@@ -9,8 +9,8 @@
 #include <omp.h>
 
 #include "adjustment/georef/StripModel.h"
-#include "platform/morvane/Console.h"
 #include "tests/adjustment/georef/StripOfPoints.h"
+#include "tests/support/ConsoleLines.h"
 
 using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 using testing::HasSubstr;
@@ -58,9 +58,7 @@ class Georeferencing : public testing::Test {
   std::vector<int> starts{400000, 400007};
   std::vector<double> corrections = someCorrections(2);
   SolverParameters parameters = restoredModel(starts, corrections);
-  std::vector<std::string> console;
-  Morvane::ConsoleRedirection redirection{
-      [this](std::string_view line) { console.emplace_back(line); }};
+  ConsoleLines console;
 };
 
 }  // namespace

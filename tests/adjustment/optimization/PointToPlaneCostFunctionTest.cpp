@@ -9,6 +9,7 @@
 
 #include "adjustment/optimization/PointToPlaneCostFunction.h"
 #include "tests/adjustment/georef/StripOfPoints.h"
+#include "tests/support/ConsoleLines.h"
 
 using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 using Velorn::pointToPlaneCostFunction, Velorn::Sec_Type, Velorn::Section, Velorn::SphericalBeing;
@@ -98,9 +99,7 @@ class Residual : public testing::Test {
   point worldPoints[2];
   std::vector<double> weights{1, 2, 3, 4, 5};
   bool interpolationFlag = true;
-  std::vector<std::string> console;
-  Morvane::ConsoleRedirection redirection{
-      [this](std::string_view line) { console.emplace_back(line); }};
+  ConsoleLines console;
 };
 
 }  // namespace

@@ -77,21 +77,20 @@ class Comparing : public testing::Test {
     parameters.writeParameterFile(suffix);
   }
 
-  Velorn::Flights::Comparison::Report compared() const {
+  Comparison::Report compared() const {
     NoProgress progress;
-    return Velorn::Flights::Comparison::compare(flight, run.path(), run / "05_adjusted", progress);
+    return Comparison::compare(flight, run.path(), run / "05_adjusted", progress);
   }
 
   std::string refusal(const fs::path& truthFolder, const fs::path& result) const {
     NoProgress progress;
-    return refusalOf([&] {
-      Velorn::Flights::Comparison::compare(truthFolder, result, result / "05_adjusted", progress);
-    });
+    return refusalOf(
+        [&] { Comparison::compare(truthFolder, result, result / "05_adjusted", progress); });
   }
 
   inline static TemporaryFolder* flightFolder = nullptr;
   const fs::path flight = flightFolder->path();
-  const Velorn::Flights::Comparison::Truth truth = Velorn::Flights::Comparison::readTruth(flight);
+  const Comparison::Truth truth = Comparison::readTruth(flight);
   const TemporaryFolder run;
 };
 
@@ -123,7 +122,7 @@ TEST_F(Comparing, TheTruthItselfHasNoErrorAndFitsToTheNoise) {
   EXPECT_EQ(report.pairs.rawTrue, report.pairs.rawAfter);
   EXPECT_NEAR(report.pairs.blockTrue, report.pairs.rawTrue, 1e-9);  // not moved onto planes
   EXPECT_FALSE(report.files);
-  EXPECT_THAT(Velorn::Flights::Comparison::textOf(report), HasSubstr("no parameter files"));
+  EXPECT_THAT(Comparison::textOf(report), HasSubstr("no parameter files"));
 }
 
 TEST_F(Comparing, AShiftIsFoundAndTakenOff) {
@@ -163,7 +162,7 @@ TEST_F(Comparing, TheModelOfTheDeliveredFilesGivesTheDeliveredFitAndMounting) {
   EXPECT_NEAR(report.sums[0].real, 0.26 + 0.01 + 0.009 + 0.0314, 0.01);
   EXPECT_NEAR(report.sums[2].real, 0.44 + 0.1, 0.01);
 
-  const auto json = nlohmann::json::parse(Velorn::Flights::Comparison::jsonOf(report));
+  const auto json = nlohmann::json::parse(Comparison::jsonOf(report));
   EXPECT_EQ(json["pairs"]["measured"]["after_m"], report.pairs.rawAfter);
   EXPECT_EQ(json["world"]["surfaces"][0]["name"], "all");
   EXPECT_EQ(json["globals"].size(), 12u);
@@ -202,21 +201,18 @@ TEST_F(Comparing, ReadsTheFilesThatTheSummaryNamesAndOtherwiseTheNewest) {
   };
   fs::last_write_time(parameters("_old.txt"),
                       fs::file_time_type::clock::now() - std::chrono::hours(1));
-  EXPECT_EQ(Velorn::Flights::Comparison::modelFilesOf(run.path())->parameters,
-            parameters("_new.txt"));
+  EXPECT_EQ(Comparison::modelFilesOf(run.path())->parameters, parameters("_new.txt"));
   writeContent(run / "summary.json",
                R"({"files": {"sections": "00_parameter/Sections_old.txt",
                    "parameters": "00_parameter/Parameter_old.txt",
                    "strip_ids": "00_parameter/StripID_old.txt"}})");
-  EXPECT_EQ(Velorn::Flights::Comparison::modelFilesOf(run.path())->parameters,
-            parameters("_old.txt"));
+  EXPECT_EQ(Comparison::modelFilesOf(run.path())->parameters, parameters("_old.txt"));
   fs::remove(parameters("_old.txt"));
-  EXPECT_THROW(Velorn::Flights::Comparison::modelFilesOf(run.path()), Error);
+  EXPECT_THROW(Comparison::modelFilesOf(run.path()), Error);
   writeContent(run / "summary.json", "{}");  // as a run without an adjustment leaves it
-  EXPECT_EQ(Velorn::Flights::Comparison::modelFilesOf(run.path())->parameters,
-            parameters("_new.txt"));
+  EXPECT_EQ(Comparison::modelFilesOf(run.path())->parameters, parameters("_new.txt"));
   writeContent(run / "summary.json", "{");
-  EXPECT_THROW(Velorn::Flights::Comparison::modelFilesOf(run.path()), Error);
+  EXPECT_THROW(Comparison::modelFilesOf(run.path()), Error);
 }
 
 TEST_F(Comparing, NamesStripsWithoutResultAndLeavesTheirCorrespondencesOut) {
@@ -226,7 +222,7 @@ TEST_F(Comparing, NamesStripsWithoutResultAndLeavesTheirCorrespondencesOut) {
   EXPECT_EQ(report.world.strips.size(), 3u);
   EXPECT_GT(report.pairs.notFound, 100u);
   EXPECT_GT(report.pairs.correspondences, 100u);
-  EXPECT_THAT(Velorn::Flights::Comparison::textOf(report),
+  EXPECT_THAT(Comparison::textOf(report),
               AllOf(HasSubstr("not adjusted: strip_01.kx"), HasSubstr(" left out: ")));
 }
 

@@ -4,7 +4,7 @@
 
 namespace {
 
-std::vector<std::string> recordsIn(const Velorn::Flights::LasFile& file) {
+std::vector<std::string> recordsIn(const LasFile& file) {
   std::vector<std::string> records;
   const std::size_t size = file.header().recordLength;
   file.readBytes([&](std::uint64_t, std::uint64_t count, const char* bytes) {
@@ -13,9 +13,9 @@ std::vector<std::string> recordsIn(const Velorn::Flights::LasFile& file) {
   return records;
 }
 
-std::vector<point> placesIn(const Velorn::Flights::LasFile& file) {
+std::vector<point> placesIn(const LasFile& file) {
   std::vector<point> places;
-  file.read([&](std::uint64_t, std::span<const Velorn::Flights::LasPoint> points) {
+  file.read([&](std::uint64_t, std::span<const LasPoint> points) {
     for (const auto& one : points) places.push_back(one.place);
   });
   return places;
@@ -25,15 +25,14 @@ TEST_F(ExportedFlight, BecomesLasFilesThatDifferFromTheirSourcesByTheAdjustedCoo
   const auto report = done();
   ASSERT_EQ(report.files.size(), 2U);  // without an adjustment nothing but the strips
   for (const std::string name : {"a", "b"}) {
-    const Velorn::Flights::LasFile source(folder / (name + ".las")),
-        made(options.output / (name + ".las"));
+    const LasFile source(folder / (name + ".las")), made(options.output / (name + ".las"));
     const auto before = recordsIn(source), after = recordsIn(made);
     ASSERT_EQ(after.size(), 200U);
     constexpr std::size_t coordinates = 12;
     for (std::size_t k = 0; k < after.size(); ++k) {
       EXPECT_EQ(after[k].substr(coordinates), before[k].substr(coordinates));
     }
-    const Velorn::Flights::GridFile strip(folder / ("05_adjusted/" + name + "_SA.kx"));
+    const GridFile strip(folder / ("05_adjusted/" + name + "_SA.kx"));
     const auto index = strip.world<std::uint64_t>("SourceIndex").whole();
     const auto adjusted = strip.world<point>("Positions").whole();
     const auto was = placesIn(source), is = placesIn(made);
@@ -106,14 +105,14 @@ TEST_F(ExportedFlight, IsRefusedForPointsThatAreNotThoseOfItsSource) {
   EXPECT_THAT(refusal(), HasSubstr("point 3, counted from 0, of"));
   saveLas("a.las", 1.0);
   EXPECT_EQ(refusal(), "not refused");
-  EXPECT_EQ(Velorn::Flights::LasFile(options.output / "made.las").header().count, 2U);
+  EXPECT_EQ(LasFile(options.output / "made.las").header().count, 2U);
 }
 
 TEST_F(ExportedFlight, IsRefusedWithoutWhatItsAdjustmentUsed) {
-  options.wishes = Velorn::Flights::Wishes{false, true, true};
-  EXPECT_THAT(refusal(), HasSubstr("--strip-ids"));
+  options.wishes = Wishes{false, true, true};
+  EXPECT_THAT(refusal(Error::BadSettings), HasSubstr("--strip-ids"));
   options.model = model;
-  EXPECT_THAT(refusal(), HasSubstr("--trajectory"));
+  EXPECT_THAT(refusal(Error::BadSettings), HasSubstr("--trajectory"));
   options.trajectories = {imported.trajectories.at(0)};
   EXPECT_THAT(refusal(),
               AllOf(HasSubstr("b_SA.kx: measured from"), HasSubstr("the trajectory is")));

@@ -67,7 +67,7 @@ class ExportedFlight : public testing::Test {
     for (int k = 0; k <= 100; ++k) {
       flown.push_back({begin + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0.01, -0.02, 6.28});
     }
-    Velorn::Flights::writeSbet(folder / "flight.sbet", flown);
+    writeSbet(folder / "flight.sbet", flown);
     saveLas("a.las", 1.0);
     saveLas("b.las", 6.0);
     import();
@@ -91,7 +91,7 @@ class ExportedFlight : public testing::Test {
   }
 
   void import() {
-    Velorn::Flights::ImportOptions from;
+    ImportOptions from;
     from.strips = {folder / "a.las", folder / "b.las"};
     from.trajectory.files = {folder / "flight.sbet"};
     from.output = folder / "flight";
@@ -160,20 +160,20 @@ class ExportedFlight : public testing::Test {
 
   /// A strip of points with these numbers in a source.
   fs::path stripFrom(const std::string& source, std::vector<std::uint64_t> numbers) const {
-    Velorn::Flights::StripColumns columns;
+    StripColumns columns;
     columns.week = weekNumber;
     columns.world.resize(numbers.size(), point{500001.0, 5341002.0, 3.0});
     for (const auto number : numbers) columns.times.push_back(begin + timeOf(number, 1.0));
     columns.sourceIndex = std::move(numbers);
     columns.sourceFile = source;
-    Velorn::Flights::saveStrip(folder / "made.kx", std::move(columns));
+    saveStrip(folder / "made.kx", std::move(columns));
     return folder / "made.kx";
   }
 
   TemporaryFolder folder;
   const double begin = week - 4.5;
   std::vector<SbetRecord> flown;
-  Velorn::Flights::ImportReport imported;
+  ImportReport imported;
   std::vector<double> starts;  // of the sections [s of week]
   ModelFiles model;
   ExportOptions options;

@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 
 constexpr int groundTruthId = 4;  // of a small flight
 
-Velorn::Flights::Simulation::Options pairedFlight() {
+Simulation::Options pairedFlight() {
   auto options = smallFlight();
   options.correspondences = 3000;
   return options;
@@ -83,12 +83,6 @@ struct StripRead {
   std::vector<std::uint32_t> planes;
 };
 
-int codeOf(const TruePlane& plane) {
-  if (plane.surface == 6) return 11;
-  if (plane.surface == 40) return 13;
-  return plane.normal.z < std::cos(3.0 * degree) ? 12 : 14;
-}
-
 TEST(KnownCorrespondences, LieOnOnePlaneUnderTheTruthAndDecimetresApartAsDelivered) {
   const TemporaryFolder folder;
   auto options = pairedFlight();
@@ -143,9 +137,9 @@ TEST(KnownCorrespondences, EveryStripAndEveryKindTakesPartAndNoPointIsFirstTwice
     EXPECT_LT(block.i, block.j);
     EXPECT_EQ(block.groundTruth, block.j == groundTruthId);
     EXPECT_EQ(block.content.isGroundTruth(), block.groundTruth);
-    EXPECT_EQ(block.content.sideI().weekNumber, Velorn::Flights::Simulation::FlightPlan::week);
+    EXPECT_EQ(block.content.sideI().weekNumber, Simulation::FlightPlan::week);
     EXPECT_EQ(block.content.sideJ().weekNumber,
-              block.groundTruth ? 0 : Velorn::Flights::Simulation::FlightPlan::week);
+              block.groundTruth ? 0 : Simulation::FlightPlan::week);
     const auto& times = *block.content.sideI().times;
     EXPECT_EQ(std::adjacent_find(times.begin(), times.end(), std::greater_equal<>()), times.end());
     for (const auto code : *block.content.sideI().classes) ++ofClass[code];

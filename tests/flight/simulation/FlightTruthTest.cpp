@@ -65,11 +65,11 @@ TEST(SyntheticFlight, DeliveredWorldPointsAreThoseOfTheLibrary) {
     const auto deltas = file.column<vector>(scannerChart, "Waveforms.DirectionDelta");
     std::vector<point> world(delivered.size());
     std::vector<vector> directions(delivered.size());
-    EXPECT_EQ(Velorn::scanner2world(
-                  parameters, trajectory, file.column<point>(scannerChart, "Positions"),
-                  file.world<double>("GPSTime"), Velorn::Flights::Simulation::FlightPlan::week,
-                  strip, world, directions, 0.0, true),
-              "");
+    EXPECT_EQ(
+        Velorn::scanner2world(parameters, trajectory, file.column<point>(scannerChart, "Positions"),
+                              file.world<double>("GPSTime"), Simulation::FlightPlan::week, strip,
+                              world, directions, 0.0, true),
+        "");
     double off = 0.0;
     for (std::size_t i = 0; i < world.size(); ++i) {
       off = std::max({off, largest(world[i] - delivered[i]), largest(directions[i] - deltas[i])});
@@ -152,7 +152,7 @@ TEST(SyntheticFlight, GridNorthIsTheMeridianConvergenceAwayFromTrueNorth) {
     const double x = geographic.x - zone.getCentralMeridian();
     // γ = arctan(tan λ sin φ) on the sphere, which the ellipsoid changes by less than 1 %.
     const double convergence = std::atan(std::tan(x) * std::sin(geographic.y));
-    EXPECT_NEAR(Velorn::Flights::Simulation::azimuthOfGridNorth(place, zone), convergence,
+    EXPECT_NEAR(Simulation::azimuthOfGridNorth(place, zone), convergence,
                 std::abs(0.01 * convergence) + 1e-9);
   }
 }

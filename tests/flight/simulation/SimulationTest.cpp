@@ -128,7 +128,8 @@ TEST(Simulation, AFolderThatCannotBeMadeIsNamed) {
   const TemporaryFolder folder;
   writeContent(folder / "file", "not a folder");
   const fs::path out = folder / "file/flight";
-  EXPECT_THAT(refusalOf(out, smallFlight()), HasSubstr(out.string()));
+  EXPECT_THAT(::refusalOf([&] { make(out, smallFlight()); }, Error::NoSpace),
+              HasSubstr(out.string()));
   EXPECT_EQ(contentOf(folder / "file"), "not a folder");
 }
 

@@ -15,12 +15,6 @@ namespace {
 
 using namespace Velorn::Flights;
 
-std::uint8_t trueCode(const TruePlane& plane) {
-  if (plane.surface == 6) return 11;
-  if (plane.surface == 40) return 13;
-  return plane.normal.z < std::cos(3.0 * 3.14159265358979 / 180) ? 12 : 14;
-}
-
 struct Shares {
   double points = 0, surface = 0, rightClass = 0, rightNormal = 0;
 };
@@ -39,7 +33,7 @@ Shares sharesOf(const std::filesystem::path& folder, const std::string& strip) {
     if (!isSurface(codes[i])) continue;
     ++shares.surface;
     const TruePlane& real = planes.at(plane[i]);
-    if (codes[i] == trueCode(real)) ++shares.rightClass;
+    if (codes[i] == codeOf(real)) ++shares.rightClass;
     const double degrees =
         std::acos(std::min(1.0, dot(normals[i], real.normal))) * Geomra::degreesPerRadian;
     if (degrees < 3.0) ++shares.rightNormal;
@@ -49,7 +43,7 @@ Shares sharesOf(const std::filesystem::path& folder, const std::string& strip) {
 
 TEST(RasterizedFlight, HasTheClassesAndNormalsOfItsPlanes) {
   const TemporaryFolder folder;
-  Velorn::Flights::Simulation::Options options = smallFlight();
+  Simulation::Options options = smallFlight();
   options.points = 200'000;
   options.height = 150.0;  // half a point per square metre
   make(folder.path(), options);
