@@ -25,12 +25,6 @@ std::string faultOfAmplitude(const std::string& selection, double amplitude) {
   return parameter.check();
 }
 
-std::string faultOfMinCellSize(double size) {
-  InputParameter parameter;
-  parameter.MinCellSize = size;
-  return parameter.check();
-}
-
 }  // namespace
 
 TEST(InputParameter, DefaultsPassAndGiveTheCellSizes) {
@@ -73,11 +67,11 @@ TEST(InputParameter, LimitsAmplitudesInOnePlaceOnly) {
 }
 
 TEST(InputParameter, RefusesCellsThatAreTooSmallOrNoNumber) {
-  const std::string fault = "InputParameter::check: MinCellSize too low";
-  EXPECT_EQ(faultOfMinCellSize(0.01), "");
-  EXPECT_EQ(faultOfMinCellSize(0.00999), fault);
-  EXPECT_EQ(faultOfMinCellSize(-1), fault);
-  EXPECT_EQ(faultOfMinCellSize(notANumber), fault);
+  for (const double size : {0.01, 0.00999, -1.0, notANumber}) {
+    InputParameter parameter;
+    parameter.MinCellSize = size;
+    EXPECT_EQ(parameter.check(), size == 0.01 ? "" : "InputParameter::check: MinCellSize too low");
+  }
 }
 
 TEST(InputParameter, NamesTheFirstRuleBroken) {

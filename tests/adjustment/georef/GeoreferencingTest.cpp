@@ -115,22 +115,6 @@ TEST_F(Georeferencing, GivesTheSamePointsInAnyOrderAndByAnyNumberOfThreads) {
   }
 }
 
-TEST_F(Georeferencing, LengthensTheRangeByItsScaleAndOffset) {
-  std::vector<double> values(36);
-  values[24] = 0.5;
-  values[27] = 0.001;
-  Points plain(route, 100), scaled(route, 100);
-  plain.georeference(restoredModel({400000}, std::vector<double>(36)), trajectory);
-  scaled.georeference(restoredModel({400000}, values), trajectory);
-  for (std::size_t i = 0; i < 100; ++i) {
-    const auto& s = plain.scanner[i];
-    const double range = std::sqrt(s.x * s.x + s.y * s.y + s.z * s.z);
-    // 1e-3 of it: the projection's scale at this height
-    const double added = 0.001 * range + 0.5;
-    EXPECT_NEAR(length(scaled.world[i] - plain.world[i]), added, 1e-3 * added);
-  }
-}
-
 TEST_F(Georeferencing, StoresTheVectorToTheSensorWholeOrWithTheLengthAskedFor) {
   Points whole(route, 500), unit(route, 500), reversed(route, 500);
   whole.georeference(parameters, trajectory);

@@ -3,8 +3,6 @@
 #include <algorithm>
 
 #include <ceres/dynamic_autodiff_cost_function.h>
-#include <ceres/gradient_checker.h>
-#include <ceres/manifold.h>
 #include <gmock/gmock.h>
 
 #include "adjustment/optimization/PointToPlaneCostFunction.h"
@@ -148,24 +146,6 @@ TEST_F(Residual, HasTheDerivativesOfTheExactTwin) {
             << k << " " << i;
       }
     }
-  }
-}
-
-TEST_F(Residual, PassesTheSolversOwnCheckOfDerivatives) {
-#ifdef VELORN_SANITIZED
-  GTEST_SKIP() << "the installed library's matrices are allocated in another way than sanitized "
-                  "code frees them";
-#endif
-  for (const bool isControl : {false, true}) {
-    const auto checked = cost(isControl ? control(worldPoints[1]) : pairOf());
-    auto x = blocks(isControl ? 6 : 8);
-    const auto pointers = pointersTo(x);
-    ceres::NumericDiffOptions options;
-    options.ridders_relative_initial_step_size = 1e-3;
-    const std::vector<const ceres::Manifold*> none(x.size(), nullptr);
-    ceres::GradientChecker checker(checked.get(), &none, options);
-    ceres::GradientChecker::ProbeResults results;
-    EXPECT_TRUE(checker.Probe(pointers.data(), 1e-5, &results)) << results.error_log;
   }
 }
 

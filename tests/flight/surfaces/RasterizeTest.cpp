@@ -99,7 +99,6 @@ TEST_F(Rasterize, TakesPointsOfSeveralFragmentsForOneStrip) {
   save();
   rasterize(strip, raster);
   const auto whole = OneGridFile(strip).world<vector>("NormalVector");
-  auto columns = rasterStrip();
   save();
   change(strip, [](Strandel::Grid& grid) {
     const auto split = [](Strandel::Field& field, auto values) {
