@@ -6,6 +6,7 @@
 // pairs fit, for single unknowns are only partly separable.
 #include <cmath>
 #include <functional>
+#include <map>
 #include <numbers>
 #include <ostream>
 #include <regex>
@@ -116,10 +117,12 @@ class VariantsOfAnAdjustment : public testing::Test {
 std::unique_ptr<TemporaryFolder> VariantsOfAnAdjustment::flightFolder;
 
 struct Variant {
-  std::string name;
-  std::function<void(Velorn::InputParameter&)> choose;
-  std::string types;
-  double horizontal;  ///< error of the points, RMS at most [m]
+  const char *name, *model;
+  std::vector<double> intervals;  ///< of the models, or none: a strip is one section
+  std::string types;              ///< of the sections
+  double horizontal = 0.06;       ///< error of the points, RMS at most [m]
+  bool splits = false;
+  std::map<int, double> toLinear = {}, toSpline = {};
 };
 
 void PrintTo(const Variant& variant, std::ostream* out) {
@@ -132,48 +135,23 @@ class ModelOfSections : public VariantsOfAnAdjustment,
 /// The more a model may bend, the less ground truth of this size holds the block's scale. The last
 /// three have sections of all types.
 const Variant variants[] = {
-    {"Bias", [](auto& c) { c.TypeModel = "BIAS"; }, "B B B B", 0.06},
-    {"ShortBias",
-     [](auto& c) {
-       c.TypeModel = "BIAS";
-       c.DefaultInterval = {8, 8, 8};
-     },
-     "BB BB BB BB", 0.06},
-    {"Linear", [](auto& c) { c.TypeModel = "LINEAR"; }, "L L L L", 0.06},
-    {"ShortLinear",
-     [](auto& c) {
-       c.DefaultInterval = {8, 8, 8};
-     },
-     "LL LL LL LL", 0.06},
-    {"WholeSplineIsLinear", [](auto& c) { c.TypeModel = "SPLINE"; }, "L L L L", 0.06},
-    {"ShortSpline",
-     [](auto& c) {
-       c.TypeModel = "SPLINE";
-       c.DefaultInterval = {6, 6, 6};
-     },
-     "LSL LSL LL LL", 0.1},
-    {"Hybrid", [](auto& c) { c.TypeModel = "HYBRID"; }, "H H H H", 0.06},
-    {"ShortHybrid",
-     [](auto& c) {
-       c.TypeModel = "HYBRID";
-       c.DefaultInterval = {6, 8, 6};
-     },
-     "HH HH HH HH", 0.06},
-    {"SplitBackStrips",
-     [](auto& c) {
-       c.TypeModel = "BIAS";
-       c.SplitBackStrips = true;
-       c.DefaultInterval = {86400, 86400, 6};
-     },
-     "B LSL B LL", 0.06},
+    {"Bias", "BIAS", {}, "B B B B"},
+    {"ShortBias", "BIAS", {8, 8, 8}, "BB BB BB BB"},
+    {"Linear", "LINEAR", {}, "L L L L"},
+    {"ShortLinear", "LINEAR", {8, 8, 8}, "LL LL LL LL"},
+    {"WholeSplineIsLinear", "SPLINE", {}, "L L L L"},
+    {"ShortSpline", "SPLINE", {6, 6, 6}, "LSL LSL LL LL", 0.1},
+    {"Hybrid", "HYBRID", {}, "H H H H"},
+    {"ShortHybrid", "HYBRID", {6, 8, 6}, "HH HH HH HH"},
+    {"SplitBackStrips", "BIAS", {86400, 86400, 6}, "B LSL B LL", 0.06, true},
     {"OverwrittenStrips",
-     [](auto& c) {
-       c.TypeModel = "BIAS";
-       c.NumberOfIterations = 100;
-       c.OverwriteToLinear = {{0, 86400.0}, {3, 8.0}};
-       c.OverwriteToSpline = {{1, 6.0}};
-     },
-     "L LSL B LL", 0.1},
+     "BIAS",
+     {},
+     "L LSL B LL",
+     0.1,
+     false,
+     {{0, 86400.0}, {3, 8.0}},
+     {{1, 6.0}}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Each, ModelOfSections, testing::ValuesIn(variants),
@@ -182,9 +160,16 @@ INSTANTIATE_TEST_SUITE_P(Each, ModelOfSections, testing::ValuesIn(variants),
 }  // namespace
 
 TEST_P(ModelOfSections, FitsToTheNoiseAndMovesOnlyTheCoefficientsThatItHas) {
-  GetParam().choose(job.configuration);
+  const Variant& variant = GetParam();
+  auto& configuration = job.configuration;
+  configuration.TypeModel = variant.model;
+  if (!variant.intervals.empty()) configuration.DefaultInterval = variant.intervals;
+  configuration.SplitBackStrips = variant.splits;
+  configuration.OverwriteToLinear = variant.toLinear;
+  configuration.OverwriteToSpline = variant.toSpline;
+  if (!variant.toSpline.empty()) configuration.NumberOfIterations = 100;
   Library library(job);
-  EXPECT_EQ(typesOf(library.parameters), GetParam().types);
+  EXPECT_EQ(typesOf(library.parameters), variant.types);
   EXPECT_EQ(library.run(), "");
   const auto& result = library.optimization.result();
   EXPECT_EQ(result.end.termination, "CONVERGENCE");
@@ -192,7 +177,7 @@ TEST_P(ModelOfSections, FitsToTheNoiseAndMovesOnlyTheCoefficientsThatItHas) {
   expectNoiseAlone(result.after);
   expectOnlyUsedCoefficients(library.parameters);
   const auto error = library.worldError(flight());
-  EXPECT_LT(error.horizontal, GetParam().horizontal);
+  EXPECT_LT(error.horizontal, variant.horizontal);
   EXPECT_LT(error.vertical, 0.03);  // 2 cm are the noise of the points themselves
 }
 

@@ -69,33 +69,19 @@ std::string hexOf(const Field& field, FragmentId fragment, std::string& fault) {
   return text + "\n";
 }
 
+template <typename... T>
+std::string valuesOfAny(const Field& field, FragmentId fragment, std::string& fault) {
+  std::string text;
+  ((field.valueType() == valueTypeOf<T>() && (text = hexOf<T>(field, fragment, fault), true)) ||
+   ...);
+  return text;
+}
+
 std::string valuesOf(const Field& field, FragmentId fragment, std::string& fault) {
   if (!field.hasChunk(fragment)) return "absent\n";
-  switch (field.valueType()) {
-    case ValueType::Double:
-      return hexOf<double>(field, fragment, fault);
-    case ValueType::Point:
-      return hexOf<point>(field, fragment, fault);
-    case ValueType::Vector:
-      return hexOf<vector>(field, fragment, fault);
-    case ValueType::UInt8:
-      return hexOf<std::uint8_t>(field, fragment, fault);
-    case ValueType::UInt16:
-      return hexOf<std::uint16_t>(field, fragment, fault);
-    case ValueType::UInt32:
-      return hexOf<std::uint32_t>(field, fragment, fault);
-    case ValueType::UInt64:
-      return hexOf<std::uint64_t>(field, fragment, fault);
-    case ValueType::Int8:
-      return hexOf<std::int8_t>(field, fragment, fault);
-    case ValueType::Int16:
-      return hexOf<std::int16_t>(field, fragment, fault);
-    case ValueType::Int32:
-      return hexOf<std::int32_t>(field, fragment, fault);
-    case ValueType::Int64:
-      return hexOf<std::int64_t>(field, fragment, fault);
-  }
-  return {};
+  return valuesOfAny<double, point, vector, std::uint8_t, std::uint16_t, std::uint32_t,
+                     std::uint64_t, std::int8_t, std::int16_t, std::int32_t, std::int64_t>(
+      field, fragment, fault);
 }
 
 std::string fieldText(const Field& field, std::string& fault) {

@@ -259,13 +259,9 @@ TEST_F(Blocks, WithSidesOfUnequalLengthLoadAndGuardTheShorterOne) {
   EXPECT_EQ(block.size(), 6U);
   EXPECT_EQ(block.sideJ().size(), 3U);
   EXPECT_EQ(block.get(2), records[2]);
-  try {
-    block.get(3);
-    FAIL();
-  } catch (const std::out_of_range& error) {
-    EXPECT_EQ(std::string(error.what()),
-              "CorrespondenceBlock::get: " + path.string() + ": index 3, the sides hold 6 and 3");
-  }
+  EXPECT_THAT([&] { block.get(3); }, testing::ThrowsMessage<std::out_of_range>(
+                                         "CorrespondenceBlock::get: " + path.string() +
+                                         ": index 3, the sides hold 6 and 3"));
 }
 
 TEST_F(Blocks, AreDumpedAsATableOfEachSide) {

@@ -37,11 +37,7 @@ double length(const vector& v) {
 class Flight : public testing::Test {
  protected:
   Flight() {
-    std::vector<SbetRecord> records;
-    for (int k = 0; k <= 100; ++k) {
-      records.push_back({begin + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0.01, -0.02, 6.28});
-    }
-    write(records);
+    write(recordsFrom(begin));
     options.strips = {folder / "a.las"};
     options.trajectory.files = {folder / "flight.sbet"};
     options.output = folder / "out";
@@ -51,6 +47,14 @@ class Flight : public testing::Test {
     save(sample);
   }
 
+  /// Of ten seconds to the north.
+  static std::vector<SbetRecord> recordsFrom(double time) {
+    std::vector<SbetRecord> records;
+    for (int k = 0; k <= 100; ++k) {
+      records.push_back({time + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0.01, -0.02, 6.28});
+    }
+    return records;
+  }
   void write(const std::vector<SbetRecord>& records) { writeSbet(folder / "flight.sbet", records); }
 
   static LasSample sampleOf(int count) {
@@ -138,11 +142,7 @@ TEST_F(Flight, IsPartedBySourceAndGap) {
 }
 
 TEST_F(Flight, OverTheEndOfAWeekBecomesAStripAndATrajectoryOfEach) {
-  std::vector<SbetRecord> records;
-  for (int k = 0; k <= 100; ++k) {
-    records.push_back({week - 5 + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0, 0, 0});
-  }
-  write(records);
+  write(recordsFrom(week - 5));
   for (auto& one : sample.points) one.time += week - 5 - begin + 3;  // 4 s after the first record
   save(sample);
   const auto report = done();
@@ -211,11 +211,8 @@ TEST_F(Flight, IsRefusedForWhatItDoesNotSay) {
 }
 
 TEST_F(Flight, TellsOfRepairsAndGapsOfItsTrajectory) {
-  std::vector<SbetRecord> records;
-  for (int k = 0; k <= 100; ++k) {
-    if (k > 20 && k < 35) continue;
-    records.push_back({begin + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0, 0, 0});
-  }
+  auto records = recordsFrom(begin);
+  records.erase(records.begin() + 21, records.begin() + 35);
   std::swap(records[3], records[4]);
   records.push_back(records.back());
   write(records);

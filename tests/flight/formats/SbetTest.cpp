@@ -106,17 +106,6 @@ TEST(Sbet, YawGoesOnWhereTheHeadingWrapsAround) {
   for (std::size_t i = 0; i < yaw.size(); ++i) EXPECT_NEAR(yaw[i], truth[i], 1e-11) << i;
 }
 
-TEST(Sbet, FilesOfManyBlocksAreReadInOrder) {
-  const TemporaryFolder folder;
-  std::vector<Values> records;
-  records.reserve(10000);
-  for (int i = 0; i < 10000; ++i) records.push_back(valuesAt(604000.0 + 0.25 * i));  // over a week
-  writeContent(folder / "long.sbet", bytesOf(records));
-  const auto read = readSbet(folder / "long.sbet");
-  ASSERT_EQ(read.size(), records.size());
-  for (std::size_t i = 0; i < read.size(); ++i) ASSERT_EQ(read[i].time, records[i][0]);
-}
-
 TEST(Sbet, RecordsInAnyOrderAreReadOnRequestButNotOverTheEndOfAWeek) {
   const TemporaryFolder folder;
   writeContent(folder / "mixed.sbet", bytesOf({valuesAt(3.0), valuesAt(2.0), valuesAt(2.0)}));

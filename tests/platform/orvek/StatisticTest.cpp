@@ -99,12 +99,9 @@ TEST(Statistic, RefusesARangeThatMakesNoBinsAndNamesIt) {
     EXPECT_THROW(Statistic(lower, upper, width), std::invalid_argument)
         << lower << " " << upper << " " << width;
   }
-  try {
-    const Statistic refused(2.5, -2.5, 0.125);
-    FAIL();
-  } catch (const std::invalid_argument& fault) {
-    EXPECT_THAT(fault.what(), HasSubstr("2.5 to -2.5 in bins of 0.125: the lower bound must be"));
-  }
+  EXPECT_THAT([] { const Statistic refused(2.5, -2.5, 0.125); },
+              testing::ThrowsMessage<std::invalid_argument>(
+                  HasSubstr("2.5 to -2.5 in bins of 0.125: the lower bound must be")));
 }
 
 TEST(Statistic, TellsFiguresOfAllValuesAndBinsOfThoseInTheRange) {
