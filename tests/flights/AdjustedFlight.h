@@ -41,12 +41,6 @@ struct WorldError {
   }
 };
 
-inline std::vector<Geomra::PhysicalSpace::point> truePlaces(const std::filesystem::path& folder,
-                                                            const std::filesystem::path& strip) {
-  return OneGridFile(folder / "truth" / (strip.stem().string() + "_planes.kx"))
-      .world<Geomra::PhysicalSpace::point>("Positions");
-}
-
 /// The adjustment of a simulated flight, in its own folder.
 inline Velorn::Flights::AdjustmentJob jobOf(const std::filesystem::path& folder) {
   Velorn::Flights::AdjustmentJob job;
@@ -96,7 +90,8 @@ struct Library {
       Velorn::Flights::orFail(Velorn::scanner2world(parameters, trajectory, scanner, times,
                                                     trajectory.timeRanges().begin()->first, i,
                                                     world, directions, 0.0, false));
-      error.add(world, truePlaces(folder, strips[i]));
+      error.add(world,
+                surfacesOf(folder, strips[i]).world<Geomra::PhysicalSpace::point>("Positions"));
     }
     return error.rms();
   }

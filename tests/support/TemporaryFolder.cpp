@@ -25,6 +25,14 @@ std::string contentOf(const std::filesystem::path& file) {
   return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
+std::set<std::string> namesIn(const std::filesystem::path& folder) {
+  std::set<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    names.insert(entry.path().filename().string());
+  }
+  return names;
+}
+
 void writeContent(const std::filesystem::path& file, const std::string& content) {
   std::ofstream stream(file, std::ios::binary);
   stream.write(content.data(), static_cast<std::streamsize>(content.size()));
@@ -35,6 +43,15 @@ void writeContent(const std::filesystem::path& file, const std::string& content)
 std::string variable(const char* name) {
   const char* const value = std::getenv(name);
   return value ? value : "";
+}
+
+OtherVariable::OtherVariable(std::string name, const std::string& value)
+    : name_(std::move(name)), before_(variable(name_.c_str())) {
+  setenv(name_.c_str(), value.c_str(), 1);
+}
+
+OtherVariable::~OtherVariable() {
+  setenv(name_.c_str(), before_.c_str(), 1);
 }
 
 std::string outputOf(const std::string& shellCommand) {

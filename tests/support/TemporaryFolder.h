@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <set>
 #include <string>
 
 /// A new empty folder, removed with all its content when it goes out of scope.
@@ -23,11 +24,26 @@ class TemporaryFolder {
 /// The whole content of a file, or an empty text when there is none.
 std::string contentOf(const std::filesystem::path& file);
 
+/// Names of what lies in a folder, not in those below it.
+std::set<std::string> namesIn(const std::filesystem::path& folder);
+
 /// Writes a file for a test; throws when it cannot.
 void writeContent(const std::filesystem::path& file, const std::string& content);
 
 /// A variable of the environment; empty when it is not set.
 std::string variable(const char* name);
+
+/// Gives a variable of the environment another value for one scope.
+class OtherVariable {
+ public:
+  OtherVariable(std::string name, const std::string& value);
+  ~OtherVariable();
+  OtherVariable(const OtherVariable&) = delete;
+  OtherVariable& operator=(const OtherVariable&) = delete;
+
+ private:
+  std::string name_, before_;
+};
 
 /// What a command prints on its standard output; throws, with its status, when it does not end with
 /// 0.

@@ -12,23 +12,28 @@
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/SolverParameters.h>
 
-/// One strip with LINEAR sections.
+/// LINEAR sections of one strip, or one for each of several strips.
 /// @param starts  of the sections [s], whole numbers
 /// @param values  24 per section and 12
 inline Velorn::SolverParameters restoredModel(const std::vector<int>& starts,
-                                              const std::vector<double>& values) {
+                                              const std::vector<double>& values,
+                                              const std::vector<std::filesystem::path>& strips = {
+                                                  "strip.kx"}) {
   const TemporaryFolder folder;
-  std::string sections;
+  std::string sections, ids;
   for (std::size_t i = 0; i < starts.size(); ++i) {
-    sections += "StripID: 0, sectionID: " + std::to_string(i) +
-                ", t: " + std::to_string(starts[i]) + ".000000000000000, type: LINEAR\n";
+    sections += "StripID: " + std::to_string(strips.size() > 1 ? i : 0) +
+                ", sectionID: " + std::to_string(i) + ", t: " + std::to_string(starts[i]) +
+                ".000000000000000, type: LINEAR\n";
   }
-  const auto strip = folder / "strip.kx";
+  for (std::size_t i = 0; i < strips.size(); ++i) {
+    ids += "id: " + std::to_string(i) + " file: " + strips[i].string() + " type: strip\n";
+  }
   writeContent(folder / "sections", sections);
   writeContent(folder / "parameters", parameterText(values));
   writeContent(folder / "parameters.exact", companionBytes(values));
-  writeContent(folder / "ids", "id: 0 file: " + strip.string() + " type: strip\n");
-  Velorn::SolverParameters model({strip}, Velorn::InputParameter());
+  writeContent(folder / "ids", ids);
+  Velorn::SolverParameters model(strips, Velorn::InputParameter());
   const auto fault = model.restore(folder / "sections", folder / "parameters", folder / "ids");
   if (!fault.empty()) throw std::runtime_error(fault);
   return model;

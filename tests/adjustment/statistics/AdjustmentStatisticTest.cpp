@@ -5,9 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <random>
-#include <set>
 
-#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include "adjustment/statistics/AdjustmentStatistic.h"
@@ -26,22 +24,9 @@ const std::vector<fs::path> strips{"a.kx", "b.kx", "c.kx"};
 
 /// Three strips of one section each, with small corrections that differ.
 Velorn::SolverParameters threeStrips() {
-  const TemporaryFolder folder;
   std::vector<double> values = someCorrections(3);
   for (std::size_t i = 0; i < 72; ++i) values[i] *= 0.02;
-  std::string sections, ids;
-  for (std::size_t s = 0; s < strips.size(); ++s) {
-    sections +=
-        fmt::format("StripID: {0}, sectionID: {0}, t: {1:.15f}, type: LINEAR\n", s, Route().start);
-    ids += fmt::format("id: {} file: {} type: strip\n", s, strips[s].string());
-  }
-  writeContent(folder / "sections", sections);
-  writeContent(folder / "parameters", parameterText(values));
-  writeContent(folder / "ids", ids);
-  Velorn::SolverParameters model(strips, Velorn::InputParameter());
-  const auto fault = model.restore(folder / "sections", folder / "parameters", folder / "ids");
-  if (!fault.empty()) throw std::runtime_error(fault);
-  return model;
+  return restoredModel(std::vector<int>(3, static_cast<int>(Route().start)), values, strips);
 }
 
 /// Differences and movements of the points, one after the other.
@@ -84,14 +69,6 @@ Velorn::InputParameter configurationWith(const fs::path& root) {
 
 std::string textOf(const fs::path& pdf) {
   return outputOf("pdftotext '" + pdf.string() + "' -");
-}
-
-std::set<std::string> namesIn(const fs::path& folder) {
-  std::set<std::string> names;
-  for (const auto& entry : fs::directory_iterator(folder)) {
-    names.insert(entry.path().filename().string());
-  }
-  return names;
 }
 
 class Statistics : public testing::Test {
@@ -296,10 +273,8 @@ TEST_F(Statistics, AFolderThatCannotBeUsedIsToldOnTheConsole) {
 }
 
 TEST_F(Statistics, WithoutTheDrawingProgramThereAreWarningsAndNoPages) {
-  const std::string path = variable("PATH");
-  setenv("PATH", folder_.path().c_str(), 1);
+  const OtherVariable path("PATH", folder_.path());
   after_.hist();
-  setenv("PATH", path.c_str(), 1);
   EXPECT_THAT(lines_, testing::SizeIs(4));
   EXPECT_THAT(lines_, testing::Each(testing::StartsWith("Warning: ")));
   EXPECT_THAT(namesIn(pages_), IsEmpty());

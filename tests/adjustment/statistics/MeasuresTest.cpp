@@ -90,10 +90,6 @@ TEST(StatisticFolder, OnlyRegularFilesWhoseWholeNameFitsAreRemoved) {
 
   removeStatisticTexts(folder.path());
 
-  std::set<std::string> left;
-  for (const auto& entry : fs::directory_iterator(folder.path())) {
-    left.insert(entry.path().filename().string());
-  }
-  EXPECT_EQ(left, kept);
+  EXPECT_EQ(namesIn(folder.path()), kept);
   EXPECT_TRUE(fs::exists(folder / "stat_folder.txt/hist_inside.txt"));
 }

@@ -86,15 +86,6 @@ TEST_F(TrajectoryInterpolation, IsLinearBetweenRecordsAndExactOnThem) {
   EXPECT_THAT(console, IsEmpty());
 }
 
-TEST_F(TrajectoryInterpolation, IsExactOnRecordsWhoseDifferenceIsRounded) {
-  // 0.1 + 1 × (−5e6 − 0.1) and the like miss the second record by some of its last digits.
-  const std::vector<Record> records{{1, {-5e6, 5e6, 1e-9}, {179, -1e-9, 1}},
-                                    {2, {0.1, 1e-7, 3e5}, {-1e-3, 77, 1e-3}},
-                                    {3, {5e6, -3.3, 0.7}, {0.3, 1e-12, -89}}};
-  const auto trajectory = imported(records);
-  for (const auto& r : records) EXPECT_EQ(ask(trajectory, r.time), record(true, r)) << r.time;
-}
-
 TEST_F(TrajectoryInterpolation, GoesOnBeforeTheStartAndSaysSoWhenAsked) {
   const auto trajectory = imported(recordsAt({100, 101, 102.5}));
   const auto early = ask(trajectory, 99);

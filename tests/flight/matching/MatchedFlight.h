@@ -85,8 +85,7 @@ class MatchedFlight {
     all.scanner = file.column<point>(Strandel::scannerChartName, "Positions");
     all.beams = file.column<vector>(Strandel::scannerChartName, "Waveforms.DirectionDelta");
     all.week = static_cast<std::uint32_t>(truthIn(folder.path())["week"].get<int>());
-    const auto name = strips[strip].stem().string() + "_planes.kx";
-    planeOf.push_back(OneGridFile(folder / "truth" / name).world<std::uint32_t>("Plane"));
+    planeOf.push_back(surfacesOf(folder.path(), strips[strip]).world<std::uint32_t>("Plane"));
     auto raster = all;
     std::vector<std::uint32_t> third;
     for (std::uint32_t k = 0; k < all.size(); ++k) {

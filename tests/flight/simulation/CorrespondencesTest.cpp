@@ -6,11 +6,11 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <regex>
 
 #include <gmock/gmock.h>
 
 #include "flight/simulation/FlightPlan.h"
+#include "flight/strips/BlockName.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include "tests/flight/simulation/TrueWorld.h"
 #include "tests/support/Refusal.h"
@@ -24,7 +24,7 @@ using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 using Velorn::SphericalBeing;
 namespace fs = std::filesystem;
 
-constexpr int groundTruthId = 4;  // of a small flight
+constexpr unsigned groundTruthId = 4;  // of a small flight
 
 Simulation::Options pairedFlight() {
   auto options = smallFlight();
@@ -34,21 +34,16 @@ Simulation::Options pairedFlight() {
 
 /// A block by the numbers in its name.
 struct Block {
-  int i, j;
-  bool groundTruth;
+  BlockName name;
   Velorn::CorrespondenceBlock content;
 };
 
 std::vector<Block> blocksIn(const fs::path& folder) {
   const auto storage = std::make_shared<Strandel::MyStorage>(0, 0, 0, 1);
-  const std::regex pattern(R"(c(\d+)_(\d+)(_GroundTruth)?\.kx)");
   std::vector<Block> blocks;
-  for (const auto& entry : fs::directory_iterator(folder / "03_correspondences")) {
-    const std::string name = entry.path().filename().string();
-    std::smatch parts;
-    EXPECT_TRUE(std::regex_match(name, parts, pattern)) << name;
-    blocks.push_back({std::stoi(parts[1]), std::stoi(parts[2]), parts[3].matched,
-                      Velorn::CorrespondenceBlock(entry.path(), storage)});
+  for (const std::string& name : namesIn(folder / "03_correspondences")) {
+    blocks.push_back({blockNameIn(name).value(),
+                      Velorn::CorrespondenceBlock(folder / "03_correspondences" / name, storage)});
     EXPECT_EQ(blocks.back().content.errorText(), "") << name;
   }
   return blocks;
@@ -58,12 +53,12 @@ std::vector<Block> blocksIn(const fs::path& folder) {
 struct StripRead {
   StripRead(const fs::path& folder, std::size_t strip) : real(trueWorld(folder, strip)) {
     const fs::path path = stripsIn(folder)[strip];
-    const OneGridFile file(path), sidecar(folder / "truth" / (path.stem().string() + "_planes.kx"));
+    const OneGridFile file(path);
     times = file.world<double>("GPSTime");
     world = file.world<point>("Positions");
     scanner = file.column<point>(Strandel::scannerChartName, "Positions");
     directions = file.column<vector>(Strandel::scannerChartName, "Waveforms.DirectionDelta");
-    planes = sidecar.world<std::uint32_t>("Plane");
+    planes = surfacesOf(folder, path).world<std::uint32_t>("Plane");
   }
 
   /// The number of a point, all of whose columns are those of the strip.
@@ -94,7 +89,7 @@ TEST(KnownCorrespondences, LieOnOnePlaneUnderTheTruthAndDecimetresApartAsDeliver
   for (std::size_t i = 0; i < groundTruthId; ++i) strips.emplace_back(folder.path(), i);
   double real = 0.0, delivered = 0.0, apart = 0.0, number = 0.0;
   for (const Block& block : blocksIn(folder.path())) {
-    const auto& side = strips.at(static_cast<std::size_t>(block.i));
+    const auto& side = strips.at(block.name.i);
     for (std::uint32_t k = 0; k < block.content.size(); ++k) {
       const auto [first, second] = block.content.get(k);
       const std::size_t i = side.numberOf(first);
@@ -102,13 +97,13 @@ TEST(KnownCorrespondences, LieOnOnePlaneUnderTheTruthAndDecimetresApartAsDeliver
       ASSERT_EQ(first.normal, plane.normal);
       ASSERT_EQ(second.normal, plane.normal);
       ASSERT_EQ(second.classification, codeOf(plane));
-      ASSERT_EQ(first.classification, block.groundTruth ? 10 : codeOf(plane));
+      ASSERT_EQ(first.classification, block.name.isGroundTruth ? 10 : codeOf(plane));
       point partner = second.worldPosition;
-      if (block.groundTruth) {
+      if (block.name.isGroundTruth) {
         ASSERT_EQ(std::count(control.begin(), control.end(), partner), 1);
         ASSERT_EQ(second.scannerPosition, point());
       } else {
-        const auto& other = strips.at(static_cast<std::size_t>(block.j));
+        const auto& other = strips.at(block.name.j);
         const std::size_t j = other.numberOf(second);
         ASSERT_EQ(other.planes[j], side.planes[i]);
         partner = other.real[j];
@@ -134,18 +129,18 @@ TEST(KnownCorrespondences, EveryStripAndEveryKindTakesPartAndNoPointIsFirstTwice
   std::map<int, int> ofClass;
   std::size_t number = 0;
   for (const Block& block : blocksIn(folder.path())) {
-    EXPECT_LT(block.i, block.j);
-    EXPECT_EQ(block.groundTruth, block.j == groundTruthId);
-    EXPECT_EQ(block.content.isGroundTruth(), block.groundTruth);
+    EXPECT_LT(block.name.i, block.name.j);
+    EXPECT_EQ(block.name.isGroundTruth, block.name.j == groundTruthId);
+    EXPECT_EQ(block.content.isGroundTruth(), block.name.isGroundTruth);
     EXPECT_EQ(block.content.sideI().weekNumber, Simulation::FlightPlan::week);
     EXPECT_EQ(block.content.sideJ().weekNumber,
-              block.groundTruth ? 0 : Simulation::FlightPlan::week);
+              block.name.isGroundTruth ? 0 : Simulation::FlightPlan::week);
     const auto& times = *block.content.sideI().times;
     EXPECT_EQ(std::adjacent_find(times.begin(), times.end(), std::greater_equal<>()), times.end());
     for (const auto code : *block.content.sideI().classes) ++ofClass[code];
     const auto size = static_cast<int>(block.content.size());
-    ofStripOrControl.at(static_cast<std::size_t>(block.i)) += size;
-    ofStripOrControl.at(static_cast<std::size_t>(block.j)) += size;
+    ofStripOrControl.at(block.name.i) += size;
+    ofStripOrControl.at(block.name.j) += size;
     number += block.content.size();
   }
   EXPECT_EQ(number, 3000);

@@ -34,8 +34,7 @@ TEST(SyntheticFlight, PointsWithoutNoiseLieOnTheirPlanesUnderTheTruth) {
   const auto planes = planesIn(folder.path());
   for (std::size_t strip = 0; strip < 4; ++strip) {
     const auto world = trueWorld(folder.path(), strip);
-    const auto name = stripsIn(folder.path())[strip].stem().string() + "_planes.kx";
-    const OneGridFile sidecar(folder / "truth" / name);
+    const auto sidecar = surfacesOf(folder.path(), stripsIn(folder.path())[strip]);
     const auto places = sidecar.world<point>("Positions");
     const auto numbers = sidecar.world<std::uint32_t>("Plane");
     ASSERT_EQ(world.size(), places.size());
@@ -86,8 +85,7 @@ TEST(SyntheticFlight, ErrorsMoveStripsByDecimetresAndWithoutThemNothingMoves) {
     make(folder.path(), options);
     for (const auto& strip : stripsIn(folder.path())) {
       const auto delivered = OneGridFile(strip).world<point>("Positions");
-      const auto real = OneGridFile(folder / "truth" / (strip.stem().string() + "_planes.kx"))
-                            .world<point>("Positions");
+      const auto real = surfacesOf(folder.path(), strip).world<point>("Positions");
       double sum = 0.0;
       for (std::size_t i = 0; i < real.size(); ++i) {
         sum += dot(delivered[i] - real[i], delivered[i] - real[i]);

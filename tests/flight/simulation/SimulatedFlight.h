@@ -58,6 +58,12 @@ class OneGridFile {
   Strandel::Bundle bundle_;
 };
 
+/// Where the points of a strip truly lie.
+inline OneGridFile surfacesOf(const std::filesystem::path& folder,
+                              const std::filesystem::path& strip) {
+  return OneGridFile(folder / "truth" / (strip.stem().string() + "_planes.kx"));
+}
+
 /// A plane of truth/planes.csv.
 struct TruePlane {
   int surface;

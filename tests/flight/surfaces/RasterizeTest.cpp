@@ -1,12 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 
 #include <gmock/gmock.h>
 #include <unistd.h>
 
 #include "flight/strips/OrFail.h"
+#include "flight/surfaces/TerrainClasses.h"
+#include "platform/geomra/Degree.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include "tests/flight/surfaces/RasterStrip.h"
 #include "tests/support/Limit.h"
@@ -300,6 +303,46 @@ TEST_F(Rasterize, OfGroundTruthHasOnePointPerCellWithItsUnitNormal) {
   EXPECT_THAT(
       refusalOf([&] { rasterizeGroundTruth(folder / "truth.kx", raster, rasterConfiguration()); }),
       HasSubstr("truth.kx: DataBlock::getData: no world NormalVector"));
+}
+
+struct Shares {
+  double points = 0, surface = 0, rightClass = 0, rightNormal = 0;
+};
+
+/// Over all points of a strip that may be matched.
+Shares sharesOf(const std::filesystem::path& folder, const std::string& strip) {
+  const auto planes = planesIn(folder);
+  const OneGridFile made(folder / (strip + ".kx"));
+  const auto codes = made.world<std::uint8_t>("RigorousClassification");
+  const auto normals = made.world<vector>("NormalVector");
+  const auto plane = surfacesOf(folder, strip).world<std::uint32_t>("Plane");
+  Shares shares;
+  for (std::size_t i = 0; i < codes.size(); ++i) {
+    ++shares.points;
+    if (!isSurface(codes[i])) continue;
+    ++shares.surface;
+    const TruePlane& real = planes.at(plane[i]);
+    if (codes[i] == codeOf(real)) ++shares.rightClass;
+    const double degrees =
+        std::acos(std::min(1.0, dot(normals[i], real.normal))) * Geomra::degreesPerRadian;
+    if (degrees < 3.0) ++shares.rightNormal;
+  }
+  return shares;
+}
+
+// Of a flight over known planes.
+TEST(RasterizedFlight, HasTheClassesAndNormalsOfItsPlanes) {
+  const TemporaryFolder folder;
+  Simulation::Options options = smallFlight();
+  options.points = 200'000;
+  options.height = 150.0;  // half a point per square metre
+  make(folder.path(), options);
+  rasterize(folder / "strip_01.kx", folder / "raster.kx");
+  const Shares shares = sharesOf(folder.path(), "strip_01");
+  // What is left out lies within a neighbourhood's reach of an edge of its plane.
+  EXPECT_GT(shares.surface, 0.75 * shares.points);
+  EXPECT_GT(shares.rightClass, 0.995 * shares.surface);
+  EXPECT_GT(shares.rightNormal, 0.995 * shares.surface);
 }
 
 }  // namespace

@@ -25,18 +25,14 @@ namespace {
 /// A folder with a program `gnuplot` that is first in PATH for as long as this lives.
 class FakeGnuplot {
  public:
-  explicit FakeGnuplot(const std::string& shellScript) : path_(variable("PATH")) {
+  explicit FakeGnuplot(const std::string& shellScript) {
     writeContent(folder_ / "gnuplot", "#!/bin/sh\n" + shellScript);
     fs::permissions(folder_ / "gnuplot", fs::perms::owner_all);
-    setenv("PATH", (folder_.path().string() + ":" + path_).c_str(), 1);
   }
-  ~FakeGnuplot() { setenv("PATH", path_.c_str(), 1); }
-  FakeGnuplot(const FakeGnuplot&) = delete;
-  FakeGnuplot& operator=(const FakeGnuplot&) = delete;
 
  private:
   TemporaryFolder folder_;
-  std::string path_;
+  OtherVariable path_{"PATH", folder_.path().string() + ":" + variable("PATH")};
 };
 
 /// A folder with an old page; afterwards the page must be as it was, nothing may lie beside it and
@@ -46,7 +42,7 @@ class FailingGnuplot : public testing::Test {
   void SetUp() override { writeContent(pdf_, "old"); }
   void TearDown() override {
     EXPECT_EQ(contentOf(pdf_), "old");
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder_.path()), fs::directory_iterator()), 1);
+    EXPECT_EQ(namesIn(folder_.path()).size(), 1u);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
     EXPECT_EQ(errno, ECHILD);
   }
@@ -75,11 +71,9 @@ TEST_F(FailingGnuplot, IsNamedWithWhatItSaid) {
 
 TEST_F(FailingGnuplot, ThatIsMissingIsToldApart) {
   const TemporaryFolder empty;
-  const std::string path = variable("PATH");
-  setenv("PATH", empty.path().c_str(), 1);
-  const std::string fault = drawPdf("plot x\n", pdf_);
-  setenv("PATH", path.c_str(), 1);
-  EXPECT_THAT(fault, StartsWith(pdf_.string() + ": gnuplot cannot be started: "));
+  const OtherVariable path("PATH", empty.path());
+  EXPECT_THAT(drawPdf("plot x\n", pdf_),
+              StartsWith(pdf_.string() + ": gnuplot cannot be started: "));
 }
 
 TEST_F(FailingGnuplot, ThatWritesNoWholePageIsNoSuccess) {

@@ -192,7 +192,7 @@ TEST_F(Plots, AreWrittenUnderAnyName) {
     EXPECT_EQ(VectorToPDF("x", "y", "t", x, y, folder_ / name).write2Pdf(false), "");
     EXPECT_THAT(contentOf(folder_ / name), testing::StartsWith("%PDF-")) << name;
   }
-  EXPECT_EQ(std::distance(fs::directory_iterator(folder_.path()), fs::directory_iterator()), 6);
+  EXPECT_EQ(namesIn(folder_.path()).size(), 6u);
 }
 
 TEST_F(Plots, RefuseWhatIsNoPairOfFilesAndNoSizeOfPaper) {
@@ -219,12 +219,10 @@ TEST_F(Plots, RefuseWhatIsNoPairOfFilesAndNoSizeOfPaper) {
 
 TEST_F(Plots, WithoutGnuplotWarnAndKeepTheOldPage) {
   writeContent(pdf_, "old");
-  const std::string path = variable("PATH");
-  setenv("PATH", folder_.path().c_str(), 1);
+  const OtherVariable path("PATH", folder_.path());
   Statistic statistic = normalDifferences(10);
   const std::string histogramFault = draw(statistic, "New");
   const std::string vectorFault = VectorToPDF("x", "y", "t", pdf_).write2Pdf(false);
-  setenv("PATH", path.c_str(), 1);
   EXPECT_THAT(histogramFault,
               testing::StartsWith("OrvekPDF::hist: " + pdf_.string() + ": gnuplot"));
   EXPECT_THAT(vectorFault,

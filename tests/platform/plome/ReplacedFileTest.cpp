@@ -14,15 +14,6 @@ namespace fs = std::filesystem;
 using Plome::ReplacedFile, Plome::replaceFile;
 using testing::HasSubstr;
 
-namespace {
-
-std::size_t entriesOf(const fs::path& folder) {
-  return static_cast<std::size_t>(
-      std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
-}
-
-}  // namespace
-
 TEST(ReplacedFile, TakesItsPlaceWholeAndLeavesNothingBeside) {
   const TemporaryFolder folder;
   EXPECT_EQ(replaceFile(folder / "a.txt", "old"), "");
@@ -33,7 +24,7 @@ TEST(ReplacedFile, TakesItsPlaceWholeAndLeavesNothingBeside) {
     EXPECT_EQ(file.replace(), "");
   }
   EXPECT_EQ(contentOf(folder / "a.txt"), "new");
-  EXPECT_EQ(entriesOf(folder.path()), 1u);
+  EXPECT_EQ(namesIn(folder.path()).size(), 1u);
 }
 
 TEST(ReplacedFile, AbandonedOrFailedLeavesTheTarget) {
@@ -49,13 +40,13 @@ TEST(ReplacedFile, AbandonedOrFailedLeavesTheTarget) {
     EXPECT_THAT(nothingWritten.replace(), HasSubstr((folder / "a.txt").string() + ": "));
   }
   EXPECT_EQ(contentOf(folder / "a.txt"), "old");
-  EXPECT_EQ(entriesOf(folder.path()), 1u);
+  EXPECT_EQ(namesIn(folder.path()).size(), 1u);
 
   fs::create_directory(folder / "sub");
   EXPECT_THAT(replaceFile(folder / "sub", "x"), HasSubstr("is not a regular file"));
   EXPECT_THAT(replaceFile(folder / "no/such.txt", "x"),
               HasSubstr(std::generic_category().message(ENOENT)));  // in the language of the locale
-  EXPECT_EQ(entriesOf(folder.path()), 2u);
+  EXPECT_EQ(namesIn(folder.path()).size(), 2u);
 }
 
 TEST(ReplacedFile, KeepsSymbolicLinksAndPermissions) {
@@ -94,5 +85,5 @@ TEST(ReplacedFile, OfAnInterruptedProcessIsRemovedAndNoneIsReplacedThen) {
   writeContent(folder / "half.txt", "old");
   EXPECT_EXIT(workUntilInterrupted(folder.path()), testing::ExitedWithCode(7), "");
   EXPECT_EQ(contentOf(folder / "half.txt"), "old");
-  EXPECT_EQ(entriesOf(folder.path()), 1u);
+  EXPECT_EQ(namesIn(folder.path()).size(), 1u);
 }

@@ -32,16 +32,11 @@ void limitFileSize(rlim_t bytes) {
   setrlimit(RLIMIT_FSIZE, &limit);
 }
 
-std::size_t filesIn(const std::filesystem::path& folder) {
-  const std::filesystem::directory_iterator all(folder);
-  return static_cast<std::size_t>(std::distance(begin(all), end(all)));
-}
-
 /// Saves for which there is no room: of new values, and of values that lie in another file.
 void failAndGoOn(const std::filesystem::path& path, int error) {
   letHdf5EndWithTheProcess();
   const std::string before = contentOf(path);
-  const auto files = filesIn(path.parent_path());
+  const auto files = namesIn(path.parent_path());
   Bundle made = smallStrip(3000, 2), loaded;
   ASSERT_EQ(storage.load(pathFromParent("VELORN_TEST_SOURCE"), loaded), "");
   for (auto& [with, bundle] :
@@ -49,7 +44,7 @@ void failAndGoOn(const std::filesystem::path& path, int error) {
     EXPECT_EQ(with->save(*bundle, path, "wd"), "Strandel::MyStorage::save: " + path.string() +
                                                    ": " + std::generic_category().message(error));
     EXPECT_TRUE(contentOf(path) == before);
-    EXPECT_EQ(filesIn(path.parent_path()), files);
+    EXPECT_EQ(namesIn(path.parent_path()), files);
   }
 }
 
