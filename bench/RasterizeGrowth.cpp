@@ -17,7 +17,7 @@
 #include "bench/OwnProcess.h"
 #include "bench/Settings.h"
 #include "bench/Swath.h"
-#include "flight/strips/Containers.h"
+#include <velorn/flight/Containers.h>
 #include "flight/surfaces/Rasterize.h"
 #include "host/KeptMemory.h"
 

@@ -17,13 +17,6 @@
 
 namespace Velorn::Flights {
 
-/// How the trajectory is given.
-struct TrajectorySource {
-  std::vector<std::filesystem::path> files;  ///< SBET by their ending, otherwise text
-  TextTrajectoryFormat text;                 ///< of those that are text
-  double longestGap = 1.0;                   ///< between records, before it is told [s]
-};
-
 /// Poses of a flight in order of time.
 struct FlightTrajectory {
   std::vector<SbetRecord> records;   ///< times go on beyond the end of the first week

@@ -61,7 +61,7 @@ Json stripOf(const StripTruth& strip) {
           {"attitude", correctionOf("deg", strip.errors.attitude, 1.0 / degree)}};
 }
 
-Json optionsOf(const Options& options) {
+Json optionsOf(const SimulationSettings& options) {
   return {{"seed", options.seed},
           {"points", options.points},
           {"strips", options.strips},
@@ -78,8 +78,8 @@ Json optionsOf(const Options& options) {
 
 }  // namespace
 
-std::string truthText(const Options& options, const Mounting& nominal, const Mounting& real,
-                      const std::vector<StripTruth>& strips) {
+std::string truthText(const SimulationSettings& options, const Mounting& nominal,
+                      const Mounting& real, const std::vector<StripTruth>& strips) {
   Json truth{{"format", "velorn synthetic flight"},
              {"version", 1},
              {"options", optionsOf(options)},

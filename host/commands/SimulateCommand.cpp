@@ -11,9 +11,9 @@
 
 #include <fmt/format.h>
 
-#include "flight/simulation/Simulation.h"
 #include "host/commands/Commands.h"
 #include <velorn/flight/Error.h>
+#include <velorn/flight/Simulate.h>
 
 using namespace Velorn::Flights;
 
@@ -21,7 +21,7 @@ namespace {
 
 struct Call {
   std::string folder, correspondences;
-  Velorn::Flights::Simulation::Options options;
+  SimulationSettings options;
   bool noErrors = false, overwrite = false, quiet = false;
 };
 
@@ -39,13 +39,13 @@ void run(Call call) {
     call.options.correspondences = correspondencesIn(call.correspondences);
   }
   const auto begin = std::chrono::steady_clock::now();
-  const auto tell = [&call](const std::string& line) {
+  Watch watch;
+  watch.message = [&call](const std::string& line) {
     if (call.quiet) return;
     fmt::print("{}\n", line);
     std::fflush(stdout);
   };
-  const auto made =
-      Velorn::Flights::Simulation::simulate(call.folder, call.options, call.overwrite, tell);
+  const auto made = simulate(call.folder, call.options, call.overwrite, watch);
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
   fmt::print(
       "{}: {} strips with {} points, ground truth of {} patches, {} planes; {} files in {:.1f} s\n",

@@ -25,7 +25,7 @@ constexpr const char* raster = "Rasterize";
 constexpr const char* matching = "Match";
 constexpr const char* adjusting = "Adjust";
 
-void addFiles(CLI::App& command, Project& project) {
+void addFiles(CLI::App& command, Velorn::Flights::FlightSettings& project) {
   command
       .add_option("--strips", project.strips,
                   "strip containers; * and ? stand for any letters and any letter")
@@ -45,7 +45,7 @@ void addFiles(CLI::App& command, Project& project) {
       ->capture_default_str();
 }
 
-void addChain(CLI::App& command, Project& project) {
+void addChain(CLI::App& command, Velorn::Flights::FlightSettings& project) {
   command
       .add_option("--steps", project.steps,
                   "what is done: +rasterize +correspondences +optimization +adjustment")
@@ -71,7 +71,7 @@ void addChain(CLI::App& command, Project& project) {
       ->group(chain);
 }
 
-void addRaster(CLI::App& command, Project& project) {
+void addRaster(CLI::App& command, Velorn::Flights::FlightSettings& project) {
   auto& configuration = project.configuration();
   auto& options = project.raster;
   command.add_option("--min-cell-size", configuration.MinCellSize, "smallest raster cell, metres")
@@ -123,7 +123,7 @@ void addRaster(CLI::App& command, Project& project) {
       ->capture_default_str();
 }
 
-void addMatching(CLI::App& command, Project& project) {
+void addMatching(CLI::App& command, Velorn::Flights::FlightSettings& project) {
   auto& configuration = project.configuration();
   auto& options = project.match;
   command
@@ -264,7 +264,7 @@ std::vector<CLI::ConfigItem> itemsOf(const std::filesystem::path& file) {
 
 }  // namespace
 
-ProjectKeys::ProjectKeys(CLI::App& command, Project& project)
+ProjectKeys::ProjectKeys(CLI::App& command, Velorn::Flights::FlightSettings& project)
     : command_(command),
       project_(project),
       pathKeys_{"strips", "trajectory", "ground-truth", "root"} {

@@ -8,7 +8,7 @@
 
 #include "flight/chain/Chain.h"
 #include "flight/report/SummaryText.h"
-#include "flight/strips/Containers.h"
+#include <velorn/flight/Containers.h>
 #include "platform/morvane/Console.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include "tests/flight/simulation/TrueWorld.h"

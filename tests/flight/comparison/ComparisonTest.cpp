@@ -10,7 +10,7 @@
 
 #include "flight/comparison/Comparison.h"
 #include "flight/comparison/TrueWorld.h"
-#include "flight/strips/Containers.h"
+#include <velorn/flight/Containers.h>
 #include "platform/plome/StringList.h"
 #include "tests/flight/simulation/TrueWorld.h"
 #include <velorn/FileContainer.h>

@@ -9,7 +9,7 @@
 #include <random>
 #include <string>
 
-#include "flight/strips/Containers.h"
+#include <velorn/flight/Containers.h>
 #include "flight/surfaces/Rasterize.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"

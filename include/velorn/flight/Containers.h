@@ -1,8 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// Writes the containers of a run from columns in memory, in the layout that docs/kx-format.md
-// describes. Each file is written beside its target and renamed; an existing one is replaced.
+// The containers of a flight as columns in memory, read and written, in the layout that
+// docs/kx-format.md describes. Each file is written beside its target and renamed; an existing one
+// is replaced.
+//
+//     const auto strip = Velorn::Flights::readStrip("strip_1_SA.kx");
+//     for (std::size_t k = 0; k < strip.times.size(); ++k) use(strip.times[k], strip.world[k]);
 #pragma once
 
 #include <cstddef>
@@ -12,14 +16,15 @@
 #include <vector>
 
 #include "platform/geomra/PhysicalSpace.h"
+#include <velorn/flight/Visibility.h>
 
 namespace Velorn::Flights {
 
 using Points = std::vector<Geomra::PhysicalSpace::point>;
 using Vectors = std::vector<Geomra::PhysicalSpace::vector>;
 
-/// The columns of one strip, one entry per point. An empty column becomes no field; the world
-/// positions and the GPS times are always there.
+/// The columns of one strip, one entry per point. An empty column is a field that the container
+/// does not have; the world positions and the GPS times are always there.
 struct StripColumns {
   std::int64_t week = 0;                   ///< GPS week
   Points world;                            ///< (easting, northing, ellipsoidal height) [m]
@@ -54,10 +59,21 @@ struct GroundTruthColumns {
   std::vector<std::uint8_t> classification;
 };
 
-/// Which surface each point of a strip fell on, in the order of the strip's points.
-struct SurfaceColumns {
-  Points positions;                  ///< true places on the surfaces [m]
-  std::vector<std::uint32_t> plane;  ///< number of the plane
+/// The points of correspondences between two strips, or a strip and the ground truth: entry k of
+/// one side corresponds to entry k of the other.
+struct CorrespondenceColumns {
+  /// Of one side; of the ground truth scanner coordinates, times and directions say nothing.
+  struct Side {
+    std::uint32_t week = 0;     ///< GPS week
+    Points world, scanner;      ///< as in a strip [m]
+    std::vector<double> times;  ///< [s of week]
+    Vectors normals;            ///< unit normals of the surface
+    Vectors directions;         ///< from the point to the sensor [m]
+  };
+  Side i, j;
+  bool isGroundTruth = false;  ///< side j is the ground truth
+  std::vector<std::uint8_t>
+      classes;  ///< 10 ground truth, 11 roof, 12 slope, 13 bed points, 14 flat
 };
 
 /// EPSG code of the ellipsoidal heights that belong to a UTM zone: of WGS84 in three dimensions, or
@@ -68,10 +84,17 @@ constexpr std::int64_t ellipsoidalHeightCode(std::uint32_t epsgSpatial) {
 
 /// @throws Error, naming the file: columns of unequal length, a file that cannot be written
 /// @{
-void saveStrip(const std::filesystem::path& file, StripColumns columns);
-void saveTrajectory(const std::filesystem::path& file, TrajectoryColumns columns);
-void saveGroundTruth(const std::filesystem::path& file, GroundTruthColumns columns);
-void saveSurfaces(const std::filesystem::path& file, SurfaceColumns columns);
+VELORN_FLIGHT_EXPORT void saveStrip(const std::filesystem::path& file, StripColumns columns);
+VELORN_FLIGHT_EXPORT void saveTrajectory(const std::filesystem::path& file,
+                                         TrajectoryColumns columns);
+VELORN_FLIGHT_EXPORT void saveGroundTruth(const std::filesystem::path& file,
+                                          GroundTruthColumns columns);
+/// @}
+
+/// @throws Error, naming the file and the field: no container, no such field, one of another type
+/// @{
+VELORN_FLIGHT_EXPORT StripColumns loadStrip(const std::filesystem::path& file);
+VELORN_FLIGHT_EXPORT CorrespondenceColumns loadCorrespondences(const std::filesystem::path& block);
 /// @}
 
 }  // namespace Velorn::Flights

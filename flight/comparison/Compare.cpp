@@ -1,7 +1,5 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include "flight/comparison/Comparison.h"
-
 #include <algorithm>
 #include <array>
 #include <system_error>
@@ -9,10 +7,17 @@
 
 #include <fmt/format.h>
 
+#include "flight/comparison/Globals.h"
+#include "flight/comparison/PairFit.h"
+#include "flight/comparison/WorldErrors.h"
+#include "flight/records/FinishedRun.h"
+#include "flight/records/RunFolder.h"
 #include "flight/strips/AdjustedName.h"
 #include "flight/strips/GridFile.h"
 #include "flight/strips/OrFail.h"
+#include "flight/strips/Watcher.h"
 #include <velorn/InputParameter.h>
+#include <velorn/flight/Compare.h>
 
 namespace Velorn::Flights::Comparison {
 namespace {
@@ -45,10 +50,10 @@ Velorn::Trajectory trajectoryOf(const Truth& truth) {
   return trajectory;
 }
 
-/// The adjusted model, for the strips of the truth in their order.
-class Model {
+/// For the strips of the truth in their order.
+class AdjustedModel {
  public:
-  Model(const Truth& truth, const std::optional<ModelFiles>& files) {
+  AdjustedModel(const Truth& truth, const std::optional<ModelFiles>& files) {
     if (!files) return;
     std::vector<fs::path> strips, unknown;
     for (const TrueStrip& strip : truth.strips) strips.push_back(strip.file);
@@ -159,23 +164,30 @@ WorldReport reportOf(const BeforeAndAfter& errors, const Truth& truth,
   return report;
 }
 
-}  // namespace
+/// What a root holds for a comparison; only the adjusted strips have to be there.
+struct Result {
+  Result(const fs::path& root, const fs::path& folder)
+      : adjusted(folder.empty() ? RunFolder(root).adjusted() : folder),
+        blocks(RunFolder(root).blocks()) {
+    if (RunState::isIn(root)) files = FinishedRun(root).model();
+  }
 
-Report compare(const fs::path& truthFolder, const fs::path& result, const fs::path& adjusted,
-               Kestrum::LoaderProgress& progress) {
-  const Truth truth = readTruth(truthFolder);
-  const auto places = stripsWithResult(truth, adjusted);
-  Report report;
-  report.files = modelFilesOf(result);
+  fs::path adjusted, blocks;
+  std::optional<ModelFiles> files;
+};
+
+ComparisonReport compared(const Truth& truth, const Result& result, Watcher& watcher) {
+  const auto places = stripsWithResult(truth, result.adjusted);
+  ComparisonReport report;
+  report.files = result.files;
   const auto trajectory = trajectoryOf(truth);
-  const Model model(truth, report.files);
-  PairFit fit(truth, result / Velorn::InputParameter().getCorrespondencePath(),
-              namesOf(truth, report.files));
+  const AdjustedModel model(truth, report.files);
+  PairFit fit(truth, result.blocks, namesOf(truth, report.files));
   BeforeAndAfter errors(truth.strips.size());
   ScanShape shape;
   for (std::size_t k = 0; k < places.size(); ++k) {
-    progress.report("comparing", k, places.size());
-    const StripPoints points = pointsOf(truth, places[k], adjusted, trajectory);
+    watcher.report("comparing", k, places.size());
+    const StripPoints points = pointsOf(truth, places[k], result.adjusted, trajectory);
     errors.add(places[k], points, kindsOf(truth, places[k], points.times.size()));
     shape.add(points.scanner);
     fit.addStrip(places[k], points, trajectory, model.parameters());
@@ -191,4 +203,15 @@ Report compare(const fs::path& truthFolder, const fs::path& result, const fs::pa
   return report;
 }
 
+}  // namespace
 }  // namespace Velorn::Flights::Comparison
+
+namespace Velorn::Flights {
+
+ComparisonReport compare(const std::filesystem::path& truth, const std::filesystem::path& result,
+                         const std::filesystem::path& adjusted, const Watch& watch) {
+  Watcher watcher(watch);
+  return Comparison::compared(Comparison::readTruth(truth), {result, adjusted}, watcher);
+}
+
+}  // namespace Velorn::Flights

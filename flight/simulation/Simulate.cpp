@@ -1,7 +1,5 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include "flight/simulation/Simulation.h"
-
 #include <utility>
 #include <vector>
 
@@ -12,10 +10,13 @@
 #include "flight/simulation/OutputFolder.h"
 #include "flight/simulation/Survey.h"
 #include "flight/simulation/TruthFile.h"
-#include "flight/strips/Containers.h"
 #include "flight/strips/OrFail.h"
+#include "flight/strips/Surfaces.h"
+#include "flight/strips/Watcher.h"
 #include "platform/geomra/Degree.h"
 #include "platform/plome/ReplacedFile.h"
+#include <velorn/flight/Containers.h>
+#include <velorn/flight/Simulate.h>
 
 namespace Velorn::Flights::Simulation {
 namespace {
@@ -59,9 +60,9 @@ GroundTruthColumns groundTruthColumns(const std::vector<Patch>& patches, const T
 }
 
 /// The flight with its true and its delivered state.
-class Flight {
+class SimulatedFlight {
  public:
-  explicit Flight(const Options& options)
+  explicit SimulatedFlight(const SimulationSettings& options)
       : options_(options),
         projection_(Projection::UTMfromEPSG(options.epsg)),
         plan_(options),
@@ -77,8 +78,8 @@ class Flight {
     delivered_ = deliveredTrack(truth_, plan_.strips(), errors_);
   }
 
-  Flight(const Flight&) = delete;  // the survey refers to its parts
-  Flight& operator=(const Flight&) = delete;
+  SimulatedFlight(const SimulatedFlight&) = delete;  // the survey refers to its parts
+  SimulatedFlight& operator=(const SimulatedFlight&) = delete;
 
   std::size_t strips() const { return plan_.strips().size(); }
   const Terrain& terrain() const { return terrain_; }
@@ -109,7 +110,7 @@ class Flight {
   void georeference(const std::vector<Echo>& echoes, StripColumns& columns) const;
   static SurfaceColumns surfacesOf(const std::vector<Echo>& echoes);
 
-  Options options_;
+  SimulationSettings options_;
   Projection projection_;
   FlightPlan plan_;
   Terrain terrain_;
@@ -119,7 +120,8 @@ class Flight {
   std::vector<StripErrors> errors_;
 };
 
-StripColumns Flight::stripColumns(const std::vector<Echo>& echoes, std::size_t strip) const {
+StripColumns SimulatedFlight::stripColumns(const std::vector<Echo>& echoes,
+                                           std::size_t strip) const {
   StripColumns columns;
   columns.week = FlightPlan::week;
   columns.returnNumber.assign(echoes.size(), 1);
@@ -137,14 +139,14 @@ StripColumns Flight::stripColumns(const std::vector<Echo>& echoes, std::size_t s
 }
 
 /// World point and direction under the delivered trajectory and the nominal mounting.
-DeliveredPoint Flight::deliver(const Echo& echo) const {
+DeliveredPoint SimulatedFlight::deliver(const Echo& echo) const {
   const Pose pose = delivered_.at(echo.time);
   const Beams beams(pose, nominal_.misalignment, nominal_.leverArm, projection_);
   const point world = beams.world(echo.scanner);
   return {world, pose.position - world};
 }
 
-void Flight::georeference(const std::vector<Echo>& echoes, StripColumns& columns) const {
+void SimulatedFlight::georeference(const std::vector<Echo>& echoes, StripColumns& columns) const {
   columns.world.resize(echoes.size());
   columns.directions.resize(echoes.size());
 #pragma omp parallel for schedule(static)
@@ -155,7 +157,7 @@ void Flight::georeference(const std::vector<Echo>& echoes, StripColumns& columns
   }
 }
 
-SurfaceColumns Flight::surfacesOf(const std::vector<Echo>& echoes) {
+SurfaceColumns SimulatedFlight::surfacesOf(const std::vector<Echo>& echoes) {
   SurfaceColumns columns;
   for (const Echo& echo : echoes) {
     columns.positions.push_back(echo.place);
@@ -169,31 +171,38 @@ void writeText(const std::filesystem::path& file, const std::string& text) {
 }
 
 }  // namespace
+}  // namespace Velorn::Flights::Simulation
 
-Summary simulate(const std::filesystem::path& folder, const Options& options, bool overwrite,
-                 const std::function<void(const std::string&)>& tell) {
+namespace Velorn::Flights {
+
+SimulationReport simulate(const std::filesystem::path& folder, const SimulationSettings& options,
+                          bool overwrite, const Watch& watch) {
+  using namespace Simulation;
   check(options);
-  const Flight flight(options);
+  Watcher watcher(watch);
+  const SimulatedFlight flight(options);
   const auto patches = flight.control();
   OutputFolder out(folder, overwrite);
-  Summary summary{flight.strips(), 0, patches.size(), flight.terrain().planes().size(), 0, 0};
+  SimulationReport summary{
+      flight.strips(), 0, patches.size(), flight.terrain().planes().size(), 0, 0};
   flight.saveTrajectory(out.trajectory());
   saveGroundTruth(out.groundTruth(), groundTruthColumns(patches, flight.terrain()));
   writeText(out.planes(), planesText(flight.terrain()));
   std::vector<StripTruth> strips;
   std::vector<std::vector<Echo>> echoes;
   for (std::size_t i = 0; i < flight.strips(); ++i) {
+    watcher.report("simulating", i, flight.strips());
     auto measured = flight.scan(i);
     strips.push_back(flight.saveStrip(i, measured, out.strip(i), out.planesOfStrip(i)));
     if (options.correspondences > 0) echoes.push_back(std::move(measured));
     summary.points += strips.back().points;
-    tell(fmt::format("{}: {} points", strips.back().file, strips.back().points));
+    watcher.tell(fmt::format("{}: {} points", strips.back().file, strips.back().points));
   }
   if (options.correspondences > 0) {
     const auto deliver = [&](const Echo& echo) { return flight.deliver(echo); };
     summary.correspondences =
         saveCorrespondences({flight.terrain().planes(), patches, echoes, deliver}, options, out);
-    tell(fmt::format("{} correspondences", summary.correspondences));
+    watcher.tell(fmt::format("{} correspondences", summary.correspondences));
   }
   out.removeRemains();
   writeText(out.truth(), flight.truthText(strips));
@@ -201,4 +210,4 @@ Summary simulate(const std::filesystem::path& folder, const Options& options, bo
   return summary;
 }
 
-}  // namespace Velorn::Flights::Simulation
+}  // namespace Velorn::Flights
