@@ -62,7 +62,7 @@ struct Flight {
     configuration.RootPath = folder;
     orThrow(configuration.check());
     NoProgress progress;
-    const auto report = match(configuration, files, {}, nullptr, progress);
+    const auto report = Velorn::Flights::match(configuration, files, {}, nullptr, progress);
     if (report.correspondences == 0) throw std::runtime_error("nothing was found");
   }
 };

@@ -48,8 +48,8 @@ inline std::vector<Geomra::PhysicalSpace::point> truePlaces(const std::filesyste
 }
 
 /// The adjustment of a simulated flight, in its own folder.
-inline AdjustmentJob jobOf(const std::filesystem::path& folder) {
-  AdjustmentJob job;
+inline Velorn::Flights::AdjustmentJob jobOf(const std::filesystem::path& folder) {
+  Velorn::Flights::AdjustmentJob job;
   job.strips = stripsIn(folder);
   job.trajectories = {folder / "trajectory.kx"};
   job.groundTruth = folder / "ground_truth.kx";
@@ -60,15 +60,16 @@ inline AdjustmentJob jobOf(const std::filesystem::path& folder) {
 
 /// The library's own objects of one adjustment.
 struct Library {
-  explicit Library(const AdjustmentJob& job) : configuration(job.configuration) {
+  explicit Library(const Velorn::Flights::AdjustmentJob& job) : configuration(job.configuration) {
     const auto strips = std::make_shared<Plome::StringList>();
     for (const auto& strip : job.strips) strips->add(strip.string());
-    orFail(files.add(strips, job.groundTruth.string(), job.trajectories[0].string()));
+    Velorn::Flights::orFail(
+        files.add(strips, job.groundTruth.string(), job.trajectories[0].string()));
     trajectory = Velorn::Trajectory(files.getTrajectories());
-    orFail(trajectory.importTrajectory());
+    Velorn::Flights::orFail(trajectory.importTrajectory());
     std::filesystem::create_directories(configuration.RootPath / "00_parameter");
     parameters = {files.getStripFiles(), configuration};
-    orFail(parameters.setSections(
+    Velorn::Flights::orFail(parameters.setSections(
         configuration.TypeModel, {}, trajectory.getLeverarm(), trajectory.getMisalignment(),
         "_test.txt", configuration.OverwriteToLinear, configuration.OverwriteToSpline));
   }
@@ -92,9 +93,9 @@ struct Library {
       const auto times = strip.column<double>(Strandel::scannerChartName, "GPSTime");
       std::vector<Geomra::PhysicalSpace::point> world(scanner.size());
       std::vector<Geomra::PhysicalSpace::vector> directions(scanner.size());
-      orFail(Velorn::scanner2world(parameters, trajectory, scanner, times,
-                                   trajectory.timeRanges().begin()->first, i, world, directions,
-                                   0.0, false));
+      Velorn::Flights::orFail(Velorn::scanner2world(parameters, trajectory, scanner, times,
+                                                    trajectory.timeRanges().begin()->first, i,
+                                                    world, directions, 0.0, false));
       error.add(world, truePlaces(folder, strips[i]));
     }
     return error.rms();

@@ -73,7 +73,7 @@ class AdjustedFlight : public testing::Test {
   }
 
   TemporaryFolder folder;
-  Velorn::Flights::Simulation::Options flight;
+  Velorn::Flights::SimulationSettings flight;
   AdjustmentJob job;
 };
 

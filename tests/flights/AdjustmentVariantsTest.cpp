@@ -16,6 +16,8 @@
 #include "adjustment/georef/TrajectoryCorrection.h"
 #include "tests/flights/AdjustedFlight.h"
 
+using namespace Velorn::Flights;
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -72,7 +74,7 @@ class VariantsOfAnAdjustment : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     flightFolder = std::make_unique<TemporaryFolder>();
-    Velorn::Flights::Simulation::Options flight;
+    Velorn::Flights::SimulationSettings flight;
     flight.points = 30'000;
     flight.strips = 2;
     flight.length = 800;
@@ -84,7 +86,7 @@ class VariantsOfAnAdjustment : public testing::Test {
   /// Pairs differ by the noise of two ranges along the beam, so by less where it hits at a slant;
   /// that of the angles adds little.
   static void expectNoiseAlone(const Velorn::PhaseFigures& figures) {
-    const double noise = std::numbers::sqrt2 * Velorn::Flights::Simulation::Options().rangeNoise;
+    const double noise = std::numbers::sqrt2 * Velorn::Flights::SimulationSettings().rangeNoise;
     EXPECT_GT(figures.pairs.moments.rms, 0.7 * noise);
     EXPECT_LT(figures.pairs.moments.rms, noise);
   }
@@ -309,7 +311,7 @@ namespace {
 class OneKindOfErrors : public testing::TestWithParam<std::string_view> {
  protected:
   OneKindOfErrors() {
-    Velorn::Flights::Simulation::Options flight;
+    Velorn::Flights::SimulationSettings flight;
     flight.points = 20'000;
     flight.strips = 2;
     flight.length = 800;

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "flight/exchange/Import.h"
+#include <velorn/flight/Import.h>
 #include "flight/strips/GridFile.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -25,7 +25,7 @@ struct Silent : Kestrum::LoaderProgress {
 
 TEST(LineFlight, HasTheScanLinesOfItsScanner) {
   const TemporaryFolder folder;
-  ImportOptions options;
+  ImportSettings options;
   options.strips = {VELORN_TEST_DATA "/line/points.las"};
   options.trajectory.files = {VELORN_TEST_DATA "/line/sbet.out"};
   options.week = 1600;  // neither file tells it

@@ -14,8 +14,6 @@
 
 using namespace Velorn::Flights;
 
-using Velorn::Flights::LasFile, LasPoint;
-
 namespace {
 
 bool isCopied(const std::filesystem::path& from, const std::filesystem::path& to) {

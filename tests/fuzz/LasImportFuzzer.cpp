@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A LAS file is imported with a sound trajectory, or refused.
-#include "flight/exchange/Import.h"
+#include <velorn/flight/Import.h>
 #include "flight/formats/TrajectoryExport.h"
 #include "platform/morvane/Console.h"
 #include "tests/fuzz/FileInMemory.h"
@@ -35,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   static const Morvane::ConsoleRedirection silence([](std::string_view) {});
   static const bool written = (writeTrajectory(folder / "flight.sbet"), true);
   const FileInMemory las(bytes, size);
-  ImportOptions options;
+  ImportSettings options;
   options.strips = {las.path()};
   options.trajectory.files = {folder / "flight.sbet"};
   options.output = folder / "imported";

@@ -34,7 +34,7 @@ class SmallRun : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     pristine = new TemporaryFolder;
-    Velorn::Flights::Simulation::Options options;
+    Velorn::Flights::SimulationSettings options;
     options.points = 300'000;
     options.strips = 2;
     options.length = 500;
@@ -151,7 +151,7 @@ TEST_F(SeveralRuns, AdjustsAFlightAndSkipsWhatIsDone) {
 }
 
 TEST_F(SeveralRuns, GoesFromCoarseToFineWhereStripsLieFarApart) {
-  Velorn::Flights::Simulation::Options
+  Velorn::Flights::SimulationSettings
       options;  // of one wrong misalignment: 10 m apart where points are 1 m
   options.points = 300'000;
   options.strips = 2;

@@ -8,8 +8,9 @@
 
 #include <gmock/gmock.h>
 
-#include "flight/comparison/Comparison.h"
+#include <velorn/flight/Compare.h>
 #include "flight/comparison/TrueWorld.h"
+#include "flight/strips/OrFail.h"
 #include <velorn/flight/Containers.h>
 #include "platform/plome/StringList.h"
 #include "tests/flight/simulation/TrueWorld.h"
@@ -90,8 +91,8 @@ class Comparing : public testing::Test {
     NoProgress progress;
     try {
       Velorn::Flights::Comparison::compare(truthFolder, result, result / "05_adjusted", progress);
-    } catch (const Error& failure) {
-      return failure.what();
+    } catch (const Error& error) {
+      return error.what();
     }
     return "not refused";
   }

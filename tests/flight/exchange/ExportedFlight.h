@@ -16,8 +16,8 @@
 #include <gmock/gmock.h>
 
 #include "flight/chain/StripsGeoreferencing.h"
-#include "flight/exchange/Export.h"
-#include "flight/exchange/Import.h"
+#include <velorn/flight/Export.h>
+#include <velorn/flight/Import.h>
 #include "flight/formats/LasFile.h"
 #include "flight/formats/TrajectoryExport.h"
 #include "flight/strips/GridFile.h"
@@ -28,13 +28,12 @@
 #include <velorn/Georeferencing.h>
 #include <velorn/flight/Error.h>
 
+using namespace Velorn::Flights;
 namespace fs = std::filesystem;
 using Geomra::PhysicalSpace::point;
 using Geomra::PhysicalSpace::vector;
 using testing::AllOf;
 using testing::HasSubstr;
-using Velorn::Flights::ExportOptions, Velorn::Flights::ExportReport;
-using Velorn::Flights::SbetRecord;
 
 inline constexpr double week = 604800.0;
 inline constexpr std::int64_t weekNumber = 2318;
@@ -98,7 +97,7 @@ class ExportedFlight : public testing::Test {
   }
 
   void import() {
-    Velorn::Flights::ImportOptions from;
+    Velorn::Flights::ImportSettings from;
     from.strips = {folder / "a.las", folder / "b.las"};
     from.trajectory.files = {folder / "flight.sbet"};
     from.output = folder / "flight";
@@ -164,8 +163,8 @@ class ExportedFlight : public testing::Test {
   std::string refusal() {
     try {
       done();
-    } catch (const Error& failure) {
-      return failure.what();
+    } catch (const Error& error) {
+      return error.what();
     }
     return "none";
   }
@@ -188,7 +187,7 @@ class ExportedFlight : public testing::Test {
   Velorn::Flights::ImportReport imported;
   std::vector<double> starts;  // of the sections [s of week]
   ModelFiles model;
-  ExportOptions options;
+  ExportSettings options;
   std::vector<std::string> told;
   Morvane::ConsoleRedirection silence{[](std::string_view) {}};
 };

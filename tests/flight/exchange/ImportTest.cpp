@@ -8,7 +8,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include "flight/exchange/Import.h"
+#include <velorn/flight/Import.h>
 #include "flight/formats/TrajectoryExport.h"
 #include "flight/strips/GridFile.h"
 #include "platform/morvane/Console.h"
@@ -27,8 +27,6 @@ using Geomra::PhysicalSpace::vector;
 using testing::AllOf;
 using testing::Each;
 using testing::HasSubstr;
-using Velorn::Flights::ImportOptions;
-using Velorn::Flights::SbetRecord;
 
 constexpr double week = 604800.0, begin = 407100.0;  // of week 2318
 constexpr double standardBegin = 2318 * week + begin - 1e9;
@@ -85,14 +83,14 @@ class Flight : public testing::Test {
   std::string refusal() {
     try {
       done();
-    } catch (const Error& failure) {
-      return failure.what();
+    } catch (const Error& error) {
+      return error.what();
     }
     return "none";
   }
 
   TemporaryFolder folder;
-  ImportOptions options;
+  ImportSettings options;
   LasSample sample;
   std::vector<std::string> told;
   Morvane::ConsoleRedirection silence{[](std::string_view) {}};

@@ -14,7 +14,6 @@ using namespace Velorn::Flights;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::ThrowsMessage;
-using Velorn::Flights::DelimitedText, numberIn, wordsOf;
 
 TEST(DelimitedText, LinesComeWithoutEndsAndCommentsAndWithTheirNumbers) {
   const TemporaryFolder folder;

@@ -24,7 +24,6 @@ namespace {
 
 using Geomra::PhysicalSpace::point;
 using testing::AllOf, testing::ElementsAre, testing::HasSubstr;
-using Velorn::Flights::copyLas, LasFile, LasPoint;
 
 using Numbers = std::vector<std::uint64_t>;
 
@@ -53,16 +52,16 @@ class LasCopies : public testing::Test {
   std::string refusalOf(const Numbers& numbers, const std::vector<point>& places) {
     try {
       copyLas(source, target, numbers, places);
-    } catch (const Error& failure) {
-      status = failure.kind();
-      return failure.what();
+    } catch (const Error& error) {
+      kind = error.kind();
+      return error.what();
     }
     return "not refused";
   }
 
   TemporaryFolder folder;
   std::filesystem::path source = folder / "strip.las", target = folder / "adjusted.las";
-  int status = 0;
+  std::optional<Error::Kind> kind;
 };
 
 /// A sample with records, waveforms and whatever the version has.
@@ -193,11 +192,11 @@ TEST_F(LasCopies, ThatCannotBeWrittenAreWriteErrors) {
   EXPECT_THAT(refusalOf({0}, {{}}),
               HasSubstr("adjusted.las: cannot be written: " +
                         std::generic_category().message(ENOENT)));  // in the locale's language
-  EXPECT_EQ(status, Error::NoSpace);
+  EXPECT_EQ(kind, Error::NoSpace);
   target = folder.path() / "folder";
   std::filesystem::create_directory(target);
   EXPECT_THAT(refusalOf({0}, {{}}), HasSubstr("is not a regular file"));
-  EXPECT_EQ(status, Error::NoSpace);
+  EXPECT_EQ(kind, Error::NoSpace);
 }
 
 /// No file of this process grows beyond so many bytes while this lives: the disk is full.
@@ -227,13 +226,13 @@ TEST_F(LasCopies, OnAFullDiskLeaveTheTargetAsItWas) {
   writeContent(target, "before");
   const std::size_t size = contentOf(source).size();
   for (const std::size_t room : {std::size_t{100}, std::size_t{20000}, size - 1}) {
-    status = 0;
+    kind.reset();
     const std::string refusal = [&] {
       const FullDisk disk(room);
       return refusalOf(numbers, points);
     }();
     EXPECT_THAT(refusal, HasSubstr("adjusted.las: cannot be written")) << room;
-    EXPECT_EQ(status, Error::NoSpace);
+    EXPECT_EQ(kind, Error::NoSpace);
     EXPECT_EQ(contentOf(target), "before");
   }
   const std::filesystem::directory_iterator files(folder.path());

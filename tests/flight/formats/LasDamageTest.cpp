@@ -14,8 +14,6 @@ using namespace Velorn::Flights;
 
 namespace {
 
-using Velorn::Flights::copyLas, LasFile, LasPoint;
-
 /// Reads a file and writes it again; whatever the bytes, both end with a result or a Error.
 /// @param isCopied  false for reading alone; what is written waits for the disk
 /// @return          false for a Error

@@ -16,7 +16,6 @@ using namespace Velorn::Flights;
 namespace {
 
 using testing::AllOf, testing::Eq, testing::HasSubstr, testing::Optional;
-using Velorn::Flights::LasFile, LasPoint;
 
 std::vector<LasPoint> pointsOf(const LasFile& file) {
   std::vector<LasPoint> all;
@@ -37,8 +36,8 @@ class LasFiles : public testing::Test {
   std::string refusalOf(const std::string& bytes) {
     try {
       written(bytes);
-    } catch (const Error& failure) {
-      return failure.what();
+    } catch (const Error& error) {
+      return error.what();
     }
     return "not refused";
   }

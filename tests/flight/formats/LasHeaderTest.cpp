@@ -14,7 +14,6 @@ using namespace Velorn::Flights;
 namespace {
 
 using testing::AllOf, testing::ElementsAre, testing::HasSubstr;
-using Velorn::Flights::LasHeader, lasHeaderIn;
 
 std::variant<LasHeader, std::string> headerIn(const std::string& bytes) {
   return lasHeaderIn(std::span(bytes).first(std::min<std::size_t>(bytes.size(), 375)),

@@ -10,8 +10,6 @@
 
 using namespace Velorn::Flights;
 
-using Velorn::Flights::gapsLongerThan, inTimeOrder, SbetRecord;
-
 namespace {
 
 /// Records of these times; the height tells the place in the file.

@@ -22,8 +22,6 @@ using std::numbers::pi;
 using testing::AllOf;
 using testing::HasSubstr;
 
-using Velorn::Flights::readSbet, trajectoryColumns, SbetRecord;
-
 namespace {
 
 using Values = std::array<double, 17>;
@@ -54,8 +52,8 @@ std::string reversedValues(std::string bytes) {
 std::string refusalOf(const std::filesystem::path& file) {
   try {
     readSbet(file);
-  } catch (const Error& failure) {
-    return failure.what();
+  } catch (const Error& error) {
+    return error.what();
   }
   return "not refused";
 }

@@ -275,7 +275,7 @@ TEST(TrajectoryExport, WhatCannotBeWrittenLeavesTheOldFile) {
   try {
     writeSbet(folder / "none" / "out", {SbetRecord{}});
     ADD_FAILURE() << "not refused";
-  } catch (const Error& failure) {
-    EXPECT_EQ(failure.kind(), Error::NoSpace);
+  } catch (const Error& error) {
+    EXPECT_EQ(error.kind(), Error::NoSpace);
   }
 }

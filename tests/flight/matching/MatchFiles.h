@@ -9,16 +9,16 @@
 #include <utility>
 #include <vector>
 
+#include "flight/strips/OrFail.h"
 #include "flight/surfaces/MatchPoints.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
-#include <velorn/flight/Error.h>
 
 /// Writes columns into the one grid of a container that may not exist yet.
 class GridEditor {
  public:
   explicit GridEditor(std::filesystem::path file) : file_(std::move(file)) {
-    if (std::filesystem::exists(file_)) orFail(storage().load(file_, bundle_));
+    if (std::filesystem::exists(file_)) Velorn::Flights::orFail(storage().load(file_, bundle_));
     if (bundle_.empty()) bundle_.makeSlice(0.0)->makeGrid("strip");
   }
   static Strandel::MyStorage storage() { return {0, 0, 1, 1}; }
@@ -27,13 +27,13 @@ class GridEditor {
   template <typename T>
   GridEditor& set(const char* field, std::vector<T> values,
                   const char* chart = Strandel::worldChartName) {
-    orFail(grid()
-               .makeChart(chart)
-               ->makeField(field, Strandel::valueTypeOf<T>())
-               ->template setValues<T>({0}, std::move(values)));
+    Velorn::Flights::orFail(grid()
+                                .makeChart(chart)
+                                ->makeField(field, Strandel::valueTypeOf<T>())
+                                ->template setValues<T>({0}, std::move(values)));
     return *this;
   }
-  void save() { orFail(storage().save(bundle_, file_, "wd")); }
+  void save() { Velorn::Flights::orFail(storage().save(bundle_, file_, "wd")); }
 
  private:
   std::filesystem::path file_;

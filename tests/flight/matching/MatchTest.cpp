@@ -8,6 +8,7 @@
 
 #include "flight/matching/Correspondence.h"
 #include "flight/matching/Rejection.h"
+#include "flight/strips/OrFail.h"
 #include "platform/morvane/Console.h"
 #include "tests/flight/matching/MatchedFlight.h"
 #include "tests/flight/simulation/TrueWorld.h"
@@ -18,11 +19,10 @@ namespace {
 
 using Geomra::PhysicalSpace::point;
 using testing::HasSubstr;
-using Velorn::Flights::Funnel, MatchReport, PairReport;
 
 /// Three strips with some three points per square of 4 m, without errors but the noise.
-Velorn::Flights::Simulation::Options denseFlight() {
-  Velorn::Flights::Simulation::Options options;
+Velorn::Flights::SimulationSettings denseFlight() {
+  Velorn::Flights::SimulationSettings options;
   options.points = 40'000;
   options.strips = 2;
   options.length = 500.0;
@@ -66,8 +66,8 @@ bool anyPoint(const point&) {
 std::string thrownBy(const std::function<void()>& work) {
   try {
     work();
-  } catch (const Error& failure) {
-    return failure.what();
+  } catch (const Error& error) {
+    return error.what();
   }
   return {};
 }
@@ -250,9 +250,9 @@ TEST(Match, MarksTheFolderUntilItIsWholeAndRemovesStaleBlocksAlone) {
   try {
     flight.match();
     ADD_FAILURE() << "written into a file";
-  } catch (const Error& failure) {
-    EXPECT_EQ(failure.kind(), Error::NoSpace);
-    EXPECT_THAT(failure.what(), HasSubstr(flight.blocks().string()));
+  } catch (const Error& error) {
+    EXPECT_EQ(error.kind(), Error::NoSpace);
+    EXPECT_THAT(error.what(), HasSubstr(flight.blocks().string()));
   }
 }
 

@@ -25,7 +25,7 @@ class MatchedFlight {
   using point = Geomra::PhysicalSpace::point;
   using vector = Geomra::PhysicalSpace::vector;
 
-  explicit MatchedFlight(const Velorn::Flights::Simulation::Options& simulated)
+  explicit MatchedFlight(const Velorn::Flights::SimulationSettings& simulated)
       : groundTruth(folder / "ground_truth.kx") {
     make(folder.path(), simulated);
     strips = stripsIn(folder.path());
@@ -35,10 +35,11 @@ class MatchedFlight {
     std::filesystem::copy(groundTruth, rasters() / groundTruth.filename());
     const auto names = std::make_shared<Plome::StringList>();
     for (const auto& strip : strips) names->add(strip.string());
-    orFail(files.add(names, groundTruth.string(), (folder / "trajectory.kx").string()));
+    Velorn::Flights::orFail(
+        files.add(names, groundTruth.string(), (folder / "trajectory.kx").string()));
     configuration.RootPath = folder.path();
     configuration.SearchRadius = 4.0;
-    orFail(configuration.check());
+    Velorn::Flights::orFail(configuration.check());
   }
 
   Velorn::Flights::MatchReport match(const Velorn::Flights::Solution* solution = nullptr) {
@@ -54,7 +55,7 @@ class MatchedFlight {
     std::map<std::string, Velorn::CorrespondenceBlock> all;
     for (const auto& entry : std::filesystem::directory_iterator(blocks())) {
       Velorn::CorrespondenceBlock block(entry.path(), configuration.Storage);
-      orFail(block.errorText());
+      Velorn::Flights::orFail(block.errorText());
       all.emplace(entry.path().filename().string(), block);
     }
     return all;

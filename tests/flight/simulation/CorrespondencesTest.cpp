@@ -27,7 +27,7 @@ namespace fs = std::filesystem;
 
 constexpr int groundTruthId = 4;  // of a small flight
 
-Velorn::Flights::Simulation::Options pairedFlight() {
+Velorn::Flights::SimulationSettings pairedFlight() {
   auto options = smallFlight();
   options.correspondences = 3000;
   return options;
@@ -168,8 +168,8 @@ TEST(KnownCorrespondences, AFlightTooSparseForAnAdjustmentIsRefused) {
   try {
     make(folder.path(), options);
     FAIL() << "not refused";
-  } catch (const Error& failure) {
-    EXPECT_THAT(failure.what(), testing::HasSubstr("choose more --points"));
+  } catch (const Error& error) {
+    EXPECT_THAT(error.what(), testing::HasSubstr("choose more --points"));
   }
   EXPECT_FALSE(fs::exists(folder / "03_correspondences"));
   EXPECT_FALSE(fs::exists(folder / "truth.json"));

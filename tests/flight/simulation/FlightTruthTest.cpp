@@ -8,6 +8,7 @@
 
 #include "flight/simulation/FlightPlan.h"
 #include "flight/simulation/SensorChain.h"
+#include "flight/strips/OrFail.h"
 #include "platform/tessaly/PolarCoordinates.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include "tests/flight/simulation/TrueWorld.h"

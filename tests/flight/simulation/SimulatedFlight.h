@@ -10,15 +10,15 @@
 #include <string>
 #include <vector>
 
-#include "flight/simulation/Simulation.h"
+#include <velorn/flight/Simulate.h>
+#include "flight/strips/OrFail.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/support/TemporaryFolder.h"
-#include <velorn/flight/Error.h>
 
 /// Few points, three strips of which one crosses; everything else as by default.
-inline Velorn::Flights::Simulation::Options smallFlight() {
-  Velorn::Flights::Simulation::Options options;
+inline Velorn::Flights::SimulationSettings smallFlight() {
+  Velorn::Flights::SimulationSettings options;
   options.points = 20'000;
   options.strips = 2;
   options.length = 800.0;
@@ -26,7 +26,7 @@ inline Velorn::Flights::Simulation::Options smallFlight() {
 }
 
 inline Velorn::Flights::Simulation::Summary make(
-    const std::filesystem::path& folder, const Velorn::Flights::Simulation::Options& options,
+    const std::filesystem::path& folder, const Velorn::Flights::SimulationSettings& options,
     bool overwrite = false) {
   return Velorn::Flights::Simulation::simulate(folder, options, overwrite,
                                                [](const std::string&) {});
@@ -36,14 +36,14 @@ inline Velorn::Flights::Simulation::Summary make(
 class OneGridFile {
  public:
   explicit OneGridFile(const std::filesystem::path& file) {
-    orFail(Strandel::MyStorage(0, 0, 0, 1).load(file, bundle_));
+    Velorn::Flights::orFail(Strandel::MyStorage(0, 0, 0, 1).load(file, bundle_));
   }
 
   template <typename T>
   std::vector<T> column(const char* chart, const char* field) const {
     const auto read =
         bundle_.slices().at(0)->uniqueGrid()->chart(chart)->field(field)->values<T>({0});
-    orFail(read.error);
+    Velorn::Flights::orFail(read.error);
     return *read.values;
   }
   template <typename T>

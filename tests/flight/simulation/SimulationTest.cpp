@@ -12,6 +12,7 @@
 
 namespace {
 
+using namespace Velorn::Flights;
 using Geomra::PhysicalSpace::point;
 using Geomra::PhysicalSpace::vector;
 namespace fs = std::filesystem;
@@ -27,11 +28,11 @@ std::map<std::string, std::string> filesIn(const fs::path& folder) {
   return files;
 }
 
-std::string failureOf(const fs::path& folder, const Velorn::Flights::Simulation::Options& options) {
+std::string failureOf(const fs::path& folder, const Velorn::Flights::SimulationSettings& options) {
   try {
     make(folder, options);
-  } catch (const Error& failure) {
-    return failure.what();
+  } catch (const Error& error) {
+    return error.what();
   }
   return {};
 }
@@ -143,7 +144,7 @@ TEST(Simulation, OptionsOutOfBoundsAreRefusedByNameBeforeAnythingIsWritten) {
     change(options);
     return failureOf(folder / "flight", options);
   };
-  using Velorn::Flights::Simulation::Options;
+  using Velorn::Flights::SimulationSettings;
   EXPECT_THAT(refused([](Options& o) { o.points = 10; }), HasSubstr("--points"));
   EXPECT_THAT(refused([](Options& o) { o.strips = 1; }), HasSubstr("--strips"));
   EXPECT_THAT(refused([](Options& o) { o.rangeNoise = -0.01; }), HasSubstr("--range-noise"));

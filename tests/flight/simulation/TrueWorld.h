@@ -15,7 +15,7 @@ inline constexpr double degree = std::numbers::pi / 180.0;
 /// The delivered trajectory, as the library reads and interpolates it.
 inline Velorn::Trajectory trajectoryIn(const std::filesystem::path& folder) {
   Velorn::Trajectory trajectory({folder / "trajectory.kx"});
-  orFail(trajectory.importTrajectory());
+  Velorn::Flights::orFail(trajectory.importTrajectory());
   return trajectory;
 }
 

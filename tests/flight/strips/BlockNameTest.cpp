@@ -8,8 +8,6 @@ using namespace Velorn::Flights;
 
 namespace {
 
-using Velorn::Flights::blockNameIn;
-
 TEST(BlockName, IsReadAsItIsWritten) {
   for (const std::string name : {"c0_1.kx", "c12_4294967295.kx", "c0_7_GroundTruth.kx"}) {
     const auto block = blockNameIn(name);

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "flight/strips/OrFail.h"
 #include <velorn/flight/Containers.h>
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
@@ -61,8 +62,8 @@ TEST(Containers, ColumnsOfUnequalLengthAreRefusedAndTheFileStaysAsItWas) {
   try {
     saveStrip(folder / "strip.kx", columns);
     FAIL();
-  } catch (const Error& failure) {
-    EXPECT_THAT(failure.what(), AllOf(HasSubstr("strip.kx"), HasSubstr("Amplitude")));
+  } catch (const Error& error) {
+    EXPECT_THAT(error.what(), AllOf(HasSubstr("strip.kx"), HasSubstr("Amplitude")));
   }
   EXPECT_EQ(contentOf(folder / "strip.kx"), "before");
 }

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "flight/strips/GridFile.h"
+#include "flight/strips/OrFail.h"
 #include "tests/support/TemporaryFolder.h"
 
 using namespace Velorn::Flights;
@@ -13,7 +14,6 @@ namespace {
 
 using Geomra::PhysicalSpace::point;
 using testing::AllOf, testing::HasSubstr;
-using Velorn::Flights::Bare, GridFile;
 
 class Grids : public testing::Test {
  protected:
@@ -29,8 +29,8 @@ class Grids : public testing::Test {
   static std::string refusal(const std::function<void()>& call) {
     try {
       call();
-    } catch (const Error& failure) {
-      return failure.what();
+    } catch (const Error& error) {
+      return error.what();
     }
     return "not refused";
   }

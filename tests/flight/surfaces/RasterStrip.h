@@ -9,12 +9,12 @@
 #include <random>
 #include <string>
 
+#include "flight/strips/OrFail.h"
 #include <velorn/flight/Containers.h>
 #include "flight/surfaces/Rasterize.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/support/TemporaryFolder.h"
-#include <velorn/flight/Error.h>
 
 /// 3600 points, half a metre apart.
 inline Velorn::Flights::StripColumns rasterStrip() {
@@ -47,7 +47,7 @@ struct Quiet : Kestrum::LoaderProgress {
 inline Velorn::InputParameter rasterConfiguration(const std::string& selection = "") {
   Velorn::InputParameter configuration;
   configuration.SelectionStr = selection;
-  orFail(configuration.check());
+  Velorn::Flights::orFail(configuration.check());
   return configuration;
 }
 
@@ -59,11 +59,12 @@ inline Velorn::Flights::RasterCounts rasterize(
 }
 
 /// The message of a call that must be refused.
-inline std::string refusalOf(const std::function<void()>& call, int status = Error::BadInput) {
+inline std::string refusalOf(const std::function<void()>& call,
+                             Velorn::Flights::Error::Kind kind = Velorn::Flights::Error::BadInput) {
   try {
     call();
-  } catch (const Error& failure) {
-    return failure.kind() == status ? failure.what() : "another exit status";
+  } catch (const Velorn::Flights::Error& error) {
+    return error.kind() == kind ? error.what() : "another kind of error";
   }
   return "not refused";
 }
@@ -73,7 +74,7 @@ inline void change(const std::filesystem::path& file,
                    const std::function<void(Strandel::Grid&)>& action) {
   const Strandel::MyStorage storage(0, 0, 0, 1);
   Strandel::Bundle bundle;
-  orFail(storage.load(file, bundle));
+  Velorn::Flights::orFail(storage.load(file, bundle));
   action(*bundle.slices().at(0)->uniqueGrid());
-  orFail(storage.save(bundle, file, "wd"));
+  Velorn::Flights::orFail(storage.save(bundle, file, "wd"));
 }

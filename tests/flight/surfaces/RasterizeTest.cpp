@@ -8,6 +8,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "flight/strips/OrFail.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include "tests/flight/surfaces/RasterStrip.h"
 #include <velorn/DataBlock.h>
@@ -284,7 +285,7 @@ TEST_F(Rasterize, ThatIsInterruptedLeavesTheStripAsItIs) {
 }
 
 TEST(RasterCheck, NamesTheSettingBeyondSense) {
-  const auto refused = [](RasterOptions options) {
+  const auto refused = [](RasterSettings options) {
     return refusalOf([&] { check(rasterConfiguration(), options); }, Error::BadSettings);
   };
   EXPECT_THAT(refused({.neighbours = 5}),

@@ -47,7 +47,7 @@ Shares sharesOf(const std::filesystem::path& folder, const std::string& strip) {
 
 TEST(RasterizedFlight, HasTheClassesAndNormalsOfItsPlanes) {
   const TemporaryFolder folder;
-  Velorn::Flights::Simulation::Options options = smallFlight();
+  Velorn::Flights::SimulationSettings options = smallFlight();
   options.points = 200'000;
   options.height = 150.0;  // half a point per square metre
   make(folder.path(), options);

@@ -14,7 +14,6 @@ using namespace Velorn::Flights;
 namespace {
 
 using testing::ElementsAre, testing::HasSubstr;
-using Velorn::Flights::Selection;
 
 bool selects(const std::string& text, const std::vector<double>& values) {
   return Selection(text).selects(values);
@@ -23,9 +22,9 @@ bool selects(const std::string& text, const std::vector<double>& values) {
 std::string faultOf(const std::string& text) {
   try {
     const Selection parsed(text);
-  } catch (const Error& failure) {
-    EXPECT_EQ(failure.kind(), Error::BadSettings);
-    return failure.what();
+  } catch (const Error& error) {
+    EXPECT_EQ(error.kind(), Error::BadSettings);
+    return error.what();
   }
   return {};
 }

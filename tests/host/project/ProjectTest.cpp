@@ -168,7 +168,7 @@ TEST_F(ProjectFile, AsItIsWrittenReadsBackAlsoWithEveryDefaultAndExampleUncommen
   writeContent(file(), uncommented);
   keys.read(file());
   EXPECT_EQ(project.configuration().CellSizeWeights, Model().configuration.CellSizeWeights);
-  EXPECT_EQ(project.raster.neighbours, RasterOptions().neighbours);
+  EXPECT_EQ(project.raster.neighbours, RasterSettings().neighbours);
 }
 
 }  // namespace
