@@ -67,7 +67,7 @@ std::string CeresOptimization::run() {
   }
   solved = true;
   warnOfResidualRatio();
-  solverParameters.writeParameterFile(inputParameter.FileSuffix);
+  solverParameters.saveParameterFile(inputParameter.FileSuffix);
   writeStatus("03_SolverStatus.txt", fullReport);
   return computeStatistics(outcome);
 }
