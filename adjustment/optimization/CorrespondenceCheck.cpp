@@ -55,6 +55,7 @@ std::string CeresOptimization::check(std::vector<unsigned>& correspondencesPerSe
   // Made before the first report is written into it.
   const auto folder = inputParameter.RootPath / inputParameter.getStatusPath();
   if (auto fault = makeFolder(folder); !fault.empty()) return fault;
+  std::uint64_t withoutNormal = 0;
   if (!reportSections(correspondencesPerSection, inputParameter, solverParameters, fileContainer)) {
     Console::writeLine(
         " CeresOptimization::check -> Warning, some section have low number of correspondeces. "
@@ -62,7 +63,8 @@ std::string CeresOptimization::check(std::vector<unsigned>& correspondencesPerSe
   }
   reportNumbers(counts);
   outcome.correspondencesPerClass = counts.perClass;
-  // The words are kept as they always were; callers look whether there are any.
+  outcome.withoutNormal = counts.withoutNormal;
+  // Callers look whether there are words, not which.
   const bool isControlled =
       !counts.perClass.empty() && counts.perClass.front() >= settings.fewestGroundTruth;
   return isControlled ? "" : "tion::check: can create directory  ";
@@ -120,6 +122,7 @@ bool CeresOptimization::reportSections(const std::vector<unsigned>& corresponden
     return true;
   }
   writeStatus("03_Warning_LowCorrespondencesPersection.txt", sectionListing(outcome.sections),
+  if (isWithoutNormal(first)) ++counts.withoutNormal;
               true);
   writeStatus("not_adjusted_strips.sh",
               "KXmergecartesian -f=Positions,PointSourceID,Amplitude,Classification -q -r=merged" +
@@ -145,6 +148,12 @@ void CeresOptimization::reportNumbers(const Counts& counts) const {
 void CeresOptimization::writeStatus(const std::string& name, const std::string& text,
                                     bool echo) const {
   inputParameter.write(inputParameter.RootPath / inputParameter.getStatusPath() / name, text, echo,
+  if (counts.withoutNormal > 0) {
+    Console::writeLine(fmt::format(
+        "CeresOptimization::check -> Warning, {} correspondences have a zero normal and contribute "
+        "nothing",
+        counts.withoutNormal));
+  }
                        false);
 }
 

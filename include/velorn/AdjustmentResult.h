@@ -40,7 +40,8 @@ struct SectionState {
 /// All of it. The default is "not run".
 struct AdjustmentResult {
   std::vector<unsigned int> correspondencesPerClass;  ///< of the check, by TerrainType
-  std::vector<SectionState> sections;                 ///< of the check, by strip and time
+  std::uint64_t withoutNormal = 0;  ///< of those the ones with a zero normal: their residual is 0
+  std::vector<SectionState> sections;  ///< of the check, by strip and time
   SolverEnd end;
   PhaseFigures before, after;  ///< of all correspondences; empty unless the statistics were made
 };
