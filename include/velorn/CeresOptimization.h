@@ -98,6 +98,7 @@ class VELORN_EXPORT CeresOptimization : public Kestrum::ReferenceBase<CeresOptim
   const FileContainer& fileContainer;
   bool solved = false;
   AdjustmentResult outcome;
+  void removeStatus(const std::string& name) const;
 };
 
 }  // namespace Velorn
