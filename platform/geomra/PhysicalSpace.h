@@ -53,6 +53,9 @@ struct VELORN_PLATFORM_EXPORT point {
 inline bool isFinite(const point& p) {
   return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
+inline bool isFinite(const vector& v) {
+  return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
 
 /// Scalar product.
 constexpr double dot(const vector& a, const vector& b) {
