@@ -143,7 +143,8 @@ class Adjustment {
       : input_(input),
         configuration_(input.configuration),
         files_(listOfFiles(input)),
-        trajectory_(files_.getTrajectories()) {
+        trajectory_(files_.getTrajectories()),
+        watcher_(watcher) {
     configuration_.CorrespondencePath = fs::absolute(input.correspondences);
     configuration_.progress = watcher;
   }
@@ -168,8 +169,12 @@ class Adjustment {
   AdjustmentReport run() {
     Velorn::CeresOptimization optimization(parameters_, trajectory_, configuration_, files_);
     optimization.settings = input_.settings;
+    optimization.settings.isCancelled = [this] { return watcher_->isCancelled(); };
     const std::string fault = solve(optimization);
     const auto& result = optimization.result();
+    if (result.end.isCancelled()) {
+      throw Error("cancelled while the solver was at work", Error::Interrupted);
+    }
     if (!result.end.hasRun()) throw refusal(fault, input_, result);
     if (!optimization.failed()) {
       orFail(fault);
@@ -210,6 +215,7 @@ class Adjustment {
   Velorn::FileContainer files_;
   Velorn::Trajectory trajectory_;
   Velorn::SolverParameters parameters_;
+  std::shared_ptr<Watcher> watcher_;
 };
 
 }  // namespace
