@@ -90,7 +90,6 @@ void addMounting(CLI::App& command, ImportCall& call) {
 
 /// Of trajectories that are text.
 void addText(CLI::App& command, TextTrajectoryFormat& format) {
-  using Velorn::Flights::AngleUnit, NorthReference;
   const std::map<std::string, AngleUnit> units{{"degrees", AngleUnit::Degrees},
                                                {"radians", AngleUnit::Radians}};
   command
