@@ -13,6 +13,7 @@
 
 #include "host/ExitStatus.h"
 #include "host/KeptMemory.h"
+#include "host/commandline/Misuse.h"
 #include "host/commands/Commands.h"
 #include "host/terminal/Interruption.h"
 #include "platform/morvane/Console.h"
@@ -59,7 +60,9 @@ int run(int argc, char** argv) {
     app.parse(argc, argv);
     if (!app.get_subcommands().empty()) return 0;
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : misuse;
+    const bool wasAnswered = error.get_exit_code() == 0;  // --help, --version
+    if (!wasAnswered) throw Error(CommandLine::misuseText(app, error), Error::BadSettings);
+    return app.exit(error);
   }
   std::cerr << app.help();
   return misuse;
