@@ -101,7 +101,7 @@ TEST_F(ProjectFile, IsRefusedByTheNameOfItsKey) {
   const std::string good = goodFiles;
   EXPECT_EQ(refusal(good), "none");
   const std::pair<const char*, const char*> faults[] = {
-      {"serch-radius = 3", "flight.velorn: serch-radius: no such key"},
+      {"serch-radius = 3", "flight.velorn: serch-radius: no such key; did you mean search-radius?"},
       {"force = true", "force: no such key"},
       {"search-radius = wide", "search-radius = wide: "},
       {"search-radius = -1", "search-radius = -1: "},
