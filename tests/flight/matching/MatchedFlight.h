@@ -12,13 +12,10 @@
 #include <utility>
 
 #include "flight/matching/Match.h"
+#include "flight/strips/Watcher.h"
 #include "tests/flight/matching/MatchFiles.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include <velorn/CorrespondenceBlock.h>
-
-struct NoProgress final : Kestrum::LoaderProgress {
-  void report(const std::string&, std::size_t, std::size_t) override {}
-};
 
 class MatchedFlight {
  public:
@@ -43,8 +40,8 @@ class MatchedFlight {
   }
 
   Velorn::Flights::MatchReport match(const Velorn::Flights::Solution* solution = nullptr) {
-    NoProgress progress;
-    return Velorn::Flights::match(configuration, files, options, solution, progress);
+    Velorn::Flights::Watcher silent{{}};
+    return Velorn::Flights::match(configuration, files, options, solution, silent);
   }
 
   std::filesystem::path rasters() const { return folder / "02_raster"; }

@@ -10,11 +10,11 @@
 #include <string>
 #include <vector>
 
-#include <velorn/flight/Simulate.h>
 #include "flight/strips/OrFail.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/support/TemporaryFolder.h"
+#include <velorn/flight/Simulate.h>
 
 /// Few points, three strips of which one crosses; everything else as by default.
 inline Velorn::Flights::SimulationSettings smallFlight() {
@@ -25,11 +25,10 @@ inline Velorn::Flights::SimulationSettings smallFlight() {
   return options;
 }
 
-inline Velorn::Flights::Simulation::Summary make(
-    const std::filesystem::path& folder, const Velorn::Flights::SimulationSettings& options,
-    bool overwrite = false) {
-  return Velorn::Flights::Simulation::simulate(folder, options, overwrite,
-                                               [](const std::string&) {});
+inline Velorn::Flights::SimulationReport make(const std::filesystem::path& folder,
+                                              const Velorn::Flights::SimulationSettings& settings,
+                                              bool overwrite = false) {
+  return Velorn::Flights::simulate(folder, settings, overwrite, {});
 }
 
 /// The single grid of a container; throws the message when it cannot be read.

@@ -144,7 +144,7 @@ TEST(Simulation, OptionsOutOfBoundsAreRefusedByNameBeforeAnythingIsWritten) {
     change(options);
     return failureOf(folder / "flight", options);
   };
-  using Velorn::Flights::SimulationSettings;
+  using Options = SimulationSettings;
   EXPECT_THAT(refused([](Options& o) { o.points = 10; }), HasSubstr("--points"));
   EXPECT_THAT(refused([](Options& o) { o.strips = 1; }), HasSubstr("--strips"));
   EXPECT_THAT(refused([](Options& o) { o.rangeNoise = -0.01; }), HasSubstr("--range-noise"));
