@@ -18,14 +18,11 @@
 #include "flight/matching/Match.h"
 #include "host/KeptMemory.h"
 #include "tests/flight/matching/MatchFiles.h"
+#include "tests/support/NoProgress.h"
 
 using namespace Velorn::Flights;
 
 namespace {
-
-struct NoProgress final : Kestrum::LoaderProgress {
-  void report(const std::string&, std::size_t, std::size_t) override {}
-};
 
 /// A folder with two strips and their rasters, which goes with the program.
 struct Flight {

@@ -20,6 +20,7 @@
 #include <velorn/flight/Containers.h>
 #include "flight/surfaces/Rasterize.h"
 #include "host/KeptMemory.h"
+#include "tests/support/NoProgress.h"
 
 using namespace Velorn::Flights;
 
@@ -35,11 +36,6 @@ struct Folder {
   }
   Folder(const Folder&) = delete;
   Folder& operator=(const Folder&) = delete;
-};
-
-struct Silent : Kestrum::LoaderProgress {
-  void report(const std::string& /*text*/, std::size_t /*current*/,
-              std::size_t /*total*/) override {}
 };
 
 void makeStrip(const std::filesystem::path& file, std::size_t points) {
@@ -59,7 +55,7 @@ void makeStrip(const std::filesystem::path& file, std::size_t points) {
 
 void rasterize(const std::filesystem::path& folder, const std::string& selection) {
   keepFreedMemory();
-  Silent progress;
+  NoProgress progress;
   Velorn::InputParameter configuration;
   configuration.SelectionStr = selection;
   orThrow(configuration.check());

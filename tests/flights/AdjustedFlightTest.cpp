@@ -8,6 +8,7 @@
 #include "flight/chain/StripsGeoreferencing.h"
 #include "tests/flight/simulation/TrueWorld.h"
 #include "tests/flights/AdjustedFlight.h"
+#include "tests/support/NoProgress.h"
 
 using namespace Velorn::Flights;
 
@@ -23,11 +24,6 @@ constexpr std::uint64_t correspondences = 2'000;
 constexpr int fullRun = 100;
 constexpr std::uint64_t correspondences = 8'000;
 #endif
-
-struct Silent : Kestrum::LoaderProgress {
-  void report(const std::string& /*text*/, std::size_t /*current*/,
-              std::size_t /*total*/) override {}
-};
 
 class AdjustedFlight : public testing::Test {
  protected:
@@ -45,7 +41,7 @@ class AdjustedFlight : public testing::Test {
 
   AdjustmentOutcome adjusted() {
     checkJob(job);
-    return adjust(job, std::make_shared<Silent>());
+    return adjust(job, std::make_shared<NoProgress>());
   }
 
   /// Of the strips georeferenced with the files of the adjustment, against where the same noisy
@@ -60,7 +56,7 @@ class AdjustedFlight : public testing::Test {
     georeferencing.sections = folder / "00_parameter" / ("Sections" + suffix);
     georeferencing.parameters = folder / "00_parameter" / ("Parameter" + suffix);
     georeferencing.stripIds = folder / "00_parameter" / ("StripID" + suffix);
-    Silent progress;
+    NoProgress progress;
     checkJob(georeferencing);
     runJob(georeferencing, progress, [](const std::string& text) { ADD_FAILURE() << text; });
     WorldError error;

@@ -6,18 +6,13 @@
 
 #include "flight/chain/StripsGeoreferencing.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
+#include "tests/support/NoProgress.h"
 
 using namespace Velorn::Flights;
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 
 namespace {
-
-struct Silent : Kestrum::LoaderProgress {
-  void report(const std::string& /*text*/, std::size_t /*current*/,
-              std::size_t /*total*/) override {}
-};
 
 double farthestApart(const std::vector<point>& a, const std::vector<point>& b) {
   double squared = a.size() == b.size() ? 0.0 : 1e9;
@@ -36,7 +31,7 @@ TEST(GeoreferencedFlight, HasTheSimulatorsWorldPointsAndGoesBackToItsMeasurement
   job.strips = stripsIn(folder.path());
   job.trajectories = {folder / "trajectory.kx"};
   job.outputFolder = folder / "out";
-  Silent progress;
+  NoProgress progress;
   std::string messages;
   const auto run = [&] {
     checkJob(job);

@@ -6,17 +6,13 @@
 #include "flight/formats/TrajectoryExport.h"
 #include "platform/morvane/Console.h"
 #include "tests/fuzz/FileInMemory.h"
+#include "tests/support/NoProgress.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 
 namespace {
-
-struct Silent : Kestrum::LoaderProgress {
-  void report(const std::string& /*text*/, std::size_t /*current*/,
-              std::size_t /*total*/) override {}
-};
 
 /// Ten seconds over the middle of zone 32, as the files of the corpus have them.
 void writeTrajectory(const std::filesystem::path& file) {
@@ -41,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   options.output = folder / "imported";
   options.leverArm = {0.1, -0.2, 0.3};
   options.misalignment = {0.1, 0.2, -0.3};
-  Silent progress;
+  NoProgress progress;
   try {
     importFlight(options, progress, [](const std::string&) {});
   } catch (const Error&) {

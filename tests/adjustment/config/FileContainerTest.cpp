@@ -4,15 +4,13 @@
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/morvane/Console.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/FileContainer.h>
 
 namespace fs = std::filesystem;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using testing::ElementsAre, testing::IsEmpty;
 using Velorn::FileContainer;
 
 namespace {

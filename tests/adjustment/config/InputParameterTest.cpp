@@ -5,18 +5,13 @@
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/morvane/Console.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/InputParameter.h>
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::MatchesRegex;
-using testing::StartsWith;
-using testing::ThrowsMessage;
+using testing::ElementsAre, testing::HasSubstr, testing::IsEmpty, testing::MatchesRegex,
+    testing::StartsWith, testing::ThrowsMessage;
 using Velorn::InputParameter;
 
 namespace {

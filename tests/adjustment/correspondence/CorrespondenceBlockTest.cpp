@@ -4,21 +4,15 @@
 #include <random>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/morvane/Console.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/CorrespondenceBlock.h>
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using Strandel::Bundle;
-using Strandel::Grid;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::StartsWith;
-using Velorn::CorrespondenceBlock;
-using Velorn::SphericalBeing;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using Strandel::Bundle, Strandel::Grid;
+using testing::ElementsAre, testing::HasSubstr, testing::StartsWith;
+using Velorn::CorrespondenceBlock, Velorn::SphericalBeing;
 
 namespace {
 

@@ -3,19 +3,14 @@
 #include <functional>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/morvane/Console.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/DataBlock.h>
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using Strandel::FragmentId;
-using Strandel::ValueType;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using Strandel::FragmentId, Strandel::ValueType;
+using testing::ElementsAre, testing::IsEmpty, testing::SizeIs;
 using Velorn::DataBlock;
 
 namespace {

@@ -12,11 +12,9 @@
 #include "platform/morvane/Console.h"
 #include "tests/adjustment/georef/StripOfPoints.h"
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 using testing::HasSubstr;
-using Velorn::SolverParameters;
-using Velorn::Trajectory;
+using Velorn::SolverParameters, Velorn::Trajectory;
 
 namespace {
 

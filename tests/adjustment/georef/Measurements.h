@@ -11,6 +11,7 @@
 #include <random>
 
 #include "adjustment/georef/SensorModel.h"
+#include "platform/geomra/Degree.h"
 #include "tests/adjustment/georef/ExactModel.h"
 
 /// A measurement with unknowns, in doubles; the exact twin takes the very same numbers.
@@ -55,7 +56,7 @@ class RandomCases {
     Case c;
     c.zone = Tessaly::TransverseMercatorProjectionParameter::UTMfromEPSG(
         between(0, 1) < 0.5 ? 32632 : 25833);
-    const double degree = std::numbers::pi / 180, latitude = between(0, 84) * degree;
+    const double degree = Geomra::degree, latitude = between(0, 84) * degree;
     const double longitude = c.zone.getCentralMeridian() + between(-3.5, 3.5) * degree;
     const double range = std::exp(between(std::log(20.0), std::log(5000.0)));
     const auto p = Tessaly::transverseMercatorProjection(

@@ -4,7 +4,6 @@
 
 #include <ceres/jet.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "adjustment/georef/SensorModel.h"
 #include "tests/adjustment/georef/Measurements.h"

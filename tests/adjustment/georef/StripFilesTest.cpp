@@ -17,9 +17,7 @@
 #include "tests/platform/strandel/Processes.h"
 
 using namespace Strandel;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
+using testing::Contains, testing::ElementsAre, testing::HasSubstr;
 namespace fs = std::filesystem;
 
 namespace {

@@ -12,7 +12,6 @@
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/morvane/Console.h"
 #include "platform/strandel/Bundle.h"

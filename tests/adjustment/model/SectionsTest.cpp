@@ -10,13 +10,8 @@
 #include "tests/adjustment/model/Strips.h"
 
 using Strandel::ValueType;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::StartsWith;
-using Velorn::Sec_Type;
-using Velorn::Section;
-using Velorn::SolverParameters;
+using testing::ElementsAre, testing::HasSubstr, testing::IsEmpty, testing::StartsWith;
+using Velorn::Sec_Type, Velorn::Section, Velorn::SolverParameters;
 
 namespace {
 

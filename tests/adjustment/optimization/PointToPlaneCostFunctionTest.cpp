@@ -10,12 +10,8 @@
 #include "adjustment/optimization/PointToPlaneCostFunction.h"
 #include "tests/adjustment/georef/StripOfPoints.h"
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using Velorn::pointToPlaneCostFunction;
-using Velorn::Sec_Type;
-using Velorn::Section;
-using Velorn::SphericalBeing;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using Velorn::pointToPlaneCostFunction, Velorn::Sec_Type, Velorn::Section, Velorn::SphericalBeing;
 
 namespace {
 

@@ -9,7 +9,6 @@
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "adjustment/statistics/AdjustmentStatistic.h"
 #include "platform/morvane/Console.h"
@@ -17,14 +16,9 @@
 #include "tests/support/TemporaryFolder.h"
 
 namespace fs = std::filesystem;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using Velorn::AdjustmentStatistic;
-using Velorn::CorrespondenceBlock;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::AllOf, testing::ElementsAre, testing::HasSubstr, testing::IsEmpty;
+using Velorn::AdjustmentStatistic, Velorn::CorrespondenceBlock;
 
 namespace {
 

@@ -7,7 +7,6 @@
 #include <random>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "adjustment/trajectory/TimeIndex.h"
 

@@ -14,6 +14,7 @@
 #include "flight/strips/OrFail.h"
 #include "platform/plome/StringList.h"
 #include "tests/flight/simulation/TrueWorld.h"
+#include "tests/support/Refusal.h"
 #include <velorn/CorrespondenceBlock.h>
 #include <velorn/FileContainer.h>
 #include <velorn/SolverParameters.h>
@@ -24,10 +25,8 @@
 using namespace Velorn::Flights;
 
 namespace fs = std::filesystem;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::AllOf;
-using testing::HasSubstr;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::AllOf, testing::HasSubstr;
 
 namespace {
 
@@ -84,13 +83,8 @@ class Comparing : public testing::Test {
 
   ComparisonReport compared() const { return compare(flight, run.path(), {}, {}); }
 
-  static std::string refusal(const fs::path& truthFolder, const fs::path& result) {
-    try {
-      compare(truthFolder, result, {}, {});
-    } catch (const Error& error) {
-      return error.what();
-    }
-    return "not refused";
+  std::string refusal(const fs::path& truthFolder, const fs::path& result) const {
+    return refusalOf([&] { compare(truthFolder, result, {}, {}); });
   }
 
   inline static TemporaryFolder* flightFolder = nullptr;

@@ -12,8 +12,7 @@
 
 using namespace Velorn::Flights;
 
-using Velorn::Flights::Comparison::Points;
-using Velorn::Flights::Comparison::Truth;
+using Velorn::Flights::Comparison::Points, Velorn::Flights::Comparison::Truth;
 
 namespace {
 
@@ -38,7 +37,7 @@ class SeparableSums : public testing::Test {
   }
 
   /// Root mean square of how far another mounting moves the points [m].
-  double movement(const Velorn::Flights::Simulation::Mounting& mounting) const {
+  double movement(const Velorn::Flights::Simulation::MountingValues& mounting) const {
     Truth other = truth;
     other.real = mounting;
     double squares = 0.0, number = 0.0;
@@ -56,7 +55,7 @@ class SeparableSums : public testing::Test {
     return std::sqrt(squares / number);
   }
 
-  double sum(const Velorn::Flights::Simulation::Mounting& mounting, std::size_t axis) const {
+  double sum(const Velorn::Flights::Simulation::MountingValues& mounting, std::size_t axis) const {
     Truth other = truth;
     other.real = mounting;
     return Velorn::Flights::Comparison::separableSums(other, shape, model).at(axis).real;
@@ -66,7 +65,7 @@ class SeparableSums : public testing::Test {
   template <typename Change>
   void expectSame(int axis, const Change& undo) const {
     constexpr double turn = 0.01 * degree;
-    Velorn::Flights::Simulation::Mounting turned = truth.real, undone = truth.real;
+    Velorn::Flights::Simulation::MountingValues turned = truth.real, undone = truth.real;
     turned.misalignment[axis] += turn;
     undone.misalignment[axis] += turn;
     undo(undone, turn);

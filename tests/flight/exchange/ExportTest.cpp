@@ -77,7 +77,7 @@ TEST_F(ExportedFlight, IsRefusedWithoutItsSourcesAndLeavesThemAlone) {
                                HasSubstr("--source-folder")));
   EXPECT_FALSE(fs::exists(options.output));
   options.sourceFolder = folder / "moved";
-  EXPECT_EQ(refusal(), "none");
+  EXPECT_EQ(refusal(), "not refused");
   options.overwrite = false;
   EXPECT_THAT(refusal(), HasSubstr("--overwrite"));
   fs::remove(options.output / "a.las");
@@ -105,7 +105,7 @@ TEST_F(ExportedFlight, IsRefusedForPointsThatAreNotThoseOfItsSource) {
   saveLas("a.las", 1.01);
   EXPECT_THAT(refusal(), HasSubstr("point 3, counted from 0, of"));
   saveLas("a.las", 1.0);
-  EXPECT_EQ(refusal(), "none");
+  EXPECT_EQ(refusal(), "not refused");
   EXPECT_EQ(Velorn::Flights::LasFile(options.output / "made.las").header().count, 2U);
 }
 

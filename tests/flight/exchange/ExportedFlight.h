@@ -24,27 +24,21 @@
 #include "platform/morvane/Console.h"
 #include "platform/tessaly/TransverseMercator.h"
 #include "tests/support/LasBytes.h"
+#include "tests/support/NoProgress.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
-#include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 namespace fs = std::filesystem;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::AllOf;
-using testing::HasSubstr;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::AllOf, testing::HasSubstr;
 
 inline constexpr double week = 604800.0;
 inline constexpr std::int64_t weekNumber = 2318;
 inline constexpr std::array<double, 12> globals{0,     0,      0,     0,   0,    0,
                                                 0.001, -0.002, 0.003, 0.1, -0.2, 0.3};
 inline constexpr point leverArm{globals[9], globals[10], globals[11]};
-
-struct Silent : Kestrum::LoaderProgress {
-  void report(const std::string& /*text*/, std::size_t /*current*/,
-              std::size_t /*total*/) override {}
-};
 
 inline double length(const vector& v) {
   return std::hypot(v.x, v.y, v.z);
@@ -101,7 +95,7 @@ class ExportedFlight : public testing::Test {
     from.strips = {folder / "a.las", folder / "b.las"};
     from.trajectory.files = {folder / "flight.sbet"};
     from.output = folder / "flight";
-    Silent silent;
+    NoProgress silent;
     imported = importFlight(from, silent, [](const std::string&) {});
   }
 
@@ -145,7 +139,7 @@ class ExportedFlight : public testing::Test {
     job.parameters = model.parameters;
     job.stripIds = model.stripIds;
     checkJob(job);
-    Silent silent;
+    NoProgress silent;
     EXPECT_EQ(runJob(job, silent, [](const auto&) {}).faults, 0U);
   }
 
@@ -156,17 +150,12 @@ class ExportedFlight : public testing::Test {
 
   ExportReport done() {
     told.clear();
-    Silent silent;
+    NoProgress silent;
     return exportFlight(options, silent, [this](const auto& line) { told.push_back(line); });
   }
 
-  std::string refusal() {
-    try {
-      done();
-    } catch (const Error& error) {
-      return error.what();
-    }
-    return "none";
+  std::string refusal(Error::Kind kind = Error::BadInput) {
+    return refusalOf([this] { done(); }, kind);
   }
 
   /// A strip of points with these numbers in a source.

@@ -13,28 +13,21 @@
 #include "flight/strips/GridFile.h"
 #include "platform/morvane/Console.h"
 #include "tests/support/LasBytes.h"
+#include "tests/support/NoProgress.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
-#include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 
 namespace {
 
 namespace fs = std::filesystem;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::AllOf;
-using testing::Each;
-using testing::HasSubstr;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::AllOf, testing::Each, testing::HasSubstr;
 
 constexpr double week = 604800.0, begin = 407100.0;  // of week 2318
 constexpr double standardBegin = 2318 * week + begin - 1e9;
-
-struct Silent : Kestrum::LoaderProgress {
-  void report(const std::string& /*text*/, std::size_t /*current*/,
-              std::size_t /*total*/) override {}
-};
 
 double length(const vector& v) {
   return std::hypot(v.x, v.y, v.z);
@@ -75,18 +68,13 @@ class Flight : public testing::Test {
 
   ImportReport done() {
     told.clear();
-    Silent silent;
+    NoProgress silent;
     checkImport(options);
     return importFlight(options, silent, [this](const auto& line) { told.push_back(line); });
   }
 
-  std::string refusal() {
-    try {
-      done();
-    } catch (const Error& error) {
-      return error.what();
-    }
-    return "none";
+  std::string refusal(Error::Kind kind = Error::BadInput) {
+    return refusalOf([this] { done(); }, kind);
   }
 
   TemporaryFolder folder;
@@ -213,7 +201,7 @@ TEST_F(Flight, IsRefusedForWhatItDoesNotSay) {
   save(sample);
   EXPECT_THAT(refusal(), HasSubstr("--week"));
   options.week = 2318;
-  EXPECT_EQ(refusal(), "none");
+  EXPECT_EQ(refusal(), "not refused");
   EXPECT_THAT(refusal(), HasSubstr("--overwrite"));
   for (auto& one : sample.points) one.time = begin + 1;
   save(sample);
@@ -268,9 +256,19 @@ TEST_F(Flight, IsDecompressedByACommand) {
   options.decompress = "false {in} {out}";
   EXPECT_THAT(refusal(), HasSubstr("ended with status 1"));
   options.decompress = "no-such-program {in} {out}";
-  EXPECT_THAT(refusal(), HasSubstr("is it installed?"));
+  EXPECT_THAT(refusal(), HasSubstr("no-such-program cannot be started: "));
   options.decompress = "cp {in}";
   EXPECT_THAT(refusal(), HasSubstr("must hold {in} and {out}"));
+  struct Impatient : Kestrum::LoaderProgress {
+    int reports = 0;
+    void report(const std::string&, std::size_t, std::size_t) override {
+      if (++reports == 5) throw Error("enough", Error::Interrupted);
+    }
+  } impatient;
+  options.decompress = "tail -f {in} {out}";  // does not end by itself
+  EXPECT_THROW(importFlight(options, impatient, [](const auto&) {}), Error);
+  const std::filesystem::directory_iterator files(options.output / "decompressed");
+  EXPECT_EQ(std::distance(files, {}), 1);  // nothing unfinished is left
 }
 
 TEST_F(Flight, IsReadFromFilesThatAConverterCompressed) {

@@ -8,8 +8,8 @@
 
 #include "flight/formats/LasFile.h"
 #include "tests/support/LasBytes.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
-#include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 
@@ -34,12 +34,7 @@ class LasFiles : public testing::Test {
     return LasFile(path);
   }
   std::string refusalOf(const std::string& bytes) {
-    try {
-      written(bytes);
-    } catch (const Error& error) {
-      return error.what();
-    }
-    return "not refused";
+    return ::refusalOf([&] { written(bytes); });
   }
 
   TemporaryFolder folder;

@@ -10,17 +10,15 @@
 #include <string>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "flight/formats/Sbet.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
-#include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 
 using std::numbers::pi;
-using testing::AllOf;
-using testing::HasSubstr;
+using testing::AllOf, testing::HasSubstr;
 
 namespace {
 
@@ -50,12 +48,7 @@ std::string reversedValues(std::string bytes) {
 }
 
 std::string refusalOf(const std::filesystem::path& file) {
-  try {
-    readSbet(file);
-  } catch (const Error& error) {
-    return error.what();
-  }
-  return "not refused";
+  return ::refusalOf([&] { readSbet(file); });
 }
 
 }  // namespace

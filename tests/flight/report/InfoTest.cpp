@@ -3,7 +3,6 @@
 #include <string>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "flight/report/Description.h"
 #include "flight/report/Listing.h"
@@ -16,9 +15,7 @@
 using namespace Velorn::Flights;
 
 using Json = nlohmann::ordered_json;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
+using testing::ElementsAre, testing::HasSubstr, testing::IsEmpty;
 
 namespace {
 

@@ -18,8 +18,7 @@ using namespace Velorn::Flights;
 
 namespace {
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 using Velorn::Flights::Simulation::Projection;
 
 constexpr const char* scannerChart = Strandel::scannerChartName;

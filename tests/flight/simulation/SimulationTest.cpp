@@ -5,16 +5,16 @@
 #include <set>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <omp.h>
 
+#include "platform/geomra/Degree.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
+#include "tests/support/Refusal.h"
 
 namespace {
 
 using namespace Velorn::Flights;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 
@@ -28,13 +28,8 @@ std::map<std::string, std::string> filesIn(const fs::path& folder) {
   return files;
 }
 
-std::string failureOf(const fs::path& folder, const Velorn::Flights::SimulationSettings& options) {
-  try {
-    make(folder, options);
-  } catch (const Error& error) {
-    return error.what();
-  }
-  return {};
+std::string refusalOf(const fs::path& folder, const SimulationSettings& options) {
+  return ::refusalOf([&] { make(folder, options); });
 }
 
 TEST(Simulation, TheSameSeedGivesTheSameBytesForAnyNumberOfThreads) {
@@ -78,7 +73,7 @@ TEST(Simulation, GroundTruthHasSteepPatchesInManyDirectionsOrFlatOnesOnly) {
       // All 16 points of a patch lie on its plane: true heights, to the rounding of northings.
       EXPECT_NEAR(dot(positions[i] - positions[i / 16 * 16], n), 0.0, 1e-8);
       if (n.z == 1.0) ++level;
-      if (n.z > std::cos(20.0 / 57.29577951308232)) continue;
+      if (n.z > std::cos(20.0 * Geomra::degree)) continue;
       ++steep;
       sectors.insert(static_cast<int>(std::floor(std::atan2(n.x, n.y) / 1.0471975511965976)));
     }
@@ -119,7 +114,7 @@ TEST(Simulation, AFlightIsReplacedWholeAndOnlyOnRequest) {
   writeContent(folder / "new/folder/strip_notes.txt", "mine");
   writeContent(folder / "new/folder/03_correspondences/c0.kx", "mine");
   const auto before = filesIn(folder / "new/folder");
-  EXPECT_THAT(failureOf(folder / "new/folder", options), HasSubstr("--overwrite"));
+  EXPECT_THAT(refusalOf(folder / "new/folder", options), HasSubstr("--overwrite"));
   EXPECT_TRUE(filesIn(folder / "new/folder") == before);
 
   make(folder / "new/folder", options, true);
@@ -133,7 +128,7 @@ TEST(Simulation, AFolderThatCannotBeMadeIsNamed) {
   const TemporaryFolder folder;
   writeContent(folder / "file", "not a folder");
   const fs::path out = folder / "file/flight";
-  EXPECT_THAT(failureOf(out, smallFlight()), HasSubstr(out.string()));
+  EXPECT_THAT(refusalOf(out, smallFlight()), HasSubstr(out.string()));
   EXPECT_EQ(contentOf(folder / "file"), "not a folder");
 }
 
@@ -142,7 +137,7 @@ TEST(Simulation, OptionsOutOfBoundsAreRefusedByNameBeforeAnythingIsWritten) {
   const auto refused = [&](auto change) {
     auto options = smallFlight();
     change(options);
-    return failureOf(folder / "flight", options);
+    return refusalOf(folder / "flight", options);
   };
   using Options = SimulationSettings;
   EXPECT_THAT(refused([](Options& o) { o.points = 10; }), HasSubstr("--points"));

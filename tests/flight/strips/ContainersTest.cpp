@@ -1,21 +1,19 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "flight/strips/OrFail.h"
 #include <velorn/flight/Containers.h>
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
-#include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 
 namespace {
 
-using testing::AllOf;
-using testing::HasSubstr;
+using testing::AllOf, testing::HasSubstr;
 
 StripColumns twoPoints() {
   StripColumns columns;
@@ -59,12 +57,8 @@ TEST(Containers, ColumnsOfUnequalLengthAreRefusedAndTheFileStaysAsItWas) {
   writeContent(folder / "strip.kx", "before");
   auto columns = twoPoints();
   columns.amplitude = {1.0};
-  try {
-    saveStrip(folder / "strip.kx", columns);
-    FAIL();
-  } catch (const Error& error) {
-    EXPECT_THAT(error.what(), AllOf(HasSubstr("strip.kx"), HasSubstr("Amplitude")));
-  }
+  EXPECT_THAT(refusalOf([&] { saveStrip(folder / "strip.kx", columns); }),
+              AllOf(HasSubstr("strip.kx"), HasSubstr("Amplitude")));
   EXPECT_EQ(contentOf(folder / "strip.kx"), "before");
 }
 

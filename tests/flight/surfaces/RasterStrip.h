@@ -14,6 +14,8 @@
 #include "flight/surfaces/Rasterize.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
+#include "tests/support/NoProgress.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 
 /// 3600 points, half a metre apart.
@@ -39,11 +41,6 @@ inline Velorn::Flights::StripColumns rasterStrip() {
   return strip;
 }
 
-struct Quiet : Kestrum::LoaderProgress {
-  void report(const std::string& /*text*/, std::size_t /*current*/,
-              std::size_t /*total*/) override {}
-};
-
 inline Velorn::InputParameter rasterConfiguration(const std::string& selection = "") {
   Velorn::InputParameter configuration;
   configuration.SelectionStr = selection;
@@ -54,19 +51,8 @@ inline Velorn::InputParameter rasterConfiguration(const std::string& selection =
 inline Velorn::Flights::RasterCounts rasterize(
     const std::filesystem::path& strip, const std::filesystem::path& raster,
     const Velorn::InputParameter& configuration = rasterConfiguration()) {
-  Quiet progress;
+  NoProgress progress;
   return Velorn::Flights::rasterizeStrip(strip, raster, configuration, {}, progress);
-}
-
-/// The message of a call that must be refused.
-inline std::string refusalOf(const std::function<void()>& call,
-                             Velorn::Flights::Error::Kind kind = Velorn::Flights::Error::BadInput) {
-  try {
-    call();
-  } catch (const Velorn::Flights::Error& error) {
-    return error.kind() == kind ? error.what() : "another kind of error";
-  }
-  return "not refused";
 }
 
 /// Changes the only grid of a file.

@@ -16,8 +16,7 @@
 namespace {
 
 using namespace Velorn::Flights;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 using testing::Each, testing::HasSubstr, testing::IsEmpty;
 using Codes = std::vector<std::uint8_t>;
 
@@ -271,7 +270,7 @@ TEST_F(Rasterize, TellsWhatCannotBeWritten) {
 }
 
 TEST_F(Rasterize, ThatIsInterruptedLeavesTheStripAsItIs) {
-  struct Interrupting : Quiet {
+  struct Interrupting : NoProgress {
     void report(const std::string& /*text*/, std::size_t current, std::size_t total) override {
       if (current > 0 && total > 0) throw Error("interrupted");
     }

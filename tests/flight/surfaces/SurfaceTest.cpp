@@ -22,7 +22,7 @@ constexpr double east = 600000.0, north = 5250000.0;
 /// Points of two clouds over several tiles, with gaps, a dense spot and a far outlier.
 struct Scene {
   std::vector<point> points;
-  std::vector<Echo> echoes;
+  std::vector<Cloud> clouds;
 
   explicit Scene(std::size_t count = 4000) {
     std::mt19937 random(5);
@@ -31,10 +31,10 @@ struct Scene {
     for (std::size_t i = 0; i < count; ++i) {
       const double x = i % 7 == 0 ? 30.0 + noise(random) * 40 : place(random), y = place(random);
       points.push_back({east + x, north + y, 400.0 + 0.3 * x + noise(random)});
-      echoes.push_back(i % 5 == 0 ? Echo::notLast : i % 31 == 0 ? Echo::leftOut : Echo::last);
+      clouds.push_back(i % 5 == 0 ? Cloud::notLast : i % 31 == 0 ? Cloud::leftOut : Cloud::last);
     }
     points.push_back({-9e8, 9e8, 0.0});
-    echoes.push_back(Echo::last);
+    clouds.push_back(Cloud::last);
   }
 };
 
@@ -45,7 +45,7 @@ PlaneFit planeByLooking(const Scene& scene, std::size_t i, const Neighbourhood& 
   std::vector<std::pair<double, std::size_t>> byDistance;
   for (std::size_t j = 0; j < scene.points.size(); ++j) {
     const auto d = scene.points[j] - scene.points[i];
-    if (scene.echoes[j] == scene.echoes[i] && dot(d, d) <= about.radius * about.radius) {
+    if (scene.clouds[j] == scene.clouds[i] && dot(d, d) <= about.radius * about.radius) {
       byDistance.emplace_back(dot(d, d), j);
     }
   }
@@ -59,10 +59,10 @@ PlaneFit planeByLooking(const Scene& scene, std::size_t i, const Neighbourhood& 
 TEST(Surface, IsThePlaneThroughTheNearestPointsOfTheSameCloud) {
   const Scene scene;
   const Neighbourhood about{12, 1.5};  // tiles of 12 m, so that many neighbours are in the next one
-  const Surface surface = surfaceOf(scene.points, scene.echoes, about, nothing);
+  const Surface surface = surfaceOf(scene.points, scene.clouds, about, nothing);
   std::size_t planes = 0;
   for (std::size_t i = 0; i < scene.points.size(); ++i) {
-    if (scene.echoes[i] == Echo::leftOut) {
+    if (scene.clouds[i] == Cloud::leftOut) {
       EXPECT_TRUE(std::isnan(surface.roughness[i]));
       EXPECT_EQ(surface.normals[i], vector{});
       continue;
@@ -83,12 +83,12 @@ TEST(Surface, IsTheSameForAnyNumberOfThreadsAlsoWithEqualDistances) {
   for (int i = 0; i < 150; ++i) {
     for (int j = 0; j < 150; ++j) lattice.push_back({0.5 * i, 0.5 * j, 0.25 * ((i * j) % 3)});
   }
-  const std::vector<Echo> echoes(lattice.size(), Echo::last);
+  const std::vector<Cloud> clouds(lattice.size(), Cloud::last);
   const int before = omp_get_max_threads();
   omp_set_num_threads(1);
-  const Surface one = surfaceOf(lattice, echoes, {16, 1.2}, nothing);
+  const Surface one = surfaceOf(lattice, clouds, {16, 1.2}, nothing);
   omp_set_num_threads(5);
-  const Surface five = surfaceOf(lattice, echoes, {16, 1.2}, nothing);
+  const Surface five = surfaceOf(lattice, clouds, {16, 1.2}, nothing);
   omp_set_num_threads(before);
   EXPECT_EQ(one.normals, five.normals);
 }
@@ -97,15 +97,15 @@ TEST(Surface, OfManyPointsAtOnePlaceDoesNotTakeTheirSquare) {
   Scene scene(2000);
   const point pile = scene.points[100];
   scene.points.insert(scene.points.end(), 200'000, pile);
-  scene.echoes.resize(scene.points.size(), Echo::last);
-  const Surface surface = surfaceOf(scene.points, scene.echoes, {16, 5.0}, nothing);
+  scene.clouds.resize(scene.points.size(), Cloud::last);
+  const Surface surface = surfaceOf(scene.points, scene.clouds, {16, 5.0}, nothing);
   EXPECT_TRUE(std::isnan(surface.roughness.back()));
   EXPECT_FALSE(std::isnan(surface.roughness[1]));
 }
 
 TEST(Surface, PassesOnWhatTheListenerThrows) {
   const Scene scene;
-  EXPECT_THROW(surfaceOf(scene.points, scene.echoes, {12, 1.5},
+  EXPECT_THROW(surfaceOf(scene.points, scene.clouds, {12, 1.5},
                          [](std::size_t) { throw std::runtime_error("enough"); }),
                std::runtime_error);
 }

@@ -9,7 +9,6 @@
 #include <regex>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/morvane/Console.h"
 #include "platform/orvek/HistogramPdf.h"
@@ -21,10 +20,7 @@
 namespace fs = std::filesystem;
 using namespace OrvekPDF;
 using OrvekStatistic::Statistic;
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
+using testing::AllOf, testing::ElementsAre, testing::HasSubstr, testing::Not;
 
 namespace {
 

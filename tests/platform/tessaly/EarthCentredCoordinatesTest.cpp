@@ -9,9 +9,8 @@
 #include "tests/platform/tessaly/Places.h"
 
 using Geomra::PhysicalSpace::point;
-using Tessaly::cartesianToEllipsoidalWithConvergedInfo;
-using Tessaly::Ellipsoid;
-using Tessaly::ellipsoidalToCartesian;
+using Tessaly::cartesianToEllipsoidalWithConvergedInfo, Tessaly::Ellipsoid,
+    Tessaly::ellipsoidalToCartesian;
 
 class EarthCentredPlace : public testing::TestWithParam<Place> {};
 

@@ -7,17 +7,14 @@
 #include <stdexcept>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/tessaly/TransverseMercator.h"
 #include "tests/platform/tessaly/Places.h"
 #include "tests/support/TemporaryFolder.h"
 
 using Geomra::PhysicalSpace::point;
-using Tessaly::Ellipsoid;
-using Tessaly::inverseTransverseMercatorProjection;
-using Tessaly::meridianConvergence;
-using Tessaly::transverseMercatorProjection;
+using Tessaly::Ellipsoid, Tessaly::inverseTransverseMercatorProjection,
+    Tessaly::meridianConvergence, Tessaly::transverseMercatorProjection;
 using Zone = Tessaly::TransverseMercatorProjectionParameter;
 
 class ProjectedPlace : public testing::TestWithParam<Place> {};

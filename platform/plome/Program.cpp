@@ -1,57 +1,27 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/orvek/Program.h"
+#include "platform/plome/Program.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <optional>
-#include <system_error>
 #include <thread>
-#include <utility>
 
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
-namespace OrvekPDF {
+#include "platform/plome/Descriptor.h"
+#include "platform/plome/SystemFault.h"
+#include "platform/plome/UnfinishedWork.h"
+
+namespace Plome {
 namespace {
 
 using std::chrono::steady_clock;
-
-std::string systemFault(int code) {
-  return std::generic_category().message(code);
-}
-
-/// A file descriptor that is closed at the end of its scope and in every program started. It is
-/// never 0, 1 or 2, which a process may have closed: the redirections would run into each other.
-class Descriptor {
- public:
-  explicit Descriptor(int value = -1) : value_(value) {
-    if (value < 0 || value > 2) return;
-    value_ = fcntl(value, F_DUPFD_CLOEXEC, 3);
-    ::close(value);
-  }
-  Descriptor(Descriptor&& other) noexcept : value_(std::exchange(other.value_, -1)) {}
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(value_, other.value_);
-    return *this;
-  }
-  ~Descriptor() { close(); }
-
-  void close() {
-    if (value_ >= 0) ::close(std::exchange(value_, -1));
-  }
-  bool isOpen() const { return value_ >= 0; }
-  int value() const { return value_; }
-
- private:
-  int value_;
-};
+using namespace std::chrono_literals;
 
 /// What a program is started with.
 struct Streams {
@@ -59,25 +29,19 @@ struct Streams {
   Descriptor readError;  ///< the other end of `error`
 };
 
-bool fill(const Descriptor& file, std::string_view content) {
-  while (!content.empty()) {
-    const auto written = write(file.value(), content.data(), content.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    content.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return lseek(file.value(), 0, SEEK_SET) == 0;
+Descriptor openOutput(const std::filesystem::path& output) {
+  if (output.empty()) return Descriptor(open("/dev/null", O_WRONLY | O_CLOEXEC));
+  return Descriptor(open(output.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
 }
 
 /// @return empty, or why one of them cannot be had
-std::string openStreams(std::string_view input, const std::filesystem::path& output,
-                        Streams& streams) {
-  streams.output = Descriptor(open(output.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+std::string openStreams(const ProgramCall& call, Streams& streams) {
+  streams.output = openOutput(call.output);
   if (!streams.output.isOpen()) return "cannot be written: " + systemFault(errno);
   streams.input = Descriptor(memfd_create("input", MFD_CLOEXEC));
-  if (!streams.input.isOpen() || !fill(streams.input, input)) {
-    return "no memory for the input: " + systemFault(errno);
-  }
+  const int fault = streams.input.isOpen() ? streams.input.write(call.input) : errno;
+  if (fault != 0) return "no memory for the input: " + systemFault(fault);
+  lseek(streams.input.value(), 0, SEEK_SET);
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) return "no pipe: " + systemFault(errno);
   streams.readError = Descriptor(ends[0]);
@@ -143,6 +107,48 @@ class StartSettings {
   posix_spawnattr_t attributes_;
 };
 
+/// A program that has been started, killed with all that it started when it has not ended by the
+/// end of the scope.
+class RunningProgram {
+ public:
+  RunningProgram(const std::vector<std::string>& command, const Streams& streams) {
+    const StartSettings settings(streams);
+    fault_ = UnfinishedWork::ofThisProcess().startProgram(
+        [&](pid_t& process) { return settings.start(command, process); }, process_);
+    isOver_ = fault_ != 0;
+  }
+  ~RunningProgram() {
+    if (!isOver_) end();
+  }
+  RunningProgram(const RunningProgram&) = delete;
+  RunningProgram& operator=(const RunningProgram&) = delete;
+
+  /// @return 0, or the error number why it could not be started
+  int fault() const { return fault_; }
+
+  /// @return how it ended, in words, empty for status 0; nothing while it runs
+  std::optional<std::string> outcome() {
+    int status = 0;
+    const pid_t ended = UnfinishedWork::ofThisProcess().reapProgram(process_, status);
+    if (ended == 0) return std::nullopt;
+    isOver_ = true;
+    if (ended < 0) return "";  // a host that reaps every child itself: it did end
+    if (WIFSIGNALED(status)) return fmt::format("was ended by signal {}", WTERMSIG(status));
+    const int code = WEXITSTATUS(status);
+    return code == 0 ? "" : fmt::format("ended with status {}", code);
+  }
+
+  void end() {
+    kill(-process_, SIGKILL);
+    while (!outcome()) std::this_thread::sleep_for(1ms);
+  }
+
+ private:
+  pid_t process_ = 0;
+  int fault_ = 0;
+  bool isOver_ = false;
+};
+
 /// Reads once when something comes within `patience`, and closes `pipe` at its end.
 void listen(Descriptor& pipe, std::chrono::milliseconds patience, std::string& said) {
   constexpr std::size_t mostKept = 4096;
@@ -155,41 +161,26 @@ void listen(Descriptor& pipe, std::chrono::milliseconds patience, std::string& s
   said.append(buffer, std::min(static_cast<std::size_t>(count), mostKept - said.size()));
 }
 
-/// @return how the process ended, in words; nothing while it runs
-std::optional<std::string> endOf(pid_t process, int options) {
-  int status = 0;
-  pid_t ended = 0;
-  do {
-    ended = waitpid(process, &status, options);
-  } while (ended < 0 && errno == EINTR);
-  if (ended == 0) return std::nullopt;
-  if (ended < 0) return "";  // a host that reaps every child itself: it did end
-  if (WIFSIGNALED(status)) return fmt::format("was ended by signal {}", WTERMSIG(status));
-  const int code = WEXITSTATUS(status);
-  return code == 0 ? "" : fmt::format("ended with status {}", code);
-}
-
-/// Waits for the end of the process, listening to what it says.
-std::string waitFor(pid_t process, Descriptor pipe, std::chrono::milliseconds timeLimit,
+/// Waits for the end of the program, listening to what it says.
+std::string waitFor(RunningProgram& program, Descriptor pipe, const ProgramCall& call,
                     std::string& said) {
-  using namespace std::chrono_literals;
-  const auto deadline = steady_clock::now() + timeLimit;
+  const auto begin = steady_clock::now();
   while (true) {
     if (pipe.isOpen()) {
       listen(pipe, 10ms, said);
     } else {
       std::this_thread::sleep_for(1ms);
     }
-    if (auto end = endOf(process, WNOHANG)) {
+    if (auto outcome = program.outcome()) {
       if (pipe.isOpen()) listen(pipe, 0ms, said);  // what came between the two calls
-      return std::move(*end);
+      return std::move(*outcome);
     }
-    if (steady_clock::now() >= deadline) {
-      kill(-process, SIGKILL);
-      endOf(process, 0);
+    if (call.timeLimit && steady_clock::now() - begin >= *call.timeLimit) {
+      program.end();
       return fmt::format("did not finish within {} s and was ended",
-                         std::chrono::duration<double>(timeLimit).count());
+                         std::chrono::duration<double>(*call.timeLimit).count());
     }
+    if (call.whileRunning) call.whileRunning();
   }
 }
 
@@ -206,24 +197,23 @@ std::string onOneLine(std::string_view text) {
 
 }  // namespace
 
-ProgramEnd runProgram(const std::vector<std::string>& command, std::string_view input,
-                      const std::filesystem::path& output, std::chrono::milliseconds timeLimit) {
+ProgramEnd runProgram(const ProgramCall& call) {
   Streams streams;
   ProgramEnd end;
-  end.fault = openStreams(input, output, streams);
+  end.fault = openStreams(call, streams);
   if (!end.fault.empty()) return end;
 
-  pid_t process = 0;
-  if (const int fault = StartSettings(streams).start(command, process)) {
-    end.fault = command.front() + " cannot be started: " + systemFault(fault);
+  RunningProgram program(call.command, streams);
+  if (program.fault() != 0) {
+    end.fault = call.command.front() + " cannot be started: " + systemFault(program.fault());
     return end;
   }
   streams.error.close();  // or the reading end would never see an end
   std::string said;
-  end.fault = waitFor(process, std::move(streams.readError), timeLimit, said);
-  if (!end.fault.empty()) end.fault = command.front() + " " + end.fault;
+  end.fault = waitFor(program, std::move(streams.readError), call, said);
+  if (!end.fault.empty()) end.fault = call.command.front() + " " + end.fault;
   end.said = onOneLine(said);
   return end;
 }
 
-}  // namespace OrvekPDF
+}  // namespace Plome
