@@ -28,8 +28,8 @@ struct Echo {
 /// The true state of the flight. It refers to what it is made of, and only reads it.
 class Survey {
  public:
-  Survey(const SimulationSettings& options, const FlightPlan& plan, const Terrain& terrain, const Track& track,
-         const MountingValues& mounting, const Projection& projection);
+  Survey(const SimulationSettings& options, const FlightPlan& plan, const Terrain& terrain,
+         const Track& track, const MountingValues& mounting, const Projection& projection);
 
   /// Time of the first pulse of a strip that gives a point [s of week].
   /// @throws Error when none does

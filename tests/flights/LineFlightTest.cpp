@@ -7,11 +7,11 @@
 
 #include <gtest/gtest.h>
 
-#include <velorn/flight/Import.h>
 #include "flight/strips/GridFile.h"
 #include "platform/geomra/Degree.h"
 #include "tests/support/NoProgress.h"
 #include "tests/support/TemporaryFolder.h"
+#include <velorn/flight/Import.h>
 
 using namespace Velorn::Flights;
 

@@ -2,13 +2,13 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A LAS file is imported with a sound trajectory, or refused.
-#include <velorn/flight/Import.h>
 #include "flight/formats/TrajectoryExport.h"
 #include "platform/morvane/Console.h"
 #include "tests/fuzz/FileInMemory.h"
 #include "tests/support/NoProgress.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/flight/Error.h>
+#include <velorn/flight/Import.h>
 
 using namespace Velorn::Flights;
 

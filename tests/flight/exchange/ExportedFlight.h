@@ -16,8 +16,6 @@
 #include <gmock/gmock.h>
 
 #include "flight/chain/StripsGeoreferencing.h"
-#include <velorn/flight/Export.h>
-#include <velorn/flight/Import.h>
 #include "flight/formats/LasFile.h"
 #include "flight/formats/TrajectoryExport.h"
 #include "flight/strips/GridFile.h"
@@ -28,6 +26,8 @@
 #include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
+#include <velorn/flight/Export.h>
+#include <velorn/flight/Import.h>
 
 using namespace Velorn::Flights;
 namespace fs = std::filesystem;

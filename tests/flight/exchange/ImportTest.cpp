@@ -8,7 +8,6 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include <velorn/flight/Import.h>
 #include "flight/formats/TrajectoryExport.h"
 #include "flight/strips/GridFile.h"
 #include "platform/morvane/Console.h"
@@ -17,6 +16,7 @@
 #include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
+#include <velorn/flight/Import.h>
 
 using namespace Velorn::Flights;
 

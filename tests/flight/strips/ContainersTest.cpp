@@ -3,11 +3,11 @@
 #include <gmock/gmock.h>
 
 #include "flight/strips/OrFail.h"
-#include <velorn/flight/Containers.h>
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
+#include <velorn/flight/Containers.h>
 
 using namespace Velorn::Flights;
 

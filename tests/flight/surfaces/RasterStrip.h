@@ -10,13 +10,13 @@
 #include <string>
 
 #include "flight/strips/OrFail.h"
-#include <velorn/flight/Containers.h>
 #include "flight/surfaces/Rasterize.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/support/NoProgress.h"
 #include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
+#include <velorn/flight/Containers.h>
 
 /// 3600 points, half a metre apart.
 inline Velorn::Flights::StripColumns rasterStrip() {
