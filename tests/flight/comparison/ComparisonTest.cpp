@@ -13,6 +13,7 @@
 #include "flight/records/RunState.h"
 #include "flight/strips/OrFail.h"
 #include "platform/plome/StringList.h"
+#include "tests/flight/Refusal.h"
 #include "tests/flight/simulation/TrueWorld.h"
 #include <velorn/CorrespondenceBlock.h>
 #include <velorn/FileContainer.h>
@@ -85,12 +86,7 @@ class Comparing : public testing::Test {
   ComparisonReport compared() const { return compare(flight, run.path(), {}, {}); }
 
   static std::string refusal(const fs::path& truthFolder, const fs::path& result) {
-    try {
-      compare(truthFolder, result, {}, {});
-    } catch (const Error& error) {
-      return error.what();
-    }
-    return "not refused";
+    return refusalOf([&] { compare(truthFolder, result, {}, {}); }, {});
   }
 
   inline static TemporaryFolder* flightFolder = nullptr;

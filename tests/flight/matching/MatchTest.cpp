@@ -10,6 +10,7 @@
 #include "flight/matching/Rejection.h"
 #include "flight/strips/OrFail.h"
 #include "platform/morvane/Console.h"
+#include "tests/flight/Refusal.h"
 #include "tests/flight/matching/MatchedFlight.h"
 #include "tests/flight/simulation/TrueWorld.h"
 
@@ -61,15 +62,6 @@ OnPlanes onPlanes(const MatchedFlight& flight) {
 
 bool anyPoint(const point&) {
   return true;
-}
-
-std::string thrownBy(const std::function<void()>& work) {
-  try {
-    work();
-  } catch (const Error& error) {
-    return error.what();
-  }
-  return {};
 }
 
 std::size_t accountedFor(const Funnel& f) {
@@ -239,9 +231,9 @@ TEST(Match, MarksTheFolderUntilItIsWholeAndRemovesStaleBlocksAlone) {
   GridEditor editor(raster);
   editor.grid().attributes().set("WeekNumber", std::int64_t{17});
   editor.save();
-  EXPECT_THAT(thrownBy([&] { flight.match(); }), HasSubstr("is of week 17, its strip of week"));
+  EXPECT_THAT(refusalOf([&] { flight.match(); }), HasSubstr("is of week 17, its strip of week"));
   std::filesystem::remove(raster);
-  EXPECT_THAT(thrownBy([&] { flight.match(); }), HasSubstr(raster.string()));
+  EXPECT_THAT(refusalOf([&] { flight.match(); }), HasSubstr(raster.string()));
   EXPECT_TRUE(bytesOf(flight) == blocks) << "inputs are looked at before anything is removed";
   writeContent(raster, whole);
 

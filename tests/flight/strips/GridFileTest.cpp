@@ -1,11 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include <functional>
-
 #include <gmock/gmock.h>
 
 #include "flight/strips/GridFile.h"
 #include "flight/strips/OrFail.h"
+#include "tests/flight/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 
 using namespace Velorn::Flights;
@@ -26,15 +25,6 @@ class Grids : public testing::Test {
   }
   void save() { saveBundle(bundle, file, {0, 0, 1, 1}); }
 
-  static std::string refusal(const std::function<void()>& call) {
-    try {
-      call();
-    } catch (const Error& error) {
-      return error.what();
-    }
-    return "not refused";
-  }
-
   TemporaryFolder folder;
   std::filesystem::path file = folder / "points.kx";
   Strandel::Bundle bundle;
@@ -45,8 +35,8 @@ TEST_F(Grids, AreReadWhereOneIsMeant) {
   add("a", 2);
   EXPECT_EQ(GridFile(file).size(), 2U);
   add("b", 3);
-  EXPECT_THAT(refusal([&] { GridFile grid(file); }), HasSubstr("points.kx: holds 2 grids"));
-  EXPECT_THAT(refusal([&] { GridFile grid(file, configuration); }), HasSubstr("the grids a, b"));
+  EXPECT_THAT(refusalOf([&] { GridFile grid(file); }), HasSubstr("points.kx: holds 2 grids"));
+  EXPECT_THAT(refusalOf([&] { GridFile grid(file, configuration); }), HasSubstr("the grids a, b"));
   configuration.GridName = "b";
   EXPECT_EQ(GridFile(file, configuration).size(), 3U);
 }
@@ -54,14 +44,14 @@ TEST_F(Grids, AreReadWhereOneIsMeant) {
 TEST_F(Grids, OfOtherSlicesAreNotPassedOverUnlessTheConfigurationMay) {
   add("a", 2);
   add("a", 3, 1.0);
-  EXPECT_THAT(refusal([&] { GridFile grid(file); }), HasSubstr("holds 2 grids"));
+  EXPECT_THAT(refusalOf([&] { GridFile grid(file); }), HasSubstr("holds 2 grids"));
   EXPECT_EQ(GridFile(file, configuration).size(), 2U);
 }
 
 TEST_F(Grids, ThatAreBareHoldNoPointsOnlyWhereThatIsAllowed) {
   const auto isRefused = [&] {
-    EXPECT_THAT(refusal([&] { GridFile grid(file); }), HasSubstr("points.kx"));
-    EXPECT_THAT(refusal([&] { GridFile grid(file, configuration); }), HasSubstr("points.kx"));
+    EXPECT_THAT(refusalOf([&] { GridFile grid(file); }), HasSubstr("points.kx"));
+    EXPECT_THAT(refusalOf([&] { GridFile grid(file, configuration); }), HasSubstr("points.kx"));
     EXPECT_EQ(GridFile(file, configuration, Bare::noPoints).size(), 0U);
   };
   save();
@@ -71,7 +61,7 @@ TEST_F(Grids, ThatAreBareHoldNoPointsOnlyWhereThatIsAllowed) {
   isRefused();
   grid->makeChart(Strandel::worldChartName)->makeField("Plane", Strandel::ValueType::UInt32);
   save();
-  EXPECT_THAT(refusal([&] { GridFile other(file, configuration, Bare::noPoints); }),
+  EXPECT_THAT(refusalOf([&] { GridFile other(file, configuration, Bare::noPoints); }),
               AllOf(HasSubstr("points.kx"), HasSubstr("Positions: no points")));
 }
 

@@ -10,11 +10,12 @@
 #include <string>
 
 #include "flight/strips/OrFail.h"
-#include <velorn/flight/Containers.h>
 #include "flight/surfaces/Rasterize.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
+#include "tests/flight/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
+#include <velorn/flight/Containers.h>
 
 /// 3600 points, half a metre apart.
 inline Velorn::Flights::StripColumns rasterStrip() {
@@ -56,17 +57,6 @@ inline Velorn::Flights::RasterCounts rasterize(
     const Velorn::InputParameter& configuration = rasterConfiguration()) {
   Quiet progress;
   return Velorn::Flights::rasterizeStrip(strip, raster, configuration, {}, progress);
-}
-
-/// The message of a call that must be refused.
-inline std::string refusalOf(const std::function<void()>& call,
-                             Velorn::Flights::Error::Kind kind = Velorn::Flights::Error::BadInput) {
-  try {
-    call();
-  } catch (const Velorn::Flights::Error& error) {
-    return error.kind() == kind ? error.what() : "another kind of error";
-  }
-  return "not refused";
 }
 
 /// Changes the only grid of a file.

@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 
 #include "flight/surfaces/Selection.h"
-#include <velorn/flight/Error.h>
+#include "tests/flight/Refusal.h"
 
 using namespace Velorn::Flights;
 
@@ -20,13 +20,7 @@ bool selects(const std::string& text, const std::vector<double>& values) {
 }
 
 std::string faultOf(const std::string& text) {
-  try {
-    const Selection parsed(text);
-  } catch (const Error& error) {
-    EXPECT_EQ(error.kind(), Error::BadSettings);
-    return error.what();
-  }
-  return {};
+  return refusalOf([&] { Selection parsed(text); }, Error::BadSettings);
 }
 
 TEST(Selection, KnowsComparisonsAndWords) {
