@@ -8,14 +8,16 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include <velorn/flight/Import.h>
 #include "flight/formats/TrajectoryExport.h"
 #include "flight/strips/GridFile.h"
 #include "platform/morvane/Console.h"
+#include "tests/flight/Refusal.h"
+#include "tests/flight/exchange/TenSeconds.h"
 #include "tests/support/LasBytes.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
 #include <velorn/flight/Error.h>
+#include <velorn/flight/Import.h>
 
 using namespace Velorn::Flights;
 
@@ -31,11 +33,6 @@ using testing::HasSubstr;
 constexpr double week = 604800.0, begin = 407100.0;  // of week 2318
 constexpr double standardBegin = 2318 * week + begin - 1e9;
 
-struct Silent : Kestrum::LoaderProgress {
-  void report(const std::string& /*text*/, std::size_t /*current*/,
-              std::size_t /*total*/) override {}
-};
-
 double length(const vector& v) {
   return std::hypot(v.x, v.y, v.z);
 }
@@ -44,11 +41,7 @@ double length(const vector& v) {
 class Flight : public testing::Test {
  protected:
   Flight() {
-    std::vector<SbetRecord> records;
-    for (int k = 0; k <= 100; ++k) {
-      records.push_back({begin + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0.01, -0.02, 6.28});
-    }
-    write(records);
+    write(tenSeconds(begin));
     options.strips = {folder / "a.las"};
     options.trajectory.files = {folder / "flight.sbet"};
     options.output = folder / "out";
@@ -75,18 +68,13 @@ class Flight : public testing::Test {
 
   ImportReport done() {
     told.clear();
-    Silent silent;
-    checkImport(options);
-    return importFlight(options, silent, [this](const auto& line) { told.push_back(line); });
+    Watch watch;
+    watch.message = [this](const auto& line) { told.push_back(line); };
+    return importFlight(options, watch);
   }
 
   std::string refusal() {
-    try {
-      done();
-    } catch (const Error& error) {
-      return error.what();
-    }
-    return "none";
+    return refusalOf([this] { done(); }, {});
   }
 
   TemporaryFolder folder;
@@ -150,11 +138,7 @@ TEST_F(Flight, IsPartedBySourceAndGap) {
 }
 
 TEST_F(Flight, OverTheEndOfAWeekBecomesAStripAndATrajectoryOfEach) {
-  std::vector<SbetRecord> records;
-  for (int k = 0; k <= 100; ++k) {
-    records.push_back({week - 5 + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0, 0, 0});
-  }
-  write(records);
+  write(tenSeconds(week - 5));
   for (auto& one : sample.points) one.time += week - 5 - begin + 3;  // 4 s after the first record
   save(sample);
   const auto report = done();
@@ -213,7 +197,7 @@ TEST_F(Flight, IsRefusedForWhatItDoesNotSay) {
   save(sample);
   EXPECT_THAT(refusal(), HasSubstr("--week"));
   options.week = 2318;
-  EXPECT_EQ(refusal(), "none");
+  EXPECT_EQ(refusal(), "not refused");
   EXPECT_THAT(refusal(), HasSubstr("--overwrite"));
   for (auto& one : sample.points) one.time = begin + 1;
   save(sample);
@@ -223,11 +207,8 @@ TEST_F(Flight, IsRefusedForWhatItDoesNotSay) {
 }
 
 TEST_F(Flight, TellsOfRepairsAndGapsOfItsTrajectory) {
-  std::vector<SbetRecord> records;
-  for (int k = 0; k <= 100; ++k) {
-    if (k > 20 && k < 35) continue;
-    records.push_back({begin + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0, 0, 0});
-  }
+  auto records = tenSeconds(begin);
+  records.erase(records.begin() + 21, records.begin() + 35);
   std::swap(records[3], records[4]);
   records.push_back(records.back());
   write(records);
