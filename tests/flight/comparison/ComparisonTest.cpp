@@ -83,8 +83,8 @@ class Comparing : public testing::Test {
 
   ComparisonReport compared() const { return compare(flight, run.path(), {}, {}); }
 
-  std::string refusal(const fs::path& truthFolder, const fs::path& result) const {
-    return refusalOf([&] { compare(truthFolder, result, {}, {}); });
+  static std::string refusal(const fs::path& truthFolder, const fs::path& result) {
+    return refusalOf([&] { compare(truthFolder, result, {}, {}); }, {});
   }
 
   inline static TemporaryFolder* flightFolder = nullptr;

@@ -4,7 +4,7 @@
 
 namespace {
 
-std::vector<std::string> recordsIn(const Velorn::Flights::LasFile& file) {
+std::vector<std::string> recordsIn(const LasFile& file) {
   std::vector<std::string> records;
   const std::size_t size = file.header().recordLength;
   file.readBytes([&](std::uint64_t, std::uint64_t count, const char* bytes) {
@@ -13,9 +13,9 @@ std::vector<std::string> recordsIn(const Velorn::Flights::LasFile& file) {
   return records;
 }
 
-std::vector<point> placesIn(const Velorn::Flights::LasFile& file) {
+std::vector<point> placesIn(const LasFile& file) {
   std::vector<point> places;
-  file.read([&](std::uint64_t, std::span<const Velorn::Flights::LasPoint> points) {
+  file.read([&](std::uint64_t, std::span<const LasPoint> points) {
     for (const auto& one : points) places.push_back(one.place);
   });
   return places;
@@ -25,15 +25,14 @@ TEST_F(ExportedFlight, BecomesLasFilesThatDifferFromTheirSourcesByTheAdjustedCoo
   const auto report = done();
   ASSERT_EQ(report.files.size(), 2U);  // without an adjustment nothing but the strips
   for (const std::string name : {"a", "b"}) {
-    const Velorn::Flights::LasFile source(folder / (name + ".las")),
-        made(options.output / (name + ".las"));
+    const LasFile source(folder / (name + ".las")), made(options.output / (name + ".las"));
     const auto before = recordsIn(source), after = recordsIn(made);
     ASSERT_EQ(after.size(), 200U);
     constexpr std::size_t coordinates = 12;
     for (std::size_t k = 0; k < after.size(); ++k) {
       EXPECT_EQ(after[k].substr(coordinates), before[k].substr(coordinates));
     }
-    const Velorn::Flights::GridFile strip(folder / ("05_adjusted/" + name + "_SA.kx"));
+    const GridFile strip(folder / ("05_adjusted/" + name + "_SA.kx"));
     const auto index = strip.world<std::uint64_t>("SourceIndex").whole();
     const auto adjusted = strip.world<point>("Positions").whole();
     const auto was = placesIn(source), is = placesIn(made);
@@ -46,22 +45,53 @@ TEST_F(ExportedFlight, BecomesLasFilesThatDifferFromTheirSourcesByTheAdjustedCoo
 }
 
 TEST_F(ExportedFlight, IsFoundInTheRootOfItsRun) {
-  const fs::path steps = folder.path() / Velorn::InputParameter().getStatusPath() / "steps";
-  fs::create_directories(steps);
-  nlohmann::json record;
-  for (const auto& file : imported.trajectories) {
-    record["key"]["trajectory"].push_back({{"path", file.string()}});
-  }
-  writeContent(steps / "adjust_1.json", record.dump());
-  writeContent(steps / "match_1.json", "{\"key\": {}}");
-  options.strips.clear();
-  completeFromRoot(options, folder.path(), folder / "05_adjusted");
-  EXPECT_EQ(options.strips.size(), 2U);
-  EXPECT_EQ(options.trajectories, imported.trajectories);
+  takeRoot();
   EXPECT_EQ(done().files.size(), 6U);
+  const auto trajectory = contentOf(options.output / "trajectory.txt");
+  // Mounting and trajectory need no adjusted strips.
+  state.isGeoreferenced = false;
+  state.write(folder.path());
+  EXPECT_THAT(refusal(), HasSubstr("05_adjusted: holds no strips that the last run there has"));
+  options.wishes = Wishes{false, true, true};
+  options.output = folder / "no strips";
+  EXPECT_EQ(done().files.size(), 4U);
+  EXPECT_EQ(contentOf(options.output / "trajectory.txt"), trajectory);
   fs::remove(imported.trajectories[0]);
-  options.trajectories.clear();
-  EXPECT_THROW(completeFromRoot(options, folder.path(), folder / "05_adjusted"), Error);
+  EXPECT_THAT(refusal(), HasSubstr("no such file; the run used it. --trajectory names where"));
+}
+
+TEST_F(ExportedFlight, IsRefusedFromARunThatDidNotFinishThoughAnOlderModelLiesThere) {
+  takeRoot();
+  const auto refusalOf = [&](RunState::Phase phase) {
+    state.phase = phase;
+    state.write(folder.path());
+    return refusal();
+  };
+  EXPECT_THAT(refusalOf(RunState::Phase::running),
+              AllOf(HasSubstr("a run is going on there"), HasSubstr("when it has finished")));
+  auto json = nlohmann::json::parse(contentOf(folder / "run.json"));
+  json["process"]["start"] = "1";  // the number of its process went to this one
+  writeContent(folder / "run.json", json.dump());
+  const auto goesOn = AllOf(HasSubstr("was interrupted"), HasSubstr("`velorn run` goes on"));
+  EXPECT_THAT(refusal(), goesOn);
+  json["process"]["number"] = 1 << 30;
+  writeContent(folder / "run.json", json.dump());
+  EXPECT_THAT(refusal(), goesOn);
+  EXPECT_THAT(refusalOf(RunState::Phase::interrupted), goesOn);
+  state.message = "the disk is full";
+  EXPECT_THAT(refusalOf(RunState::Phase::failed),
+              AllOf(HasSubstr("failed: the disk is full"), HasSubstr("run again")));
+  state.model.reset();
+  state.steps = "+rasterize";
+  options.strips = {folder / "05_adjusted/a_SA.kx"};
+  EXPECT_THAT(refusalOf(RunState::Phase::finished),
+              AllOf(HasSubstr("did \"+rasterize\" and adjusted nothing"),
+                    HasSubstr("`velorn run` does all steps")));
+  writeContent(folder / "run.json", "{}");
+  EXPECT_THAT(refusal(), HasSubstr("run.json: does not tell the state of a run"));
+  fs::remove(folder / "run.json");
+  EXPECT_THAT(refusal(), HasSubstr("has no run.json"));
+  EXPECT_FALSE(fs::exists(options.output));
 }
 
 TEST_F(ExportedFlight, IsRefusedWithoutItsSourcesAndLeavesThemAlone) {
@@ -106,11 +136,11 @@ TEST_F(ExportedFlight, IsRefusedForPointsThatAreNotThoseOfItsSource) {
   EXPECT_THAT(refusal(), HasSubstr("point 3, counted from 0, of"));
   saveLas("a.las", 1.0);
   EXPECT_EQ(refusal(), "not refused");
-  EXPECT_EQ(Velorn::Flights::LasFile(options.output / "made.las").header().count, 2U);
+  EXPECT_EQ(LasFile(options.output / "made.las").header().count, 2U);
 }
 
 TEST_F(ExportedFlight, IsRefusedWithoutWhatItsAdjustmentUsed) {
-  options.wishes = Velorn::Flights::Wishes{false, true, true};
+  options.wishes = Wishes{false, true, true};
   EXPECT_THAT(refusal(), HasSubstr("--strip-ids"));
   options.model = model;
   EXPECT_THAT(refusal(), HasSubstr("--trajectory"));

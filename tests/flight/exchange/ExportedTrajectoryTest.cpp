@@ -12,7 +12,7 @@ TEST_F(ExportedFlight, HasATrajectoryThatIsCorrectedWhileStripsWereMeasured) {
     return Tessaly::transverseMercatorProjection({record.longitude, record.latitude, record.height},
                                                  zone, false);
   };
-  const auto records = Velorn::Flights::readSbet(options.output / "trajectory.sbet");
+  const auto records = readSbet(options.output / "trajectory.sbet");
   ASSERT_EQ(records.size(), flown.size());
   for (std::size_t k = 0; k < records.size(); ++k) {
     const SbetRecord &was = flown[k], &is = records[k];
@@ -54,15 +54,15 @@ TEST_F(ExportedFlight, IsGeoreferencedByItsTrajectoryAndMountingAsByTheAdjustmen
       AllOf(HasSubstr("lever_arm_forward     0.1 m\n"), HasSubstr("scale_angle_2         0 1\n")));
 
   fs::create_directory(folder / "again");
-  const auto containers = Velorn::Flights::saveTrajectories(
-      {Velorn::Flights::readSbet(options.output / "trajectory.sbet"), {}}, weekNumber, 32632, lever,
-      misalignment, folder / "again");
+  const auto containers =
+      saveTrajectories({readSbet(options.output / "trajectory.sbet"), {}}, weekNumber, 32632, lever,
+                       misalignment, folder / "again");
   Velorn::Trajectory trajectory(containers);
   ASSERT_EQ(trajectory.importTrajectory(), "");
   Velorn::SolverParameters parameters({"strip"}, Velorn::InputParameter());
   ASSERT_EQ(parameters.setEmptySections(lever, misalignment), "");
   for (const auto& container : options.strips) {
-    const Velorn::Flights::GridFile strip(container);
+    const GridFile strip(container);
     const auto adjusted = strip.world<point>("Positions").whole();
     std::vector<point> again(adjusted->size());
     std::vector<vector> beams(adjusted->size());
@@ -82,7 +82,7 @@ TEST_F(ExportedFlight, TellsOfStripsWithoutCorrectionsAndCountsTheCorrectedRecor
   const auto report = done();
   ASSERT_EQ(told.size(), 1U);
   EXPECT_THAT(told[0], HasSubstr("1 of 2 strips of the adjustment are not among those named"));
-  const auto records = Velorn::Flights::readSbet(options.output / "trajectory.sbet");
+  const auto records = readSbet(options.output / "trajectory.sbet");
   const auto corrected =
       std::inner_product(records.begin(), records.end(), flown.begin(), 0, std::plus<>(),
                          [](const SbetRecord& a, const SbetRecord& b) {
@@ -98,15 +98,15 @@ TEST_F(ExportedFlight, TellsOfStripsWithoutCorrectionsAndCountsTheCorrectedRecor
 
 TEST_F(ExportedFlight, TellsOfTwoStripsOfOneTimeAndCorrectsByTheOneNamedFirst) {
   takeModel();
-  options.wishes = Velorn::Flights::Wishes{false, false, true};
+  options.wishes = Wishes{false, false, true};
   done();
   const auto undisputed = contentOf(options.output / "trajectory.txt");
-  Velorn::Flights::StripColumns other;
+  StripColumns other;
   other.week = weekNumber;
   other.world.resize(2);
   other.times = {begin + 2.05, begin + 2.35};
   for (const std::string name : {"b.kx", "stranger.kx"}) {
-    Velorn::Flights::saveStrip(folder / name, other);
+    saveStrip(folder / name, other);
   }
   options.output = folder / "disputed";
   options.strips = {options.strips[0], folder / "b.kx", folder / "stranger.kx"};

@@ -11,11 +11,12 @@
 #include "flight/formats/TrajectoryExport.h"
 #include "flight/strips/GridFile.h"
 #include "platform/morvane/Console.h"
+#include "tests/flight/exchange/TenSeconds.h"
 #include "tests/support/LasBytes.h"
-#include "tests/support/NoProgress.h"
 #include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
+#include <velorn/flight/Error.h>
 #include <velorn/flight/Import.h>
 
 using namespace Velorn::Flights;
@@ -37,11 +38,7 @@ double length(const vector& v) {
 class Flight : public testing::Test {
  protected:
   Flight() {
-    std::vector<SbetRecord> records;
-    for (int k = 0; k <= 100; ++k) {
-      records.push_back({begin + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0.01, -0.02, 6.28});
-    }
-    write(records);
+    write(tenSeconds(begin));
     options.strips = {folder / "a.las"};
     options.trajectory.files = {folder / "flight.sbet"};
     options.output = folder / "out";
@@ -68,12 +65,12 @@ class Flight : public testing::Test {
 
   ImportReport done() {
     told.clear();
-    NoProgress silent;
-    checkImport(options);
-    return importFlight(options, silent, [this](const auto& line) { told.push_back(line); });
+    Watch watch;
+    watch.message = [this](const auto& line) { told.push_back(line); };
+    return importFlight(options, watch);
   }
 
-  std::string refusal(Error::Kind kind = Error::BadInput) {
+  std::string refusal(std::optional<Error::Kind> kind = {}) {
     return refusalOf([this] { done(); }, kind);
   }
 
@@ -138,11 +135,7 @@ TEST_F(Flight, IsPartedBySourceAndGap) {
 }
 
 TEST_F(Flight, OverTheEndOfAWeekBecomesAStripAndATrajectoryOfEach) {
-  std::vector<SbetRecord> records;
-  for (int k = 0; k <= 100; ++k) {
-    records.push_back({week - 5 + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0, 0, 0});
-  }
-  write(records);
+  write(tenSeconds(week - 5));
   for (auto& one : sample.points) one.time += week - 5 - begin + 3;  // 4 s after the first record
   save(sample);
   const auto report = done();
@@ -211,11 +204,8 @@ TEST_F(Flight, IsRefusedForWhatItDoesNotSay) {
 }
 
 TEST_F(Flight, TellsOfRepairsAndGapsOfItsTrajectory) {
-  std::vector<SbetRecord> records;
-  for (int k = 0; k <= 100; ++k) {
-    if (k > 20 && k < 35) continue;
-    records.push_back({begin + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0, 0, 0});
-  }
+  auto records = tenSeconds(begin);
+  records.erase(records.begin() + 21, records.begin() + 35);
   std::swap(records[3], records[4]);
   records.push_back(records.back());
   write(records);

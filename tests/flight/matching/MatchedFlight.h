@@ -15,7 +15,6 @@
 #include "flight/strips/Watcher.h"
 #include "tests/flight/matching/MatchFiles.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
-#include "tests/support/NoProgress.h"
 #include <velorn/CorrespondenceBlock.h>
 
 class MatchedFlight {
