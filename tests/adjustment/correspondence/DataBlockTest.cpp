@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/morvane/Console.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/DataBlock.h>
 
@@ -187,9 +187,7 @@ TEST_F(Attributes, WithoutClassificationInOneFragmentStayInStep) {
 
 TEST(Positions, AreThoseOfTheOneGridOrOfTheNamedOne) {
   const TemporaryFolder folder;
-  std::vector<std::string> console;
-  const Morvane::ConsoleRedirection redirection(
-      [&](std::string_view line) { console.emplace_back(line); });
+  ConsoleLines console;
   Velorn::InputParameter parameter;
   parameter.GridName = "b";
   const auto loaded = [&](const std::string& name,

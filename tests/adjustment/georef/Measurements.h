@@ -87,8 +87,7 @@ class RandomCases {
 
 /// The world point by the library's model on any scalar.
 template <typename T>
-Velorn::Vector3<T> worldPointOf(const Case& c, const std::array<T, Exact::unknowns>& u,
-                                Velorn::UsedPowers used = {4, 4}) {
+Velorn::Vector3<T> worldPointOf(const Case& c, const std::array<T, Exact::unknowns>& u) {
   using Velorn::Vector3;
   Velorn::Mounting<T> mounting;
   mounting.offsets = Vector3<T>(u[0], u[1], u[2]);
@@ -96,7 +95,7 @@ Velorn::Vector3<T> worldPointOf(const Case& c, const std::array<T, Exact::unknow
   mounting.misalignment = Velorn::rotation(Vector3<T>(u[6], u[7], u[8]));
   mounting.leverArm = Vector3<T>(u[9], u[10], u[11]);
   return Velorn::worldPoint(Velorn::polarForm(c.scanner),
-                            Velorn::correctedPose(c.pose, &u[12], &u[24], used, c.dt), mounting,
+                            Velorn::correctedPose(c.pose, &u[12], &u[24], {4, 4}, c.dt), mounting,
                             Velorn::projectionOf(c.zone));
 }
 

@@ -11,8 +11,8 @@
 #include <gmock/gmock.h>
 
 #include "adjustment/statistics/AdjustmentStatistic.h"
-#include "platform/morvane/Console.h"
 #include "tests/adjustment/georef/StripOfPoints.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace fs = std::filesystem;
@@ -165,9 +165,7 @@ class Statistics : public testing::Test {
   std::mt19937_64 random_{4};
   std::uint8_t classOfNext_ = 10;
   double metersMoved_ = 1.6;
-  std::vector<std::string> lines_;
-  Morvane::ConsoleRedirection console_{
-      [this](std::string_view line) { lines_.emplace_back(line); }};
+  ConsoleLines lines_;
   AdjustmentStatistic bevore_{"Bevore", strips, configuration_};
   AdjustmentStatistic after_{"After", strips, configuration_};
 };

@@ -7,8 +7,8 @@
 
 #include "adjustment/trajectory/TrajectoryFragment.h"
 #include "platform/geomra/Degree.h"
-#include "platform/morvane/Console.h"
 #include "tests/adjustment/trajectory/TrajectoryFile.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Trajectory.h>
 
@@ -61,9 +61,7 @@ class TrajectoryImport : public testing::Test {
   }
 
   TemporaryFolder folder;
-  std::vector<std::string> console;
-  Morvane::ConsoleRedirection redirection{
-      [this](std::string_view line) { console.emplace_back(line); }};
+  ConsoleLines console;
 };
 
 }  // namespace

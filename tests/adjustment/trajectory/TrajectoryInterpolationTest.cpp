@@ -11,8 +11,8 @@
 #include <gmock/gmock.h>
 
 #include "platform/geomra/Degree.h"
-#include "platform/morvane/Console.h"
 #include "tests/adjustment/trajectory/TrajectoryFile.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Trajectory.h>
 
@@ -56,9 +56,7 @@ class TrajectoryInterpolation : public testing::Test {
   }
 
   TemporaryFolder folder;
-  std::vector<std::string> console;
-  Morvane::ConsoleRedirection redirection{
-      [this](std::string_view line) { console.emplace_back(line); }};
+  ConsoleLines console;
 };
 
 /// The slow twin: the two records found by walking from the start.

@@ -248,7 +248,7 @@ TEST_F(Flight, IsDecompressedByACommand) {
   options.decompress = "no-such-program {in} {out}";
   EXPECT_THAT(refusal(), HasSubstr("no-such-program cannot be started: "));
   options.decompress = "cp {in}";
-  EXPECT_THAT(refusal(), HasSubstr("must hold {in} and {out}"));
+  EXPECT_THAT(refusal(Error::BadSettings), HasSubstr("must hold {in} and {out}"));
   struct Impatient : Kestrum::LoaderProgress {
     int reports = 0;
     void report(const std::string&, std::size_t, std::size_t) override {

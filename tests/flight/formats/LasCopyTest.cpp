@@ -4,17 +4,16 @@
 #include <cerrno>
 #include <chrono>
 #include <cmath>
-#include <csignal>
 #include <numeric>
 #include <random>
 #include <system_error>
 
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 
 #include "flight/formats/LasCopy.h"
 #include "flight/formats/LasFile.h"
 #include "tests/support/LasBytes.h"
+#include "tests/support/Limit.h"
 #include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -191,26 +190,6 @@ TEST_F(LasCopies, ThatCannotBeWrittenAreWriteErrors) {
   EXPECT_THAT(refusal({0}, {{}}, Error::NoSpace), HasSubstr("is not a regular file"));
 }
 
-/// No file of this process grows beyond so many bytes while this lives: the disk is full.
-class FullDisk {
- public:
-  explicit FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit limit{bytes, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FullDisk() {
-    setrlimit(RLIMIT_FSIZE, &before_);
-    std::signal(SIGXFSZ, handler_);
-  }
-  FullDisk(const FullDisk&) = delete;
-  FullDisk& operator=(const FullDisk&) = delete;
-
- private:
-  void (*handler_)(int);
-  rlimit before_{};
-};
-
 TEST_F(LasCopies, OnAFullDiskLeaveTheTargetAsItWas) {
   write(lasSample(2, 3, 1000));
   const auto numbers = allOf(1000);
@@ -219,7 +198,7 @@ TEST_F(LasCopies, OnAFullDiskLeaveTheTargetAsItWas) {
   const std::size_t size = contentOf(source).size();
   for (const std::size_t room : {std::size_t{100}, std::size_t{20000}, size - 1}) {
     const std::string told = [&] {
-      const FullDisk disk(room);
+      const Limit disk(RLIMIT_FSIZE, room);
       return refusal(numbers, points, Error::NoSpace);
     }();
     EXPECT_THAT(told, HasSubstr("adjusted.las: cannot be written")) << room;

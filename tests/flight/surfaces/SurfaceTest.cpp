@@ -2,12 +2,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <random>
 #include <stdexcept>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <omp.h>
 
+#include "flight/surfaces/Cubes.h"
+#include "flight/surfaces/PlaneFit.h"
 #include "flight/surfaces/Representatives.h"
 #include "flight/surfaces/RoughnessLimit.h"
 #include "flight/surfaces/Surface.h"
@@ -16,6 +19,53 @@
 namespace {
 
 using namespace Velorn::Flights;
+using testing::ElementsAre;
+
+/// Points about a projected place on z = 450 + 0.4 x - 0.3 y, with noise in the height.
+std::vector<point> onPlane(std::size_t count, double noise, double across = 3.0) {
+  std::mt19937 random(7);
+  std::uniform_real_distribution<double> place(-3.0, 3.0);
+  std::normal_distribution<double> error;
+  std::vector<point> points;
+  for (std::size_t i = 0; i < count; ++i) {
+    const double x = place(random), y = place(random) * across / 3.0;
+    points.push_back(
+        {600000.0 + x, 5250000.0 + y, 450.0 + 0.4 * x - 0.3 * y + noise * error(random)});
+  }
+  return points;
+}
+
+TEST(PlaneFit, OfExactPointsIsTheirPlaneAlsoFarFromTheOrigin) {
+  const auto fit = planeThrough(onPlane(16, 0.0));
+  ASSERT_TRUE(fit.exists());
+  const double length = std::hypot(0.4, -0.3, 1.0);
+  EXPECT_NEAR(fit.normal.x, -0.4 / length, 1e-7);
+  EXPECT_NEAR(fit.normal.y, 0.3 / length, 1e-7);
+  EXPECT_NEAR(fit.normal.z, 1.0 / length, 1e-7);
+  EXPECT_LT(fit.roughness, 1e-7);
+  EXPECT_NEAR(fit.distanceOf({600000.0, 5250000.0, 451.0}), 1.0 / length, 1e-6);
+}
+
+TEST(PlaneFit, SaysTheNoiseWithoutBias) {
+  double sum = 0.0;
+  constexpr int trials = 400;
+  const auto many = onPlane(trials * 10, 0.02);
+  for (int i = 0; i < trials; ++i) {
+    const auto fit = planeThrough(std::span(many).subspan(static_cast<std::size_t>(i) * 10, 10));
+    ASSERT_TRUE(fit.exists());
+    sum += fit.roughness * fit.roughness;
+  }
+  const double along = 0.02 / std::hypot(0.4, -0.3, 1.0);
+  EXPECT_NEAR(std::sqrt(sum / trials), along, 0.05 * along);
+}
+
+TEST(PlaneFit, DoesNotExistForFewPointsALineAndABall) {
+  EXPECT_FALSE(planeThrough({}).exists());
+  EXPECT_FALSE(planeThrough(onPlane(fewestForPlane - 1, 0.02)).exists());
+  EXPECT_FALSE(planeThrough(onPlane(16, 0.0, 0.05)).exists());
+  EXPECT_FALSE(planeThrough(onPlane(16, 5.0)).exists());
+  EXPECT_FALSE(planeThrough(std::vector<point>(16, {1.0, 2.0, 3.0})).exists());
+}
 
 constexpr double east = 600000.0, north = 5250000.0;
 
@@ -139,6 +189,40 @@ TEST(Representatives, AreNearestTheCentroidsOfTheirCells) {
   EXPECT_EQ(representatives(points, std::vector<std::uint32_t>{0, 7}, 10.0),
             std::vector<std::uint32_t>{0});
   EXPECT_TRUE(representatives(points, {}, 10.0).empty());
+}
+
+std::vector<std::uint32_t> allOf(const std::vector<point>& points) {
+  std::vector<std::uint32_t> numbers(points.size());
+  std::iota(numbers.begin(), numbers.end(), 0U);
+  return numbers;
+}
+
+TEST(Cubes, KeepThePointNearestTheirCentreOnEitherSideOfZero) {
+  const std::vector<point> points{{-0.9, 5.1, 0.1},   // in the cube from -1 to 0
+                                  {-0.6, 5.5, 0.5},   // the same, nearer its centre
+                                  {0.1, 5.5, 0.5},    // another cube in x
+                                  {-0.5, 5.5, -0.5},  // and in z: the same cell in plan
+                                  {-0.5, 5.5, 0.5},   // no member
+                                  {1e8, -1e8, 0.0}};
+  EXPECT_THAT(onePerCube(points, std::vector<std::uint32_t>{0, 1, 2, 3, 5}, 1.0),
+              ElementsAre(1, 2, 3, 5));
+  EXPECT_TRUE(onePerCube({}, {}, 1.0).empty());
+  const std::vector<point> equal{{0.25, 0.5, 0.5}, {0.75, 0.5, 0.5}};
+  EXPECT_THAT(onePerCube(equal, allOf(equal), 1.0), ElementsAre(0)) << "the first of equals";
+}
+
+TEST(Spacing, IsThatOfAnAreaAndNotOfAScanLine) {
+  std::mt19937_64 random(5);
+  std::uniform_real_distribution<double> metre(0.0, 100.0);
+  std::vector<point> even, lines;
+  for (int k = 0; k < 40'000; ++k) {  // four points per square metre
+    even.push_back({metre(random), metre(random), 0.0});
+    lines.push_back({metre(random), std::round(metre(random)), 0.0});
+  }
+  EXPECT_NEAR(spacingOf(even, allOf(even), 5.0), 0.5, 0.05);
+  EXPECT_NEAR(spacingOf(lines, allOf(lines), 5.0), 0.5, 0.15) << "some cm along a line, 1 m across";
+  EXPECT_TRUE(std::isnan(spacingOf(even, allOf(even), 0.5))) << "three points within the radius";
+  EXPECT_TRUE(std::isnan(spacingOf({}, {}, 5.0)));
 }
 
 }  // namespace

@@ -10,11 +10,11 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/morvane/Console.h"
 #include "platform/orvek/HistogramPdf.h"
 #include "platform/orvek/HistogramPlot.h"
 #include "platform/orvek/Statistic.h"
 #include "platform/orvek/VectorToPDF.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace fs = std::filesystem;
@@ -43,9 +43,7 @@ class Plots : public testing::Test {
 
   TemporaryFolder folder_;
   fs::path pdf_ = folder_ / "page.pdf";
-  std::vector<std::string> lines_;
-  Morvane::ConsoleRedirection console_{
-      [this](std::string_view line) { lines_.emplace_back(line); }};
+  ConsoleLines lines_;
 };
 
 Statistic normalDifferences(int count) {
