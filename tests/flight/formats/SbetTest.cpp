@@ -47,10 +47,6 @@ std::string reversedValues(std::string bytes) {
   return bytes;
 }
 
-std::string refusalOf(const std::filesystem::path& file) {
-  return ::refusalOf([&] { readSbet(file); });
-}
-
 }  // namespace
 
 TEST(Sbet, RealRecordsAgreeWithAnIndependentReading) {
