@@ -78,7 +78,7 @@ floor("host", "velorn", "the program: words typed, words printed", ["adjustment"
     ("terminal", "progress on a terminal and in a log, Ctrl-C", "platform"),
     ("commandline", "the table of commands and what is told of it: help, manual page, completion, the nearest word", ""),
     ("project", "project files and the options of a run", "host commandline"),
-    ("commands", "one file per command", "host terminal commandline project"),
+    ("commands", "one file per command", "platform host terminal commandline project"),
     ("main.cpp", "puts the commands together", "platform host terminal commandline project commands"),
 ])
 

@@ -21,7 +21,7 @@
 #include <vector>
 
 #include "flight/formats/Sbet.h"
-#include <velorn/flight/Import.h>
+#include <velorn/flight/TextTrajectoryFormat.h>
 
 namespace Velorn::Flights {
 

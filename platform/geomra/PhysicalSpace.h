@@ -62,6 +62,10 @@ constexpr double dot(const vector& a, const vector& b) {
   return a.x * b.x + a.y * b.y + a.z * b.z;
 }
 
+inline double lengthOf(const vector& v) {
+  return std::sqrt(dot(v, v));
+}
+
 // A column of these goes to disk and back in one call.
 static_assert(sizeof(point) == 3 * sizeof(double) && std::is_trivially_copyable_v<point>);
 static_assert(sizeof(vector) == 3 * sizeof(double) && std::is_trivially_copyable_v<vector>);
