@@ -16,16 +16,13 @@
 #include "bench/OwnProcess.h"
 #include "bench/Settings.h"
 #include "flight/matching/Match.h"
+#include "flight/strips/Watcher.h"
 #include "host/KeptMemory.h"
 #include "tests/flight/matching/MatchFiles.h"
 
 using namespace Velorn::Flights;
 
 namespace {
-
-struct NoProgress final : Kestrum::LoaderProgress {
-  void report(const std::string&, std::size_t, std::size_t) override {}
-};
 
 /// A folder with two strips and their rasters, which goes with the program.
 struct Flight {
@@ -61,8 +58,8 @@ struct Flight {
     Velorn::InputParameter configuration;
     configuration.RootPath = folder;
     orThrow(configuration.check());
-    NoProgress progress;
-    const auto report = Velorn::Flights::match(configuration, files, {}, nullptr, progress);
+    Watcher silent{{}};
+    const auto report = Velorn::Flights::match(configuration, files, {}, nullptr, silent);
     if (report.correspondences == 0) throw std::runtime_error("nothing was found");
   }
 };

@@ -17,9 +17,10 @@
 #include "bench/OwnProcess.h"
 #include "bench/Settings.h"
 #include "bench/Swath.h"
-#include <velorn/flight/Containers.h>
+#include "flight/strips/Watcher.h"
 #include "flight/surfaces/Rasterize.h"
 #include "host/KeptMemory.h"
+#include <velorn/flight/Containers.h>
 
 using namespace Velorn::Flights;
 
@@ -35,11 +36,6 @@ struct Folder {
   }
   Folder(const Folder&) = delete;
   Folder& operator=(const Folder&) = delete;
-};
-
-struct Silent : Kestrum::LoaderProgress {
-  void report(const std::string& /*text*/, std::size_t /*current*/,
-              std::size_t /*total*/) override {}
 };
 
 void makeStrip(const std::filesystem::path& file, std::size_t points) {
@@ -59,11 +55,11 @@ void makeStrip(const std::filesystem::path& file, std::size_t points) {
 
 void rasterize(const std::filesystem::path& folder, const std::string& selection) {
   keepFreedMemory();
-  Silent progress;
+  Watcher silent{{}};
   Velorn::InputParameter configuration;
   configuration.SelectionStr = selection;
   orThrow(configuration.check());
-  rasterizeStrip(folder / "strip.kx", folder / "raster.kx", configuration, {}, progress);
+  rasterizeStrip(folder / "strip.kx", folder / "raster.kx", configuration, {}, silent);
 }
 
 void measure(const Folder& folder, double millions, const std::string& selection) {

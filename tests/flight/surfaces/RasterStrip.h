@@ -10,6 +10,7 @@
 #include <string>
 
 #include "flight/strips/OrFail.h"
+#include "flight/strips/Watcher.h"
 #include "flight/surfaces/Rasterize.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
@@ -40,11 +41,6 @@ inline Velorn::Flights::StripColumns rasterStrip() {
   return strip;
 }
 
-struct Quiet : Kestrum::LoaderProgress {
-  void report(const std::string& /*text*/, std::size_t /*current*/,
-              std::size_t /*total*/) override {}
-};
-
 inline Velorn::InputParameter rasterConfiguration(const std::string& selection = "") {
   Velorn::InputParameter configuration;
   configuration.SelectionStr = selection;
@@ -55,8 +51,8 @@ inline Velorn::InputParameter rasterConfiguration(const std::string& selection =
 inline Velorn::Flights::RasterCounts rasterize(
     const std::filesystem::path& strip, const std::filesystem::path& raster,
     const Velorn::InputParameter& configuration = rasterConfiguration()) {
-  Quiet progress;
-  return Velorn::Flights::rasterizeStrip(strip, raster, configuration, {}, progress);
+  Velorn::Flights::Watcher silent{{}};
+  return Velorn::Flights::rasterizeStrip(strip, raster, configuration, {}, silent);
 }
 
 /// Changes the only grid of a file.

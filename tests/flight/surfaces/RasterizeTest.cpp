@@ -271,15 +271,16 @@ TEST_F(Rasterize, TellsWhatCannotBeWritten) {
 }
 
 TEST_F(Rasterize, ThatIsInterruptedLeavesTheStripAsItIs) {
-  struct Interrupting : Quiet {
-    void report(const std::string& /*text*/, std::size_t current, std::size_t total) override {
-      if (current > 0 && total > 0) throw Error("interrupted");
-    }
-  } progress;
+  Watch watch;
+  bool isBegun = false;
+  watch.progress = [&](const auto&, std::size_t current, auto) { isBegun = current > 0; };
+  watch.isCancelled = [&] { return isBegun; };
+  Watcher watcher(watch);
   save();
   const std::string before = contentOf(strip);
-  EXPECT_EQ(refusalOf([&] { rasterizeStrip(strip, raster, rasterConfiguration(), {}, progress); }),
-            "interrupted");
+  EXPECT_THAT(refusalOf([&] { rasterizeStrip(strip, raster, rasterConfiguration(), {}, watcher); },
+                        Error::Interrupted),
+              HasSubstr("cancelled while"));
   EXPECT_TRUE(contentOf(strip) == before);
   EXPECT_FALSE(std::filesystem::exists(raster));
 }
