@@ -148,6 +148,10 @@ StripColumns loadStrip(const std::filesystem::path& path) {
 CorrespondenceColumns loadCorrespondences(const std::filesystem::path& path) {
   const Velorn::CorrespondenceBlock block(path, std::make_shared<Strandel::MyStorage>(0, 0, 0, 1));
   orFail(block.errorText());
+  if (block.sideI().size() != block.sideJ().size()) {
+    throw Error(fmt::format("{}: its sides have {} and {} points", path.string(),
+                            block.sideI().size(), block.sideJ().size()));
+  }
   return {sideOf(block.sideI()), sideOf(block.sideJ()), block.isGroundTruth(),
           *block.sideI().classes};
 }
