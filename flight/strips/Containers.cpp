@@ -81,7 +81,7 @@ void saveStrip(const std::filesystem::path& file, StripColumns columns) {
   one.addUnlessEmpty(*world, "PointSourceID", std::move(columns.pointSourceId));
   one.addUnlessEmpty(*world, "SourceIndex", std::move(columns.sourceIndex));
   if (!columns.sourceFile.empty()) one.grid().attributes().set("SourceFile", columns.sourceFile);
-  if (!columns.scanner.empty()) {
+  if (!columns.scanner.empty() || !columns.directions.empty()) {
     const auto scanner = one.scanner();
     one.add(*scanner, "Positions", std::move(columns.scanner));
     scanner->shareField(times);

@@ -96,10 +96,13 @@ TEST(Containers, ABlockComesBackUnlessItsSidesDifferInLength) {
 TEST(Containers, ColumnsOfUnequalLengthAreRefusedAndTheFileStaysAsItWas) {
   const TemporaryFolder folder;
   writeContent(folder / "strip.kx", "before");
-  auto columns = twoPoints();
+  auto columns = twoPoints(), beamsAlone = columns;
   columns.amplitude = {1.0};
   EXPECT_THAT(refusalOf([&] { saveStrip(folder / "strip.kx", columns); }),
               AllOf(HasSubstr("strip.kx"), HasSubstr("Amplitude")));
+  beamsAlone.directions.resize(2);  // belong to scanner coordinates
+  EXPECT_THAT(refusalOf([&] { saveStrip(folder / "strip.kx", beamsAlone); }),
+              HasSubstr("strip.kx: not written: "));
   EXPECT_EQ(contentOf(folder / "strip.kx"), "before");
 }
 
