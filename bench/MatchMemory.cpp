@@ -16,9 +16,9 @@
 #include "bench/OwnProcess.h"
 #include "bench/Settings.h"
 #include "flight/matching/Match.h"
-#include "flight/strips/Watcher.h"
 #include "host/KeptMemory.h"
 #include "tests/flight/matching/MatchFiles.h"
+#include "tests/support/NoProgress.h"
 
 using namespace Velorn::Flights;
 
@@ -58,8 +58,8 @@ struct Flight {
     Velorn::InputParameter configuration;
     configuration.RootPath = folder;
     orThrow(configuration.check());
-    Watcher silent{{}};
-    const auto report = Velorn::Flights::match(configuration, files, {}, nullptr, silent);
+    NoProgress progress;
+    const auto report = Velorn::Flights::match(configuration, files, {}, nullptr, progress);
     if (report.correspondences == 0) throw std::runtime_error("nothing was found");
   }
 };

@@ -9,11 +9,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <numbers>
 #include <random>
 
 #include <benchmark/benchmark.h>
 
+#include "platform/geomra/Degree.h"
 #include "platform/tessaly/EarthCentredCoordinates.h"
 #include "platform/tessaly/TransverseMercator.h"
 
@@ -22,7 +22,7 @@ namespace {
 using Geomra::PhysicalSpace::point;
 using Points = std::array<point, 1024>;
 
-constexpr double degree = std::numbers::pi / 180.0;
+using Geomra::degree;
 constexpr double meridian = 9.0;  // [deg], of zone 32
 const auto zone = Tessaly::TransverseMercatorProjectionParameter::UTMfromEPSG(32632);
 const auto& series = GeographicLib::TransverseMercator::UTM();

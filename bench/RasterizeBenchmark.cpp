@@ -27,7 +27,7 @@ using namespace Velorn::Flights;
 
 constexpr unsigned neighbours = 16;
 
-struct Cloud {
+struct PointsForTree {
   const std::vector<point>& points;
   std::size_t kdtree_get_point_count() const { return points.size(); }
   double kdtree_get_pt(std::size_t i, std::size_t axis) const {
@@ -45,11 +45,11 @@ void countPoints(benchmark::State& state, std::size_t count) {
 
 /// The baseline, on one thread.
 void bareQuery(benchmark::State& state, std::size_t count) {
-  using Metric = nanoflann::L2_Simple_Adaptor<double, Cloud>;
+  using Metric = nanoflann::L2_Simple_Adaptor<double, PointsForTree>;
   const auto points = swath(count);
-  const Cloud cloud{points};
+  const PointsForTree cloud{points};
   for (auto _ : state) {
-    nanoflann::KDTreeSingleIndexAdaptor<Metric, Cloud, 3, std::size_t> tree(3, cloud, {10});
+    nanoflann::KDTreeSingleIndexAdaptor<Metric, PointsForTree, 3, std::size_t> tree(3, cloud, {10});
     std::array<std::size_t, neighbours> numbers;
     std::array<double, neighbours> squares;
     for (const point& place : points) {
@@ -62,10 +62,10 @@ void bareQuery(benchmark::State& state, std::size_t count) {
 
 void planes(benchmark::State& state, std::size_t count, int threads) {
   const auto points = swath(count);
-  const std::vector<Echo> echoes(count, Echo::last);
+  const std::vector<Cloud> clouds(count, Cloud::last);
   omp_set_num_threads(threads);
   for (auto _ : state) {
-    const Surface surface = surfaceOf(points, echoes, {neighbours, 5.0}, [](std::size_t) {});
+    const Surface surface = surfaceOf(points, clouds, {neighbours, 5.0}, [](std::size_t) {});
     benchmark::DoNotOptimize(surface.normals.data());
   }
   countPoints(state, count);
@@ -80,9 +80,9 @@ void coarseRound(benchmark::State& state, std::size_t count, double scale) {
     const double side = 0.5 * scale * spacingOf(points, members, 5.0);
     std::vector<point> kept;
     for (const auto k : onePerCube(points, members, side)) kept.push_back(points[k]);
-    const std::vector<Echo> echoes(kept.size(), Echo::last);
+    const std::vector<Cloud> clouds(kept.size(), Cloud::last);
     const Surface surface =
-        surfaceOf(kept, echoes, {4 * neighbours, 5.0 * scale}, [](std::size_t) {});
+        surfaceOf(kept, clouds, {4 * neighbours, 5.0 * scale}, [](std::size_t) {});
     benchmark::DoNotOptimize(surface.normals.data());
   }
   countPoints(state, count);

@@ -17,9 +17,9 @@
 #include "bench/OwnProcess.h"
 #include "bench/Settings.h"
 #include "bench/Swath.h"
-#include "flight/strips/Watcher.h"
 #include "flight/surfaces/Rasterize.h"
 #include "host/KeptMemory.h"
+#include "tests/support/NoProgress.h"
 #include <velorn/flight/Containers.h>
 
 using namespace Velorn::Flights;
@@ -55,11 +55,11 @@ void makeStrip(const std::filesystem::path& file, std::size_t points) {
 
 void rasterize(const std::filesystem::path& folder, const std::string& selection) {
   keepFreedMemory();
-  Watcher silent{{}};
+  NoProgress progress;
   Velorn::InputParameter configuration;
   configuration.SelectionStr = selection;
   orThrow(configuration.check());
-  rasterizeStrip(folder / "strip.kx", folder / "raster.kx", configuration, {}, silent);
+  rasterizeStrip(folder / "strip.kx", folder / "raster.kx", configuration, {}, progress);
 }
 
 void measure(const Folder& folder, double millions, const std::string& selection) {

@@ -9,13 +9,12 @@
 #include <fmt/format.h>
 
 #include "adjustment/model/Layout.h"
+#include "platform/geomra/Degree.h"
 #include "platform/morvane/Console.h"
 #include <velorn/SolverParameters.h>
 
 namespace Velorn {
 namespace {
-
-constexpr double radiansPerDegree = 0.017453292519943295;
 
 // Distance of the global entries from the end of the vector.
 constexpr std::size_t offsets = 12, scales = 9, misalignments = 6, leverArms = 3;
@@ -121,9 +120,9 @@ void SolverParameters::setLeverArm(double x, double y, double z) {
 void SolverParameters::setMisalignment(double x, double y, double z) {
   requireEntries(parameters, misalignments, "setMisalignment");
   const auto first = parameters.end() - misalignments;
-  first[0] = x * radiansPerDegree;
-  first[1] = y * radiansPerDegree;
-  first[2] = z * radiansPerDegree;
+  first[0] = x * Geomra::degree;
+  first[1] = y * Geomra::degree;
+  first[2] = z * Geomra::degree;
 }
 
 std::string SolverParameters::setLeverarmAndMisalignment(

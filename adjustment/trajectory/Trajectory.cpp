@@ -9,6 +9,7 @@
 #include "adjustment/trajectory/Growth.h"
 #include "adjustment/trajectory/TimeIndex.h"
 #include "adjustment/trajectory/TrajectoryFragment.h"
+#include "platform/geomra/Degree.h"
 #include "platform/morvane/Console.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
@@ -23,7 +24,6 @@ using Projection = Tessaly::TransverseMercatorProjectionParameter;
 
 constexpr std::uint32_t noCode = 0xFFFFFFFF;
 constexpr double noLength = -9999.0;
-constexpr double radiansPerDegree = 0.017453292519943295;
 constexpr std::size_t rowsAtOnce = 1 << 18;  // some megabytes per column
 
 bool isNorthernUtm(std::uint32_t epsg) {
@@ -198,8 +198,8 @@ void Trajectory::appendRows(TrajectoryFragment& fragment, std::size_t row, std::
 void Trajectory::appendAngles(const Angles& roll, const Angles& pitch, const Angles& yaw) {
   if (!roll || !pitch || !yaw) return;
   for (std::size_t j = 0; j < roll->size(); ++j) {
-    attitudes.push_back({(*roll)[j] * radiansPerDegree, (*pitch)[j] * radiansPerDegree,
-                         (*yaw)[j] * radiansPerDegree});
+    attitudes.push_back(
+        {(*roll)[j] * Geomra::degree, (*pitch)[j] * Geomra::degree, (*yaw)[j] * Geomra::degree});
   }
 }
 

@@ -3,6 +3,7 @@
 #include "flight/chain/RoundWork.h"
 
 #include <algorithm>
+#include <system_error>
 
 #include <fmt/format.h>
 
@@ -95,6 +96,15 @@ void warnOfMemory(const RunContext& run, const std::vector<fs::path>& blocks) {
       fmt::format("warning: the solver may need {:.1f} GB, {:.1f} GB are free; "
                   "--max-correspondences takes fewer",
                   needed / 1e9, free / 1e9));
+}
+
+/// A coarse round locks all strips; its lists would tell a user that none can be adjusted.
+void removeListsOfHeld(const RunFolder& folder) {
+  for (const char* name :
+       {"03_Warning_LowCorrespondencesPersection.txt", "not_adjusted_strips.sh"}) {
+    std::error_code ignored;
+    fs::remove(folder.status() / name, ignored);
+  }
 }
 
 std::string suffixOf(const Round& round) {
@@ -213,7 +223,9 @@ AdjustmentReport RoundWork::adjust(const Round& round) {
   if (round.start) input.start = round.start->files;
   warnOfMemory(run_, blocks);
   check(input);
-  return adjustedBy(input, run_.watcher);
+  auto report = adjustedBy(input, run_.watcher);
+  if (round.isCoarse()) removeListsOfHeld(run_.folder);
+  return report;
 }
 
 void RoundWork::keep(const Round& round, const RoundReport& report) {

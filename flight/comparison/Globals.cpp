@@ -17,8 +17,8 @@ using Velorn::SolverParameters;
 
 constexpr double toMillionths = 1e6;
 
-Simulation::Mounting estimatedBy(const SolverParameters& parameters) {
-  Simulation::Mounting mounting;
+Simulation::MountingValues estimatedBy(const SolverParameters& parameters) {
+  Simulation::MountingValues mounting;
   for (unsigned j = 0; j < 3; ++j) {
     mounting.offsets[j] = parameters.getRangeAngleOffset(j);
     mounting.scales[j] = parameters.getRangeAngleScale(j);
@@ -60,7 +60,7 @@ Vector3d meanOverStrips(const Truth& truth, const Function& correctionAt) {
 }
 
 /// About roll, pitch and yaw axis [rad].
-Vector3d sumsOf(const Simulation::Mounting& mounting, const ScanShape& shape,
+Vector3d sumsOf(const Simulation::MountingValues& mounting, const ScanShape& shape,
                 const Vector3d& meanAttitude) {
   constexpr double nadir = std::numbers::pi / 2.0;
   const Vector3d &o = mounting.offsets, &c = mounting.scales, &l = mounting.leverArm;
@@ -74,16 +74,16 @@ Vector3d sumsOf(const Simulation::Mounting& mounting, const ScanShape& shape,
 }  // namespace
 
 std::vector<GlobalFigure> globalsOf(const Truth& truth, const SolverParameters& parameters) {
-  const Simulation::Mounting found = estimatedBy(parameters);
+  const Simulation::MountingValues found = estimatedBy(parameters);
   std::vector<GlobalFigure> figures;
   const auto add = [&](std::array<const char*, 3> names, std::array<const char*, 3> units,
-                       const Vector3d& factor, Vector3d Simulation::Mounting::*of) {
+                       const Vector3d& factor, Vector3d Simulation::MountingValues::*of) {
     for (unsigned j = 0; j < 3; ++j) {
       figures.push_back({names[j], units[j], factor[j] * (truth.real.*of)[j],
                          factor[j] * (truth.nominal.*of)[j], factor[j] * (found.*of)[j]});
     }
   };
-  using M = Simulation::Mounting;
+  using M = Simulation::MountingValues;
   const Vector3d ones = Vector3d::Ones();
   add({"offset of range", "offset of angle 1", "offset of angle 2"}, {"m", "deg", "deg"},
       {1.0, degreesPerRadian, degreesPerRadian}, &M::offsets);

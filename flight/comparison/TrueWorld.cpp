@@ -15,14 +15,9 @@ namespace {
 
 using Eigen::Vector3d;
 using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-
-vector vectorOf(const Vector3d& v) {
-  return {v[0], v[1], v[2]};
-}
 
 /// q' = (1 + c) q + o on the polar form.
-point corrected(const point& scanner, const Simulation::Mounting& mounting) {
+point corrected(const point& scanner, const Simulation::MountingValues& mounting) {
   const point q = Tessaly::polarCoordinatesFromCartesian(scanner);
   const Vector3d real =
       Vector3d(q.x, q.y, q.z).cwiseProduct(Vector3d::Ones() + mounting.scales) + mounting.offsets;
@@ -52,10 +47,8 @@ Points trueWorld(const Truth& truth, const Velorn::Trajectory& trajectory, std::
     const auto i = static_cast<std::size_t>(k);
     Simulation::Pose pose;
     trajectory.interpolateTrajectory(times[i], truth.week, pose.position, pose.attitude, false);
-    const double dt = times[i] - known.errors.firstTime;
-    pose.position = pose.position + vectorOf(known.errors.position.at(dt));
-    pose.attitude = pose.attitude + vectorOf(known.errors.attitude.at(dt));
-    const Simulation::Beams beams(pose, truth.real.misalignment, truth.real.leverArm, projection);
+    const Simulation::Beams beams(known.errors.added(pose, times[i], 1.0), truth.real.misalignment,
+                                  truth.real.leverArm, projection);
     world[i] = beams.world(corrected(scanner[i], truth.real));
   }
   return world;

@@ -25,7 +25,7 @@ Vector3d listed(const PlainJson& three) {
 }
 
 /// @param which  "true" or "nominal"
-Simulation::Mounting mountingIn(const PlainJson& globals, const char* which) {
+Simulation::MountingValues mountingIn(const PlainJson& globals, const char* which) {
   const auto in = [&](const char* name) { return listed(globals.at(name).at(which)); };
   return {in("offsets").cwiseProduct(Vector3d(1.0, degree, degree)), in("scales"),
           degree * in("misalignment"), in("leverArm")};

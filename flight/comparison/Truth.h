@@ -24,7 +24,7 @@ struct TrueStrip {
 struct Truth {
   unsigned int week = 0;                      ///< GPS week of all times
   double rangeNoise = 0.0, angleNoise = 0.0;  ///< standard deviations: [m], [rad]
-  Simulation::Mounting real, nominal;
+  Simulation::MountingValues real, nominal;
   std::filesystem::path trajectory;  ///< as delivered
   std::vector<TrueStrip> strips;
   std::vector<Velorn::TerrainType> kindOfPlane;  ///< by the number of the plane

@@ -3,21 +3,18 @@
 #include "flight/exchange/Decompression.h"
 
 #include <array>
-#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <system_error>
 #include <vector>
 
 #include <fmt/format.h>
-#include <spawn.h>
-#include <sys/wait.h>
 
 #include "flight/formats/LasHeader.h"
+#include "flight/strips/OrFail.h"
 #include "flight/strips/OutputPlaces.h"
-#include <velorn/flight/Error.h>
-
-extern char** environ;
+#include "platform/plome/Program.h"
+#include "platform/plome/ReplacedFile.h"
 
 namespace Velorn::Flights {
 namespace {
@@ -52,22 +49,6 @@ std::vector<std::string> wordsOf(const std::string& command, const fs::path& in,
       Error::BadSettings);
 }
 
-/// @return the exit status; 127 for a program that cannot be started
-int statusOf(std::vector<std::string> words) {
-  std::vector<char*> arguments;
-  for (auto& word : words) arguments.push_back(word.data());
-  arguments.push_back(nullptr);
-  pid_t child = 0;
-  if (posix_spawnp(&child, arguments.front(), nullptr, nullptr, arguments.data(), environ) != 0) {
-    return 127;
-  }
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0) {
-    if (errno != EINTR) return 127;
-  }
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
 }  // namespace
 
 bool isCompressed(const fs::path& file) {
@@ -82,25 +63,23 @@ bool isCompressed(const fs::path& file) {
   return known && known->isCompressed;
 }
 
-fs::path decompressed(const fs::path& file, const std::string& command, const fs::path& folder) {
-  const std::string stem = file.stem().string();
-  const fs::path target = folder / (stem + ".las"), unfinished = folder / (stem + ".part.las");
-  const auto words = wordsOf(command, file, unfinished);
+fs::path decompressed(const fs::path& file, const std::string& command, const fs::path& folder,
+                      const std::function<void()>& whileRunning) {
+  const fs::path target = folder / (file.stem().string() + ".las");
+  Plome::ReplacedFile las(target, ".las");
+  const auto words = wordsOf(command, file, las.temporary());
   makeFolder(folder);
+  const auto end = Plome::runProgram({.command = words, .whileRunning = whileRunning});
+  if (!end.fault.empty()) {
+    throw Error(fmt::format("{}: `{}`: {}{}{}", file.string(), command, end.fault,
+                            end.said.empty() ? "" : ": ", end.said));
+  }
   std::error_code fault;
-  fs::remove(unfinished, fault);
-  const int status = statusOf(words);
-  if (status != 0) {
-    fs::remove(unfinished, fault);
-    throw Error(fmt::format("{}: `{}` ended with status {}{}", file.string(), command, status,
-                            status == 127 ? ": is it installed?" : ""));
-  }
-  if (!fs::is_regular_file(unfinished, fault)) {
+  if (!fs::is_regular_file(las.temporary(), fault)) {
     throw Error(
-        fmt::format("{}: `{}` made no file {}", file.string(), command, unfinished.string()));
+        fmt::format("{}: `{}` made no file {}", file.string(), command, las.temporary().string()));
   }
-  fs::rename(unfinished, target, fault);
-  if (fault) throw Error(target.string() + ": " + fault.message(), Error::NoSpace);
+  orFail(las.replace(), Error::NoSpace);
   return target;
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 
 namespace Velorn::Flights {
@@ -15,10 +16,13 @@ bool isCompressed(const std::filesystem::path& file);
 
 /// Runs a command, without a shell, that decompresses a file: of its words, parted by blanks, {in}
 /// stands for the file and {out} for the LAS file to be made, such as "laszip -i {in} -o {out}".
+/// @param whileRunning  called time and again meanwhile; what it throws ends the command and is
+///                      passed on
 /// @return the file made, <stem>.las in the folder, replaced only when the command succeeds
 /// @throws Error that names the command: one without {in} or {out}, not found, failing, or making
 ///         no file
 std::filesystem::path decompressed(const std::filesystem::path& file, const std::string& command,
-                                   const std::filesystem::path& folder);
+                                   const std::filesystem::path& folder,
+                                   const std::function<void()>& whileRunning);
 
 }  // namespace Velorn::Flights

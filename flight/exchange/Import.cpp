@@ -168,17 +168,22 @@ class FlightImport {
  private:
   void look() {
     for (const auto& strip : options_.strips) {
-      progress_.report("looking at", files_.size(), options_.strips.size());
+      tellLooking();
       files_.push_back(lasFactsOf(plain(strip)));
       const auto& warning = files_.back().times.warning;
       if (!warning.empty()) tell_(strip.string() + ": " + warning);
     }
   }
 
+  void tellLooking() const {
+    progress_.report("looking at", files_.size(), options_.strips.size());
+  }
+
   /// What is decompressed stays, because adjusted strips are exported with its records.
   fs::path plain(const fs::path& strip) const {
     if (options_.decompress.empty() || !isCompressed(strip)) return strip;
-    return decompressed(strip, options_.decompress, options_.output / "decompressed");
+    return decompressed(strip, options_.decompress, options_.output / "decompressed",
+                        [this] { tellLooking(); });
   }
 
   void saveControl() {

@@ -19,6 +19,7 @@
 #include "flight/formats/LittleEndian.h"
 #include "flight/strips/OrFail.h"
 #include "platform/plome/ReplacedFile.h"
+#include "platform/plome/SystemFault.h"
 
 namespace Velorn::Flights {
 namespace {
@@ -53,7 +54,7 @@ class Output {
  private:
   void orFail() const {
     if (stream_) return;
-    const std::string cause = errno != 0 ? std::generic_category().message(errno) : "unknown cause";
+    const std::string cause = errno != 0 ? Plome::systemFault(errno) : "unknown cause";
     throw Error(fmt::format("{}: cannot be written: {}", target_.string(), cause), Error::NoSpace);
   }
 

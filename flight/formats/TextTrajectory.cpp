@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <stdexcept>
 #include <string_view>
 
@@ -21,7 +22,9 @@ namespace Velorn::Flights {
 namespace {
 
 using Geomra::degree;
+using std::numbers::pi;
 
+using Q = TrajectoryQuantity;
 using Words = std::vector<std::string_view>;
 using Zone = Tessaly::TransverseMercatorProjectionParameter;
 
@@ -101,7 +104,7 @@ class TrajectoryReader {
   TrajectoryReader(const std::filesystem::path& file, const TextTrajectoryFormat& format)
       : format_(format),
         places_(columnPlacesOf(format.columns)),
-        projected_(places_[Easting].has_value()),
+        projected_(places_[Q::Easting].has_value()),
         grid_(format.heading == NorthReference::Grid),
         zone_(projected_ || grid_ ? zoneOf(format) : Zone()),
         file_(file.string()),
@@ -127,14 +130,14 @@ class TrajectoryReader {
  private:
   SbetRecord record(const Words& words) {
     SbetRecord record;
-    record.time = times_.next(value(words, Time));
+    record.time = times_.next(value(words, Q::Time));
     const auto geographic = position(words);
     record.longitude = geographic.x;
     record.latitude = geographic.y;
     record.height = geographic.z;
-    record.roll = value(words, Roll);
-    record.pitch = value(words, Pitch);
-    record.heading = value(words, Heading);
+    record.roll = value(words, Q::Roll);
+    record.pitch = value(words, Q::Pitch);
+    record.heading = value(words, Q::Heading);
     for (const double angle : {record.roll, record.pitch, record.heading}) {
       largestAttitude_ = std::max(largestAttitude_, std::abs(angle));
     }
@@ -143,26 +146,26 @@ class TrajectoryReader {
   }
 
   Geomra::PhysicalSpace::point position(const Words& words) {
-    const double height = value(words, Height);
+    const double height = value(words, Q::Height);
     if (projected_) {
       return Tessaly::inverseTransverseMercatorProjection(
-          {value(words, Easting), value(words, Northing), height}, zone_, false);
+          {value(words, Q::Easting), value(words, Q::Northing), height}, zone_, false);
     }
-    const double latitude = value(words, Latitude), longitude = value(words, Longitude);
+    const double latitude = value(words, Q::Latitude), longitude = value(words, Q::Longitude);
     largestLatitude_ = std::max(largestLatitude_, std::abs(latitude));
     largestLongitude_ = std::max(largestLongitude_, std::abs(longitude));
     return {longitude, latitude, height};
   }
 
-  AngleUnit unitOf(const Quantity& quantity) const {
-    return quantity.kind == Kind::PositionAngle ? format_.positionUnit : format_.attitudeUnit;
+  AngleUnit unitOf(const Q& quantity) const {
+    return quantity.kind == Q::PositionAngle ? format_.positionUnit : format_.attitudeUnit;
   }
 
   /// [s], [m], [rad]
-  double value(const Words& words, Place place) const {
-    const Quantity& quantity = quantities[place];
+  double value(const Words& words, Q::Place place) const {
+    const Q& quantity = trajectoryQuantities[place];
     const double read = text_.finiteNumber(words, *places_[place], quantity.name);
-    const bool inDegrees = quantity.kind != Kind::Plain && unitOf(quantity) == AngleUnit::Degrees;
+    const bool inDegrees = quantity.kind != Q::Plain && unitOf(quantity) == AngleUnit::Degrees;
     const double converted = inDegrees ? read * degree : read;
     if (!(converted >= quantity.lowest && converted <= quantity.highest)) {
       refuseValue(quantity, read, inDegrees ? degree : 1.0);
@@ -170,8 +173,8 @@ class TrajectoryReader {
     return converted;
   }
 
-  [[noreturn]] void refuseValue(const Quantity& quantity, double read, double unit) const {
-    const bool angle = quantity.kind != Kind::Plain;
+  [[noreturn]] void refuseValue(const Q& quantity, double read, double unit) const {
+    const bool angle = quantity.kind != Q::Plain;
     std::string fault =
         fmt::format("the {} is {}{}{}, not between {:.6g} and {:.6g}{}", quantity.name, read,
                     angle ? " " : "", angle ? unitName(unitOf(quantity)) : "",
@@ -179,7 +182,7 @@ class TrajectoryReader {
     const double asDegrees = read * degree;
     if (angle && unit == 1.0 && asDegrees >= quantity.lowest && asDegrees <= quantity.highest) {
       fault += fmt::format("; say degrees for the {} if they are",
-                           quantity.kind == Kind::PositionAngle ? "positions" : "attitude");
+                           quantity.kind == Q::PositionAngle ? "positions" : "attitude");
     }
     text_.refuse(fault);
   }
@@ -205,7 +208,7 @@ class TrajectoryReader {
   }
 
   const TextTrajectoryFormat& format_;
-  ColumnPlaces places_;
+  TrajectoryColumnPlaces places_;
   bool projected_, grid_;
   Zone zone_;
   std::string file_;

@@ -12,52 +12,52 @@
 
 namespace Velorn::Flights {
 
-enum class Kind { Plain, PositionAngle, AttitudeAngle };
-
 /// Something that a column holds.
-struct Quantity {
+struct TrajectoryQuantity {
+  enum Kind { Plain, PositionAngle, AttitudeAngle };
+  /// Places in the table below, and in TrajectoryColumnPlaces.
+  enum Place : std::size_t {
+    Time,
+    Latitude,
+    Longitude,
+    Easting,
+    Northing,
+    Height,
+    Roll,
+    Pitch,
+    Heading
+  };
+
   const char* name;
   Kind kind;
   double lowest, highest;  ///< [m] or [rad]
   const char* hint;        ///< for a value out of range
 };
 
-/// Places of the quantities in the table, and in ColumnPlaces.
-enum Place : std::size_t {
-  Time,
-  Latitude,
-  Longitude,
-  Easting,
-  Northing,
-  Height,
-  Roll,
-  Pitch,
-  Heading
-};
-
-using std::numbers::pi;
-
 // Eastings are bounded so tightly that neither degrees nor a northing is taken for one. Attitudes
 // are bounded as in SBET files.
-inline constexpr std::array quantities{
-    Quantity{"time", Kind::Plain, -1e9, 2e9, ""},
-    Quantity{"latitude", Kind::PositionAngle, -pi / 2, pi / 2, ""},
-    Quantity{"longitude", Kind::PositionAngle, -pi, pi, ""},
-    Quantity{
-        "easting", Kind::Plain, 1e3, 999e3,
+inline constexpr std::array trajectoryQuantities = [] {
+  using std::numbers::pi;
+  using Q = TrajectoryQuantity;
+  return std::array{
+      Q{"time", Q::Plain, -1e9, 2e9, ""},
+      Q{"latitude", Q::PositionAngle, -pi / 2, pi / 2, ""},
+      Q{"longitude", Q::PositionAngle, -pi, pi, ""},
+      Q{"easting", Q::Plain, 1e3, 999e3,
         "; an easting comes without the number of its zone, and before the northing only where "
         "the columns say so"},
-    Quantity{"northing", Kind::Plain, -1e7, 1e7, ""},
-    Quantity{"height", Kind::Plain, -1e5, 1e5, ""},
-    Quantity{"roll", Kind::AttitudeAngle, -2 * pi, 2 * pi, ""},
-    Quantity{"pitch", Kind::AttitudeAngle, -2 * pi, 2 * pi, ""},
-    Quantity{"heading", Kind::AttitudeAngle, -4 * pi, 4 * pi, ""}};
+      Q{"northing", Q::Plain, -1e7, 1e7, ""},
+      Q{"height", Q::Plain, -1e5, 1e5, ""},
+      Q{"roll", Q::AttitudeAngle, -2 * pi, 2 * pi, ""},
+      Q{"pitch", Q::AttitudeAngle, -2 * pi, 2 * pi, ""},
+      Q{"heading", Q::AttitudeAngle, -4 * pi, 4 * pi, ""}};
+}();
 
 /// The column of each quantity, from 0 on; none where the file has no such column.
-using ColumnPlaces = std::array<std::optional<std::size_t>, quantities.size()>;
+using TrajectoryColumnPlaces = std::array<std::optional<std::size_t>, trajectoryQuantities.size()>;
 
 /// Reads the description of columns.
 /// @throws Error for a word that is no quantity or is there twice, and for a missing quantity
-ColumnPlaces columnPlacesOf(const std::string& description);
+TrajectoryColumnPlaces columnPlacesOf(const std::string& description);
 
 }  // namespace Velorn::Flights

@@ -14,13 +14,13 @@
 #include <numbers>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 
 #include <fmt/format.h>
 
 #include "flight/strips/OrFail.h"
 #include "platform/geomra/Degree.h"
 #include "platform/plome/ReplacedFile.h"
+#include "platform/plome/SystemFault.h"
 #include "platform/tessaly/TransverseMercator.h"
 
 namespace Velorn::Flights {
@@ -59,7 +59,7 @@ void writeRecords(const std::filesystem::path& file, const std::vector<SbetRecor
   Plome::ReplacedFile replaced(file);
   std::ofstream stream(replaced.temporary(), std::ios::binary);
   if (!stream) {
-    throw Error(file.string() + ": " + std::generic_category().message(errno), Error::NoSpace);
+    throw Error(file.string() + ": " + Plome::systemFault(errno), Error::NoSpace);
   }
   const auto writeBlock = [&] {
     stream.write(block.data(), static_cast<std::streamsize>(block.size()));

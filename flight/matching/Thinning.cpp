@@ -10,20 +10,12 @@
 #include <tuple>
 
 #include "platform/geomra/Degree.h"
+#include "platform/plome/SplitMix64.h"
 
 namespace Velorn::Flights {
 namespace {
 
 using Geomra::degree;
-
-/// The output function of SplitMix64 (Steele, Lea, Flood: Fast splittable pseudorandom number
-/// generators, 2014).
-std::uint64_t mixed(std::uint64_t z) {
-  z += 0x9E3779B97F4A7C15;
-  z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9;
-  z = (z ^ (z >> 27)) * 0x94D049BB133111EB;
-  return z ^ (z >> 31);
-}
 
 struct Drawn {
   std::uint64_t stratumLot, stratum, lot;  // lots decide; the stratum itself parts equal lots
@@ -99,7 +91,8 @@ std::uint64_t stratumOf(std::uint8_t code, const Geomra::PhysicalSpace::vector& 
 }
 
 std::uint64_t derivedSeed(std::uint64_t seed, std::uint64_t first, std::uint64_t second) {
-  return mixed(mixed(mixed(seed) ^ first) ^ second);
+  using Plome::splitMix64;
+  return splitMix64(splitMix64(splitMix64(seed) ^ first) ^ second);
 }
 
 }  // namespace Velorn::Flights

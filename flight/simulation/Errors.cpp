@@ -48,15 +48,15 @@ vector vectorOf(const Vector3d& v) {
 
 }  // namespace
 
-Mounting nominalMounting() {
-  Mounting mounting;
+MountingValues nominalMounting() {
+  MountingValues mounting;
   mounting.misalignment = degree * Vector3d(0.21, -0.37, 0.44);
   mounting.leverArm = Vector3d(0.12, -0.18, 0.85);
   return mounting;
 }
 
-Mounting trueMounting(const SimulationSettings& options) {
-  Mounting mounting = nominalMounting();
+MountingValues trueMounting(const SimulationSettings& options) {
+  MountingValues mounting = nominalMounting();
   mounting.offsets = scaleOf(options, "offsets") * Vector3d(0.03, 0.01 * degree, 0.01 * degree);
   mounting.scales = scaleOf(options, "scales") * Vector3d(1e-4, 1e-4, 1e-4);
   mounting.misalignment += scaleOf(options, "misalignment") * degree * Vector3d(0.05, -0.03, 0.1);
@@ -70,6 +70,12 @@ Vector3d Correction::at(double dt) const {
     sum[j] += amplitude[j] * std::sin(2.0 * std::numbers::pi * dt / period[j] + phase[j]);
   }
   return sum;
+}
+
+Pose StripErrors::added(const Pose& pose, double time, double factor) const {
+  const double dt = time - firstTime;
+  return {pose.position + factor * vectorOf(position.at(dt)),
+          pose.attitude + factor * vectorOf(attitude.at(dt))};
 }
 
 StripErrors drawnErrors(const SimulationSettings& options, std::uint64_t strip, double firstTime) {
@@ -90,9 +96,7 @@ Track deliveredTrack(const Track& truth, const std::vector<PlannedStrip>& strips
     for (std::size_t k = 0; k < strips.size(); ++k) {
       const double weight = presence(strips[k], time);
       if (weight == 0.0) continue;
-      const double dt = time - errors[k].firstTime;
-      pose.position = pose.position - weight * vectorOf(errors[k].position.at(dt));
-      pose.attitude = pose.attitude - weight * vectorOf(errors[k].attitude.at(dt));
+      pose = errors[k].added(pose, time, -weight);
     }
     delivered.add(time, pose);
   }

@@ -15,7 +15,7 @@
 namespace Velorn::Flights::Simulation {
 
 /// The twelve numbers that all strips share.
-struct Mounting {
+struct MountingValues {
   Eigen::Vector3d offsets = Eigen::Vector3d::Zero();  ///< o of range and angles: [m], [rad], [rad]
   Eigen::Vector3d scales = Eigen::Vector3d::Zero();   ///< c of range and angles
   Eigen::Vector3d misalignment = Eigen::Vector3d::Zero();  ///< about the body's axes [rad]
@@ -23,10 +23,10 @@ struct Mounting {
 };
 
 /// What the delivered files say.
-Mounting nominalMounting();
+MountingValues nominalMounting();
 
 /// What is true: the nominal one plus errors of fixed size, times the factors of the options.
-Mounting trueMounting(const SimulationSettings& options);
+MountingValues trueMounting(const SimulationSettings& options);
 
 /// Corrections of three components, dt the seconds since the strip's first GPS time:
 ///   constant + linear dt + amplitude sin(2 π dt / period + phase)
@@ -42,6 +42,9 @@ struct StripErrors {
   double firstTime = 0.0;  ///< where dt = 0 [s of week]
   Correction position;     ///< easting, northing, height [m]
   Correction attitude;     ///< roll, pitch, yaw [rad]
+
+  /// The pose plus so many times the corrections at a time.
+  Pose added(const Pose& pose, double time, double factor) const;
 
   /// Leaves what is constant or linear in time.
   void removeSlowPart() {

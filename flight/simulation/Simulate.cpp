@@ -27,7 +27,7 @@ point pointOf(const Eigen::Vector3d& v) {
   return {v[0], v[1], v[2]};
 }
 
-TrajectoryColumns trajectoryColumns(const Track& track, const Mounting& mounting,
+TrajectoryColumns trajectoryColumns(const Track& track, const MountingValues& mounting,
                                     std::uint32_t epsg) {
   TrajectoryColumns columns;
   columns.week = FlightPlan::week;
@@ -115,7 +115,7 @@ class SimulatedFlight {
   FlightPlan plan_;
   Terrain terrain_;
   Track truth_, delivered_;
-  Mounting real_, nominal_;
+  MountingValues real_, nominal_;
   Survey survey_;
   std::vector<StripErrors> errors_;
 };

@@ -86,7 +86,7 @@ double brightnessOf(Surface surface, double range) {
 }  // namespace
 
 Survey::Survey(const SimulationSettings& options, const FlightPlan& plan, const Terrain& terrain,
-               const Track& track, const Mounting& mounting, const Projection& projection)
+               const Track& track, const MountingValues& mounting, const Projection& projection)
     : options_(options),
       plan_(plan),
       terrain_(terrain),

@@ -29,7 +29,7 @@ struct Echo {
 class Survey {
  public:
   Survey(const SimulationSettings& options, const FlightPlan& plan, const Terrain& terrain,
-         const Track& track, const Mounting& mounting, const Projection& projection);
+         const Track& track, const MountingValues& mounting, const Projection& projection);
 
   /// Time of the first pulse of a strip that gives a point [s of week].
   /// @throws Error when none does
@@ -45,7 +45,7 @@ class Survey {
   const FlightPlan& plan_;
   const Terrain& terrain_;
   const Track& track_;
-  const Mounting& mounting_;
+  const MountingValues& mounting_;
   const Projection& projection_;
   Scanner scanner_;
 };

@@ -12,9 +12,8 @@
 namespace Velorn::Flights::Simulation {
 namespace {
 
-using Geomra::degree;
-
 using Eigen::Vector3d;
+using Geomra::degree, Geomra::degreesPerRadian;
 using Json = nlohmann::ordered_json;  // keeps the order of the keys
 
 Json listOf(const Vector3d& v) {
@@ -31,11 +30,10 @@ Json globalOf(const Json& unit, const Vector3d& real, const Vector3d& nominal,
           {"error", listOf((real - nominal).cwiseProduct(factor))}};
 }
 
-Json globalsOf(const Mounting& nominal, const Mounting& real) {
-  constexpr double toDegrees = 1.0 / degree;
-  const Vector3d ones = Vector3d::Ones(), degrees = toDegrees * ones;
+Json globalsOf(const MountingValues& nominal, const MountingValues& real) {
+  const Vector3d ones = Vector3d::Ones(), degrees = degreesPerRadian * ones;
   return {{"offsets", globalOf({"m", "deg", "deg"}, real.offsets, nominal.offsets,
-                               Vector3d(1.0, toDegrees, toDegrees))},
+                               Vector3d(1.0, degreesPerRadian, degreesPerRadian))},
           {"scales", globalOf("1", real.scales, nominal.scales, ones)},
           {"misalignment", globalOf("deg", real.misalignment, nominal.misalignment, degrees)},
           {"leverArm", globalOf("m", real.leverArm, nominal.leverArm, ones)}};
@@ -78,8 +76,8 @@ Json optionsOf(const SimulationSettings& options) {
 
 }  // namespace
 
-std::string truthText(const SimulationSettings& options, const Mounting& nominal,
-                      const Mounting& real, const std::vector<StripTruth>& strips) {
+std::string truthText(const SimulationSettings& options, const MountingValues& nominal,
+                      const MountingValues& real, const std::vector<StripTruth>& strips) {
   Json truth{{"format", "velorn synthetic flight"},
              {"version", 1},
              {"options", optionsOf(options)},

@@ -24,8 +24,8 @@ struct StripTruth {
 };
 
 /// Every injected error, as docs/simulation.md describes it.
-std::string truthText(const SimulationSettings& options, const Mounting& nominal,
-                      const Mounting& real, const std::vector<StripTruth>& strips);
+std::string truthText(const SimulationSettings& options, const MountingValues& nominal,
+                      const MountingValues& real, const std::vector<StripTruth>& strips);
 
 /// One line per plane: number, class, a point [m] and the unit normal.
 std::string planesText(const Terrain& terrain);

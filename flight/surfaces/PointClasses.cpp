@@ -14,7 +14,7 @@ namespace {
 
 class Classifier {
  public:
-  Classifier(const StripColumns& points, const RasterSettings& options)
+  Classifier(const PointsToClassify& points, const RasterSettings& options)
       : points_(points),
         limit_(static_cast<float>(options.maxRoughness)),
         steepest_(std::cos(options.slopeLimit * std::numbers::pi / 180.0)) {
@@ -24,7 +24,7 @@ class Classifier {
     limit_.settle();
     if (points_.given) return;
     for (std::size_t i = 0; i < points_.places.size(); ++i) {
-      if (isPlanar(i) && kind(i) != Kind::none) ground_.add(points_.places[i]);
+      if (isPlanar(i) && kind(i) != SurfaceKind::none) ground_.add(points_.places[i]);
     }
   }
 
@@ -34,7 +34,7 @@ class Classifier {
 
   /// Whether the classes alone say that a point is never matched.
   bool isExcluded(std::size_t i) const {
-    return points_.given ? !isSurface((*points_.given)[i]) : kind(i) == Kind::none;
+    return points_.given ? !isSurface((*points_.given)[i]) : kind(i) == SurfaceKind::none;
   }
 
   /// Of a planar point that is not excluded.
@@ -44,10 +44,10 @@ class Classifier {
   }
 
  private:
-  bool isLast(std::size_t i) const { return points_.echoes[i] == Echo::last; }
-  Kind kind(std::size_t i) const { return kindOf(points_.lasClasses[i]); }
+  bool isLast(std::size_t i) const { return points_.clouds[i] == Cloud::last; }
+  SurfaceKind kind(std::size_t i) const { return kindOf(points_.lasClasses[i]); }
 
-  const StripColumns& points_;
+  const PointsToClassify& points_;
   RoughnessLimit limit_;
   double steepest_;
   LowestGround ground_;
@@ -55,16 +55,16 @@ class Classifier {
 
 }  // namespace
 
-std::vector<std::uint8_t> classCodes(const StripColumns& points, const RasterSettings& options,
+std::vector<std::uint8_t> classCodes(const PointsToClassify& points, const RasterSettings& options,
                                      RasterCounts& counts) {
   const Classifier classifier(points, options);
   std::vector<std::uint8_t> codes(points.places.size(), noTerrain);
   std::vector<float> roughness;
   counts.points = codes.size();
   for (std::size_t i = 0; i < codes.size(); ++i) {
-    if (points.echoes[i] == Echo::leftOut) {
+    if (points.clouds[i] == Cloud::leftOut) {
       ++counts.notFinite;
-    } else if (points.echoes[i] == Echo::notLast) {
+    } else if (points.clouds[i] == Cloud::notLast) {
       ++counts.notLast;
     } else if (classifier.isExcluded(i)) {
       ++counts.notTerrain;

@@ -15,9 +15,9 @@
 namespace Velorn::Flights {
 
 /// What is known about the points of a strip, one entry per point.
-struct StripColumns {
+struct PointsToClassify {
   std::span<const point> places;
-  std::span<const Echo> echoes;
+  std::span<const Cloud> clouds;
   const Surface& surface;
   std::span<const std::uint8_t> lasClasses;
   const std::optional<std::vector<std::uint8_t>>& given;  ///< codes that stand where planar
@@ -25,7 +25,7 @@ struct StripColumns {
 
 /// Values of RigorousClassification, and all counts but those of selected points and surfaces.
 /// @param counts  gets them
-std::vector<std::uint8_t> classCodes(const StripColumns& points, const RasterSettings& options,
+std::vector<std::uint8_t> classCodes(const PointsToClassify& points, const RasterSettings& options,
                                      RasterCounts& counts);
 
 }  // namespace Velorn::Flights

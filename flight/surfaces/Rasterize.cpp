@@ -85,31 +85,31 @@ class StripRasterizing {
   /// Planes, classes and what speaks against a point.
   /// @param side  of the cubes of which one point counts [m]; 0: all points count
   Surface classify(std::span<const point> places, double side) {
-    auto echoes = echoesOf(strip_, places);
-    if (side > 0.0) thinOut(places, side, echoes);
-    Surface surface = surfaceOf(places, echoes);
+    auto clouds = cloudsOf(strip_, places);
+    if (side > 0.0) thinOut(places, side, clouds);
+    Surface surface = surfaceOf(places, clouds);
     deselectByAmplitude();
     counts_.notSelected += deselect(selection_, strip_, codes_);
     return surface;
   }
 
   /// Leaves one last echo per cube, and no other echoes.
-  void thinOut(std::span<const point> places, double side, std::vector<Echo>& echoes) {
-    const auto last = onePerCube(places, membersOf(echoes, Echo::last), side);
-    const auto leftOut = std::ranges::count(echoes, Echo::leftOut);
-    counts_.notFirst = echoes.size() - static_cast<std::size_t>(leftOut) - last.size();
-    std::ranges::fill(echoes, Echo::leftOut);
-    for (const std::uint32_t i : last) echoes[i] = Echo::last;
+  void thinOut(std::span<const point> places, double side, std::vector<Cloud>& clouds) {
+    const auto last = onePerCube(places, membersOf(clouds, Cloud::last), side);
+    const auto leftOut = std::ranges::count(clouds, Cloud::leftOut);
+    counts_.notFirst = clouds.size() - static_cast<std::size_t>(leftOut) - last.size();
+    std::ranges::fill(clouds, Cloud::leftOut);
+    for (const std::uint32_t i : last) clouds[i] = Cloud::last;
   }
 
-  Surface surfaceOf(std::span<const point> places, const std::vector<Echo>& echoes) {
+  Surface surfaceOf(std::span<const point> places, const std::vector<Cloud>& clouds) {
     const Neighbourhood neighbourhood{options_.neighbours, options_.neighbourRadius};
-    Surface surface = Flights::surfaceOf(places, echoes, neighbourhood, [&](std::size_t done) {
+    Surface surface = Flights::surfaceOf(places, clouds, neighbourhood, [&](std::size_t done) {
       progress_.report(text_, done, strip_.size());
     });
     const auto lasClasses = strip_.world<std::uint8_t>("Classification").whole();
     const auto given = givenClasses(strip_);
-    codes_ = classCodes({places, echoes, surface, *lasClasses, given}, options_, counts_);
+    codes_ = classCodes({places, clouds, surface, *lasClasses, given}, options_, counts_);
     counts_.notFinite -= counts_.notFirst;
     return surface;
   }
@@ -219,7 +219,7 @@ double spacingOfStrip(const fs::path& strip, const Velorn::InputParameter& confi
                       double radius) {
   const GridFile file(strip, configuration);
   const auto places = file.world<point>("Positions").whole();
-  return spacingOf(*places, membersOf(echoesOf(file, *places), Echo::last), radius);
+  return spacingOf(*places, membersOf(cloudsOf(file, *places), Cloud::last), radius);
 }
 
 }  // namespace Velorn::Flights

@@ -70,7 +70,7 @@ struct Covered {
   std::vector<double> times;
 };
 
-Covered coveredOf(const Coverage& coverage, const Measured& points) {
+Covered coveredOf(const Coverage& coverage, const MeasuredPoints& points) {
   Covered covered;
   for (std::size_t k = 0; k < points.times.size(); ++k) {
     const double time = points.times[k];
@@ -103,7 +103,8 @@ void searchWith(const Solution* solution, const std::filesystem::path& file, std
 }
 
 std::vector<point> placesBy(const Solution& solution, const std::filesystem::path& file,
-                            std::uint32_t strip, bool interpolationFlag, const Measured& points) {
+                            std::uint32_t strip, bool interpolationFlag,
+                            const MeasuredPoints& points) {
   constexpr double none = std::numeric_limits<double>::quiet_NaN();
   std::vector<point> places(points.times.size(), {none, none, none});
   const Coverage coverage(solution, strip, points.week, interpolationFlag);

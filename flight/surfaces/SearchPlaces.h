@@ -24,7 +24,7 @@ void searchWith(const Solution* solution, const std::filesystem::path& file, std
                 bool interpolationFlag, MatchPoints& points);
 
 /// What is measured of the points of a strip.
-struct Measured {
+struct MeasuredPoints {
   std::span<const point> scanner;  ///< (down, forward, right) [m]
   std::span<const double> times;   ///< [s of week]
   std::uint32_t week;
@@ -33,6 +33,7 @@ struct Measured {
 /// The places of all points by the result; NaN for those that `searchWith` would take from a list.
 /// @throws Error, naming the file, when the georeferencing refuses the rest
 std::vector<point> placesBy(const Solution& solution, const std::filesystem::path& file,
-                            std::uint32_t strip, bool interpolationFlag, const Measured& points);
+                            std::uint32_t strip, bool interpolationFlag,
+                            const MeasuredPoints& points);
 
 }  // namespace Velorn::Flights

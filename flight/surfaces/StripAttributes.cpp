@@ -47,22 +47,22 @@ void checkStrip(const GridFile& strip) {
   strip.scanner<vector>("Waveforms.DirectionDelta", georeference + "` writes it");
 }
 
-std::vector<Echo> echoesOf(const GridFile& strip, std::span<const point> positions) {
-  std::vector<Echo> echoes(positions.size(), Echo::last);
+std::vector<Cloud> cloudsOf(const GridFile& strip, std::span<const point> positions) {
+  std::vector<Cloud> clouds(positions.size(), Cloud::last);
   const auto returns = strip.world<std::uint8_t>("ReturnNumber").whole();
   strip.world<std::uint8_t>("NumberOfReturns").forEachBlock([&](std::size_t first, auto numbers) {
     for (std::size_t i = 0; i < numbers.size(); ++i) {
       const auto number = (*returns)[first + i];
-      if (number != 0 && number < numbers[i]) echoes[first + i] = Echo::notLast;
+      if (number != 0 && number < numbers[i]) clouds[first + i] = Cloud::notLast;
     }
   });
   strip.world<double>("GPSTime").forEachBlock([&](std::size_t first, auto times) {
     for (std::size_t i = 0; i < times.size(); ++i) {
       const bool usable = std::isfinite(times[i]) && isOnEarth(positions[first + i]);
-      if (!usable) echoes[first + i] = Echo::leftOut;
+      if (!usable) clouds[first + i] = Cloud::leftOut;
     }
   });
-  return echoes;
+  return clouds;
 }
 
 std::optional<std::vector<std::uint8_t>> givenClasses(const GridFile& strip) {

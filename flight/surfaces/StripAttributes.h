@@ -28,7 +28,7 @@ inline constexpr const char* givenClassesName = "GivenClassification";
 void checkStrip(const GridFile& strip);
 
 /// The cloud of each point: left out where position or time cannot be used.
-std::vector<Echo> echoesOf(const GridFile& strip, std::span<const point> positions);
+std::vector<Cloud> cloudsOf(const GridFile& strip, std::span<const point> positions);
 
 /// The classes that the owner of a strip gave, one per point.
 /// @return nothing where none are given

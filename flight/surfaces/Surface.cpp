@@ -171,16 +171,16 @@ class CloudWork {
 
 }  // namespace
 
-std::vector<std::uint32_t> membersOf(std::span<const Echo> echoes, Echo echo) {
+std::vector<std::uint32_t> membersOf(std::span<const Cloud> clouds, Cloud cloud) {
   std::vector<std::uint32_t> members;
-  members.reserve(static_cast<std::size_t>(std::count(echoes.begin(), echoes.end(), echo)));
-  for (std::size_t i = 0; i < echoes.size(); ++i) {
-    if (echoes[i] == echo) members.push_back(static_cast<std::uint32_t>(i));
+  members.reserve(static_cast<std::size_t>(std::count(clouds.begin(), clouds.end(), cloud)));
+  for (std::size_t i = 0; i < clouds.size(); ++i) {
+    if (clouds[i] == cloud) members.push_back(static_cast<std::uint32_t>(i));
   }
   return members;
 }
 
-Surface surfaceOf(std::span<const point> points, std::span<const Echo> echoes,
+Surface surfaceOf(std::span<const point> points, std::span<const Cloud> clouds,
                   const Neighbourhood& neighbourhood,
                   const std::function<void(std::size_t)>& tell) {
   constexpr float none = std::numeric_limits<float>::quiet_NaN();
@@ -189,8 +189,8 @@ Surface surfaceOf(std::span<const point> points, std::span<const Echo> echoes,
   surface.roughness.assign(points.size(), none);
   surface.distance.assign(points.size(), none);
   std::size_t before = 0;
-  for (const Echo echo : {Echo::last, Echo::notLast}) {
-    const auto members = membersOf(echoes, echo);
+  for (const Cloud cloud : {Cloud::last, Cloud::notLast}) {
+    const auto members = membersOf(clouds, cloud);
     const Tiles tiles(points, members, neighbourhood.radius);
     CloudWork(points, neighbourhood, surface).run(tiles, before, tell);
     before += members.size();

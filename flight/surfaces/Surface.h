@@ -3,7 +3,7 @@
 //
 // The planes through the neighbourhoods of all points of a strip.
 //
-//     const Surface surface = surfaceOf(points, echoes, {16, 5.0}, [](std::size_t) {});
+//     const Surface surface = surfaceOf(points, clouds, {16, 5.0}, [](std::size_t) {});
 #pragma once
 
 #include <cstddef>
@@ -16,11 +16,11 @@
 
 namespace Velorn::Flights {
 
-/// Clouds of a strip: the last echoes of all pulses are one surface, those before them others.
-enum class Echo : std::uint8_t { leftOut, last, notLast };
+/// The clouds of a strip: the last echoes of all pulses are one surface, those before them others.
+enum class Cloud : std::uint8_t { leftOut, last, notLast };
 
 /// Numbers of the points of one cloud, ascending.
-std::vector<std::uint32_t> membersOf(std::span<const Echo> echoes, Echo echo);
+std::vector<std::uint32_t> membersOf(std::span<const Cloud> clouds, Cloud cloud);
 
 /// What a plane is fitted to.
 struct Neighbourhood {
@@ -38,10 +38,10 @@ struct Surface {
 /// Fits planes to the neighbours of each point in its own cloud, tile by tile on all threads. Which
 /// of several equally distant neighbours count hangs on the points and their order alone.
 /// @param points  those of the two clouds within `farthestPlace`; fewer than 2^32
-/// @param echoes  the cloud of each point
+/// @param clouds  that of each point
 /// @param tell    told the number of points done, on the calling thread; what it throws ends the
 ///                work and is passed on
-Surface surfaceOf(std::span<const point> points, std::span<const Echo> echoes,
+Surface surfaceOf(std::span<const point> points, std::span<const Cloud> clouds,
                   const Neighbourhood& neighbourhood, const std::function<void(std::size_t)>& tell);
 
 }  // namespace Velorn::Flights

@@ -8,17 +8,17 @@ namespace Velorn::Flights {
 
 using Velorn::TerrainType;
 
-Kind kindOf(std::uint8_t lasClass) {
+SurfaceKind kindOf(std::uint8_t lasClass) {
   switch (lasClass) {
     case 6:  // building
-      return Kind::roof;
+      return SurfaceKind::roof;
     case 40:  // bathymetric point
-      return Kind::bed;
+      return SurfaceKind::bed;
     case 2:   // ground
     case 8:   // model key point
     case 11:  // road
     case 20:  // ground near a breakline
-      return Kind::ground;
+      return SurfaceKind::ground;
     case 3:  // vegetation
     case 4:
     case 5:
@@ -38,9 +38,9 @@ Kind kindOf(std::uint8_t lasClass) {
     case 43:  // objects in the water
     case 44:
     case 45:  // no bottom found
-      return Kind::none;
+      return SurfaceKind::none;
     default:
-      return Kind::unknown;
+      return SurfaceKind::unknown;
   }
 }
 
@@ -65,11 +65,12 @@ bool LowestGround::isFarBelow(const point& place, const vector& normal) const {
   return 2 * offThePlane > below;
 }
 
-std::uint8_t terrainClass(Kind kind, const point& place, const vector& normal,
+std::uint8_t terrainClass(SurfaceKind kind, const point& place, const vector& normal,
                           const LowestGround& ground, double steepest) {
-  if (kind == Kind::none) return noTerrain;
-  if (kind == Kind::bed) return codeOf(TerrainType::BED_POINTS);
-  if (kind == Kind::roof || (kind == Kind::unknown && ground.isFarBelow(place, normal))) {
+  if (kind == SurfaceKind::none) return noTerrain;
+  if (kind == SurfaceKind::bed) return codeOf(TerrainType::BED_POINTS);
+  if (kind == SurfaceKind::roof ||
+      (kind == SurfaceKind::unknown && ground.isFarBelow(place, normal))) {
     return codeOf(TerrainType::ROOF);
   }
   return codeOf(normal.z < steepest ? TerrainType::SLOPE : TerrainType::FLAT);

@@ -33,11 +33,11 @@ constexpr bool isSurface(std::uint8_t code) {
 }
 
 /// What a class of the LAS format says about a surface.
-enum class Kind : std::uint8_t { unknown, ground, roof, bed, none };
+enum class SurfaceKind : std::uint8_t { unknown, ground, roof, bed, none };
 
 /// Building: roof; bathymetric point: bed; ground, key point and road: ground; vegetation, noise,
 /// water, rails, wires, towers and what changes between flights: none; others: unknown.
-Kind kindOf(std::uint8_t lasClass);
+SurfaceKind kindOf(std::uint8_t lasClass);
 
 /// The lowest planar point of each cell of a coarse grid.
 class LowestGround {
@@ -62,7 +62,7 @@ class LowestGround {
 
 /// The class of a point with a plane.
 /// @param steepest  smallest vertical component of a normal that is no slope's
-std::uint8_t terrainClass(Kind kind, const point& place, const vector& normal,
+std::uint8_t terrainClass(SurfaceKind kind, const point& place, const vector& normal,
                           const LowestGround& ground, double steepest);
 
 }  // namespace Velorn::Flights

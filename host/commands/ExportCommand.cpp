@@ -93,7 +93,7 @@ void addOptions(CLI::App& command, ExportCall& call) {
   command.add_option("--only", call.only, "part of the results: strips, mounting, trajectory")
       ->delimiter(',')
       ->allow_extra_args(false)
-      ->check(CLI::IsMember({"strips", "mounting", "trajectory"}).description(""))
+      ->check(CLI::IsMember({"strips", "mounting", "trajectory"}))
       ->type_name("WORDS");
   command.add_flag("--overwrite", call.options.overwrite, "replace files of an earlier export");
   command.add_flag("--quiet", call.quiet, "no progress; warnings and results stay");

@@ -61,7 +61,8 @@ void addSimulate(CLI::App& app) {
   auto* command = app.add_subcommand(
       "simulate", "Writes a synthetic flight: strips, trajectory, ground truth and all its errors");
   command->add_option("OUT", call->folder, "folder to write into; it is made if needed")
-      ->required();
+      ->required()
+      ->type_name("FOLDER");
   command->add_option("--points", options.points, "laser pulses in all")->capture_default_str();
   command->add_option("--seed", options.seed, "the same seed gives the same bytes")
       ->capture_default_str();
@@ -98,8 +99,8 @@ void addSimulate(CLI::App& app) {
   command->add_flag("--overwrite", call->overwrite, "replace the flight that OUT holds");
   command->add_flag("--quiet", call->quiet, "only the last line, none per strip");
   command->footer(
-      "Example:\n  velorn simulate demo --points 500000 --seed 7\n"
-      "writes demo/strip_01.kx ..., trajectory.kx, ground_truth.kx and truth.json;\n"
+      "Example: velorn simulate demo --points 500000 --seed 7\n\n"
+      "This writes demo/strip_01.kx ..., trajectory.kx, ground_truth.kx and truth.json;\n"
       "docs/simulation.md says what they hold.");
   command->callback([call] { run(*call); });
 }

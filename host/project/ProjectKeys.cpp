@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "host/commandline/Nearest.h"
 #include "host/project/Bounds.h"
 #include "host/project/ModelOptions.h"
 #include <velorn/flight/Error.h>
@@ -201,6 +202,14 @@ std::string keyOf(const CLI::Option& option) {
   return option.get_lnames().empty() ? "" : option.get_lnames().front();
 }
 
+std::vector<std::string> keysOf(const CLI::App& command) {
+  std::vector<std::string> keys;
+  for (const auto* option : command.get_options()) {
+    if (option->get_configurable() && !option->get_lnames().empty()) keys.push_back(keyOf(*option));
+  }
+  return keys;
+}
+
 /// Paths of flags count from where the user is, those of a project file from its folder.
 std::vector<std::string> seenFrom(const std::filesystem::path& folder,
                                   std::vector<std::string> paths) {
@@ -283,8 +292,10 @@ void ProjectKeys::read(const std::filesystem::path& file) const {
   for (auto& item : itemsOf(file)) {
     const std::string where = fmt::format("{}: {}", file.string(), item.name);
     CLI::Option* const option = command_.get_option_no_throw("--" + item.name);
-    if (!option || !option->get_configurable())
-      throw Error(where + ": no such key", Error::BadSettings);
+    if (!option || !option->get_configurable()) {
+      const auto nearest = CommandLine::nearestOf(keysOf(command_), item.name);
+      throw Error(where + ": no such key" + CommandLine::didYouMean(nearest), Error::BadSettings);
+    }
     if (option->count() > 0) continue;
     if (item.inputs.empty() || std::ranges::count(item.inputs, std::string()) > 0) {
       throw Error(where + " has no value", Error::BadSettings);

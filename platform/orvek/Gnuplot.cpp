@@ -10,7 +10,7 @@
 #include <fmt/format.h>
 
 #include "platform/morvane/Console.h"
-#include "platform/orvek/Program.h"
+#include "platform/plome/Program.h"
 #include "platform/plome/ReplacedFile.h"
 
 namespace OrvekPDF {
@@ -116,7 +116,10 @@ std::string emptyPlot(std::string_view message) {
 std::string drawPdf(std::string_view script, const std::filesystem::path& pdf,
                     std::chrono::milliseconds timeLimit) {
   Plome::ReplacedFile file(pdf);
-  ProgramEnd end = runProgram({"gnuplot", "-d"}, script, file.temporary(), timeLimit);
+  auto end = Plome::runProgram({.command = {"gnuplot", "-d"},
+                                .input = script,
+                                .output = file.temporary(),
+                                .timeLimit = timeLimit});
   if (end.fault.empty() && !isWholePdf(file.temporary())) end.fault = "gnuplot wrote no whole PDF";
   if (end.fault.empty()) return file.replace();
   return pdf.string() + ": " + end.fault + (end.said.empty() ? "" : ": " + end.said);

@@ -4,22 +4,18 @@
 
 #include <atomic>
 #include <cerrno>
-#include <system_error>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/plome/UnfinishedFiles.h"
+#include "platform/plome/Descriptor.h"
+#include "platform/plome/SystemFault.h"
+#include "platform/plome/UnfinishedWork.h"
 
 namespace Plome {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string systemFault(int code) {
-  return std::generic_category().message(code);
-}
 
 fs::path behindSymbolicLink(const fs::path& target) {
   std::error_code ignored;
@@ -28,33 +24,22 @@ fs::path behindSymbolicLink(const fs::path& target) {
   return real.empty() ? target : real;
 }
 
-fs::path temporaryBeside(const fs::path& target) {
+fs::path temporaryBeside(const fs::path& target, std::string_view ending) {
   static std::atomic<unsigned> count{0};
   fs::path name = target;
   name += "." + std::to_string(getpid()) + "-" + std::to_string(count++) + ".part";
+  name += ending;
   return name;
 }
 
-/// Closes a file descriptor at the end of a scope.
-class Descriptor {
- public:
-  Descriptor(const fs::path& path, int flags)
-      : value_(open(path.c_str(), flags | O_CLOEXEC, 0666)) {}
-  ~Descriptor() {
-    if (value_ >= 0) close(value_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int value() const { return value_; }
-
- private:
-  int value_;
-};
+Descriptor opened(const fs::path& path, int flags) {
+  return Descriptor(open(path.c_str(), flags | O_CLOEXEC, 0666));
+}
 
 /// @return 0 or the error number
 int flushToDisk(const fs::path& path, int flags) {
-  const Descriptor file(path, flags);
-  if (file.value() < 0 || fsync(file.value()) != 0) return errno;
+  const Descriptor file = opened(path, flags);
+  if (!file.isOpen() || fsync(file.value()) != 0) return errno;
   return 0;
 }
 
@@ -69,26 +54,19 @@ void keepPermissions(const fs::path& from, const fs::path& to) {
 }
 
 int writeWhole(const fs::path& path, std::string_view content) {
-  const Descriptor file(path, O_WRONLY | O_CREAT | O_EXCL);
-  if (file.value() < 0) return errno;
-  while (!content.empty()) {
-    const auto written = write(file.value(), content.data(), content.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return errno;
-    content.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return 0;
+  const Descriptor file = opened(path, O_WRONLY | O_CREAT | O_EXCL);
+  return file.isOpen() ? file.write(content) : errno;
 }
 
 }  // namespace
 
-ReplacedFile::ReplacedFile(const fs::path& target)
-    : target_(behindSymbolicLink(target)), temporary_(temporaryBeside(target_)) {
-  UnfinishedFiles::ofThisProcess().add(temporary_);
+ReplacedFile::ReplacedFile(const fs::path& target, std::string_view ending)
+    : target_(behindSymbolicLink(target)), temporary_(temporaryBeside(target_, ending)) {
+  UnfinishedWork::ofThisProcess().add(temporary_);
 }
 
 ReplacedFile::~ReplacedFile() {
-  if (!replaced_) UnfinishedFiles::ofThisProcess().remove(temporary_);
+  if (!replaced_) UnfinishedWork::ofThisProcess().remove(temporary_);
 }
 
 std::string ReplacedFile::replace(bool toDisk) {
@@ -101,7 +79,7 @@ std::string ReplacedFile::replace(bool toDisk) {
   if (toDisk) {
     if (const int fault = flushToDisk(temporary_, O_RDONLY)) return refused(fault);
   }
-  if (const int fault = UnfinishedFiles::ofThisProcess().rename(temporary_, target_)) {
+  if (const int fault = UnfinishedWork::ofThisProcess().rename(temporary_, target_)) {
     return refused(fault);
   }
   replaced_ = true;

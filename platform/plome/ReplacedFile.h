@@ -26,7 +26,8 @@ namespace Plome {
 /// kept.
 class VELORN_PLATFORM_EXPORT ReplacedFile {
  public:
-  explicit ReplacedFile(const std::filesystem::path& target);
+  /// @param ending  of the temporary's name after ".part", for a program that goes by it
+  explicit ReplacedFile(const std::filesystem::path& target, std::string_view ending = {});
   ~ReplacedFile();
   ReplacedFile(const ReplacedFile&) = delete;
   ReplacedFile& operator=(const ReplacedFile&) = delete;
@@ -50,10 +51,10 @@ class VELORN_PLATFORM_EXPORT ReplacedFile {
 VELORN_PLATFORM_EXPORT std::string replaceFile(const std::filesystem::path& target,
                                                std::string_view content);
 
-/// Removes the temporaries of all ReplacedFiles of this process. No file is replaced any more:
-/// every thread that tries to, and every one that makes or abandons a ReplacedFile, waits for ever.
-/// For a host that ends the process next; may be called again, from any thread, but not from a
-/// signal handler.
+/// Removes the temporaries of all ReplacedFiles of this process, and kills the programs that it
+/// runs (Program.h). No file is replaced any more: every thread that tries to, and every one that
+/// makes or abandons a ReplacedFile or waits for a program, waits for ever. For a host that ends
+/// the process next; may be called again, from any thread, but not from a signal handler.
 VELORN_PLATFORM_EXPORT void removeUnfinishedFiles();
 
 }  // namespace Plome

@@ -7,7 +7,8 @@
 #pragma once
 
 #include <limits>
-#include <numbers>
+
+#include "platform/geomra/Degree.h"
 
 namespace Tessaly {
 
@@ -15,11 +16,11 @@ namespace Tessaly {
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 constexpr double degrees(double radians) {
-  return radians * (180.0 / std::numbers::pi);
+  return radians * Geomra::degreesPerRadian;
 }
 
 constexpr double radians(double degrees) {
-  return degrees * (std::numbers::pi / 180.0);
+  return degrees * Geomra::degree;
 }
 
 }  // namespace Tessaly

@@ -7,9 +7,9 @@
 
 #include "flight/records/FinishedRun.h"
 #include "flight/strips/AdjustedName.h"
-#include "tests/flight/Refusal.h"
 #include "tests/flight/simulation/TrueWorld.h"
 #include "tests/flights/AdjustedFlight.h"
+#include "tests/support/Refusal.h"
 #include <velorn/flight/Containers.h>
 #include <velorn/flight/Georeference.h>
 

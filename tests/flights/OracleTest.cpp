@@ -25,8 +25,7 @@
 
 using namespace Velorn::Flights;
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 
 namespace {
 

@@ -3,28 +3,6 @@
 #include "tests/support/LasBytes.h"
 
 #include <algorithm>
-#include <bit>
-#include <type_traits>
-
-template <typename T>
-void putAt(std::string& bytes, std::size_t place, T number) {
-  std::uint64_t bits = 0;
-  if constexpr (std::is_floating_point_v<T>) {
-    bits = std::bit_cast<std::uint64_t>(number);
-  } else {
-    bits = static_cast<std::uint64_t>(number);
-  }
-  for (std::size_t i = 0; i < sizeof(T); ++i) {
-    bytes.at(place + i) = static_cast<char>(bits >> (8 * i) & 0xFFU);
-  }
-}
-
-template void putAt(std::string&, std::size_t, std::uint8_t);
-template void putAt(std::string&, std::size_t, std::uint16_t);
-template void putAt(std::string&, std::size_t, std::uint32_t);
-template void putAt(std::string&, std::size_t, std::uint64_t);
-template void putAt(std::string&, std::size_t, std::int32_t);
-template void putAt(std::string&, std::size_t, double);
 
 namespace {
 

@@ -4,7 +4,9 @@
 // LAS files for tests, put together byte by byte without any code of the readers.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -55,4 +57,7 @@ LasSampleVlr geoKeys(const std::vector<std::array<std::uint16_t, 4>>& keys);
 
 /// Puts a number into bytes, its lowest byte first.
 template <typename T>
-void putAt(std::string& bytes, std::size_t place, T number);
+void putAt(std::string& bytes, std::size_t place, T number) {
+  const auto raw = std::bit_cast<std::array<char, sizeof(T)>>(number);  // here the lowest is first
+  std::copy(raw.begin(), raw.end(), &bytes.at(place + sizeof(T) - 1) - (sizeof(T) - 1));
+}

@@ -8,8 +8,7 @@
 #include <gtest/gtest.h>
 
 using namespace Strandel;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 
 namespace {
 

@@ -3,10 +3,10 @@
 #include "platform/strandel/hdf5/Saver.h"
 
 #include <algorithm>
-#include <system_error>
 
 #include <fmt/format.h>
 
+#include "platform/plome/SystemFault.h"
 #include "platform/strandel/hdf5/AttributeFile.h"
 #include "platform/strandel/hdf5/Format.h"
 #include "platform/strandel/hdf5/References.h"
@@ -214,7 +214,7 @@ class Saver {
   }
 
   void throwSystemError() const {
-    if (state_.error != 0) throw Fault(std::generic_category().message(state_.error));
+    if (state_.error != 0) throw Fault(Plome::systemFault(state_.error));
   }
 
   static constexpr std::array<const char*, 0> none{};

@@ -7,6 +7,7 @@
 
 #include <unistd.h>
 
+#include "platform/plome/SystemFault.h"
 #include "platform/strandel/Node.h"
 #include "platform/strandel/hdf5/Driver.h"
 
@@ -32,7 +33,7 @@ std::size_t sizeOfRegularFile(const fs::path& path) {
   if (!fs::is_regular_file(status)) throw Fault("is not a regular file");
   const auto size = fs::file_size(path, error);
   if (error) throw Fault(error.message());
-  if (access(path.c_str(), R_OK) != 0) throw Fault(std::generic_category().message(errno));
+  if (access(path.c_str(), R_OK) != 0) throw Fault(Plome::systemFault(errno));
   return size;
 }
 

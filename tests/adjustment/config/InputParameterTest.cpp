@@ -5,18 +5,13 @@
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include "platform/morvane/Console.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/InputParameter.h>
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::MatchesRegex;
-using testing::StartsWith;
-using testing::ThrowsMessage;
+using testing::ElementsAre, testing::HasSubstr, testing::IsEmpty, testing::MatchesRegex,
+    testing::StartsWith, testing::ThrowsMessage;
 using Velorn::InputParameter;
 
 namespace {
@@ -27,12 +22,6 @@ std::string faultOfAmplitude(const std::string& selection, double amplitude) {
   InputParameter parameter;
   parameter.SelectionStr = selection;
   parameter.Amplitude[3] = amplitude;
-  return parameter.check();
-}
-
-std::string faultOfMinCellSize(double size) {
-  InputParameter parameter;
-  parameter.MinCellSize = size;
   return parameter.check();
 }
 
@@ -78,11 +67,11 @@ TEST(InputParameter, LimitsAmplitudesInOnePlaceOnly) {
 }
 
 TEST(InputParameter, RefusesCellsThatAreTooSmallOrNoNumber) {
-  const std::string fault = "InputParameter::check: MinCellSize too low";
-  EXPECT_EQ(faultOfMinCellSize(0.01), "");
-  EXPECT_EQ(faultOfMinCellSize(0.00999), fault);
-  EXPECT_EQ(faultOfMinCellSize(-1), fault);
-  EXPECT_EQ(faultOfMinCellSize(notANumber), fault);
+  for (const double size : {0.01, 0.00999, -1.0, notANumber}) {
+    InputParameter parameter;
+    parameter.MinCellSize = size;
+    EXPECT_EQ(parameter.check(), size == 0.01 ? "" : "InputParameter::check: MinCellSize too low");
+  }
 }
 
 TEST(InputParameter, NamesTheFirstRuleBroken) {
@@ -196,9 +185,7 @@ TEST(InputParameter, CopiesAreSoundWithoutTheirOriginal) {
 TEST(InputParameterWrite, ReplacesOrAppendsExactlyAndEchoesOnRequest) {
   const TemporaryFolder folder;
   const InputParameter parameter;
-  std::vector<std::string> console;
-  const Morvane::ConsoleRedirection redirection(
-      [&](std::string_view line) { console.emplace_back(line); });
+  ConsoleLines console;
   const auto file = folder / "out.txt";
   parameter.write(file, "a longer first text", false, false);
   parameter.write(file, std::string("one\r\n\0two", 9), true, false);
@@ -212,9 +199,7 @@ TEST(InputParameterWrite, ReplacesOrAppendsExactlyAndEchoesOnRequest) {
 TEST(InputParameterWrite, SaysWhatItCouldNotOpenOrWrite) {
   const TemporaryFolder folder;
   const InputParameter parameter;
-  std::vector<std::string> console;
-  const Morvane::ConsoleRedirection redirection(
-      [&](std::string_view line) { console.emplace_back(line); });
+  ConsoleLines console;
   const auto path = folder / "no/such.txt";
   EXPECT_THAT([&] { parameter.write(path, "x", true, false); },
               ThrowsMessage<std::ios_base::failure>(

@@ -4,21 +4,15 @@
 #include <random>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include "platform/morvane/Console.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/CorrespondenceBlock.h>
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using Strandel::Bundle;
-using Strandel::Grid;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::StartsWith;
-using Velorn::CorrespondenceBlock;
-using Velorn::SphericalBeing;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using Strandel::Bundle, Strandel::Grid;
+using testing::ElementsAre, testing::HasSubstr, testing::StartsWith;
+using Velorn::CorrespondenceBlock, Velorn::SphericalBeing;
 
 namespace {
 
@@ -63,9 +57,7 @@ class Blocks : public testing::Test {
   std::filesystem::path path = folder / "c0_1.kx";
   std::shared_ptr<Strandel::MyStorage> storage = std::make_shared<Strandel::MyStorage>(0, 0, 1, 1);
   std::vector<std::pair<SphericalBeing, SphericalBeing>> records;
-  std::vector<std::string> console;
-  Morvane::ConsoleRedirection redirection{
-      [this](std::string_view line) { console.emplace_back(line); }};
+  ConsoleLines console;
 };
 
 Grid& grid(Bundle& bundle, const char* name = "Grid_I") {

@@ -3,19 +3,14 @@
 #include <functional>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include "platform/morvane/Console.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/DataBlock.h>
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using Strandel::FragmentId;
-using Strandel::ValueType;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using Strandel::FragmentId, Strandel::ValueType;
+using testing::ElementsAre, testing::IsEmpty, testing::SizeIs;
 using Velorn::DataBlock;
 
 namespace {
@@ -192,9 +187,7 @@ TEST_F(Attributes, WithoutClassificationInOneFragmentStayInStep) {
 
 TEST(Positions, AreThoseOfTheOneGridOrOfTheNamedOne) {
   const TemporaryFolder folder;
-  std::vector<std::string> console;
-  const Morvane::ConsoleRedirection redirection(
-      [&](std::string_view line) { console.emplace_back(line); });
+  ConsoleLines console;
   Velorn::InputParameter parameter;
   parameter.GridName = "b";
   const auto loaded = [&](const std::string& name,

@@ -7,8 +7,7 @@
 
 #include "tests/adjustment/georef/StripsToGeoreference.h"
 
-using testing::ElementsAre;
-using testing::IsEmpty;
+using testing::ElementsAre, testing::IsEmpty;
 namespace fs = std::filesystem;
 
 namespace {

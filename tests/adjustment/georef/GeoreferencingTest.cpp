@@ -9,14 +9,12 @@
 #include <omp.h>
 
 #include "adjustment/georef/StripModel.h"
-#include "platform/morvane/Console.h"
 #include "tests/adjustment/georef/StripOfPoints.h"
+#include "tests/support/ConsoleLines.h"
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 using testing::HasSubstr;
-using Velorn::SolverParameters;
-using Velorn::Trajectory;
+using Velorn::SolverParameters, Velorn::Trajectory;
 
 namespace {
 
@@ -60,9 +58,7 @@ class Georeferencing : public testing::Test {
   std::vector<int> starts{400000, 400007};
   std::vector<double> corrections = someCorrections(2);
   SolverParameters parameters = restoredModel(starts, corrections);
-  std::vector<std::string> console;
-  Morvane::ConsoleRedirection redirection{
-      [this](std::string_view line) { console.emplace_back(line); }};
+  ConsoleLines console;
 };
 
 }  // namespace
@@ -116,22 +112,6 @@ TEST_F(Georeferencing, GivesTheSamePointsInAnyOrderAndByAnyNumberOfThreads) {
   omp_set_num_threads(threads);
   for (std::size_t i = 0; i < order.size(); ++i) {
     ASSERT_LT(length(shuffled.world[i] - ordered.world[order[i]]), between);
-  }
-}
-
-TEST_F(Georeferencing, LengthensTheRangeByItsScaleAndOffset) {
-  std::vector<double> values(36);
-  values[24] = 0.5;
-  values[27] = 0.001;
-  Points plain(route, 100), scaled(route, 100);
-  plain.georeference(restoredModel({400000}, std::vector<double>(36)), trajectory);
-  scaled.georeference(restoredModel({400000}, values), trajectory);
-  for (std::size_t i = 0; i < 100; ++i) {
-    const auto& s = plain.scanner[i];
-    const double range = std::sqrt(s.x * s.x + s.y * s.y + s.z * s.z);
-    // 1e-3 of it: the projection's scale at this height
-    const double added = 0.001 * range + 0.5;
-    EXPECT_NEAR(length(scaled.world[i] - plain.world[i]), added, 1e-3 * added);
   }
 }
 

@@ -11,6 +11,7 @@
 #include <random>
 
 #include "adjustment/georef/SensorModel.h"
+#include "platform/geomra/Degree.h"
 #include "tests/adjustment/georef/ExactModel.h"
 
 /// A measurement with unknowns, in doubles; the exact twin takes the very same numbers.
@@ -55,7 +56,7 @@ class RandomCases {
     Case c;
     c.zone = Tessaly::TransverseMercatorProjectionParameter::UTMfromEPSG(
         between(0, 1) < 0.5 ? 32632 : 25833);
-    const double degree = std::numbers::pi / 180, latitude = between(0, 84) * degree;
+    const double degree = Geomra::degree, latitude = between(0, 84) * degree;
     const double longitude = c.zone.getCentralMeridian() + between(-3.5, 3.5) * degree;
     const double range = std::exp(between(std::log(20.0), std::log(5000.0)));
     const auto p = Tessaly::transverseMercatorProjection(
@@ -86,8 +87,7 @@ class RandomCases {
 
 /// The world point by the library's model on any scalar.
 template <typename T>
-Velorn::Vector3<T> worldPointOf(const Case& c, const std::array<T, Exact::unknowns>& u,
-                                Velorn::UsedPowers used = {4, 4}) {
+Velorn::Vector3<T> worldPointOf(const Case& c, const std::array<T, Exact::unknowns>& u) {
   using Velorn::Vector3;
   Velorn::Mounting<T> mounting;
   mounting.offsets = Vector3<T>(u[0], u[1], u[2]);
@@ -95,7 +95,7 @@ Velorn::Vector3<T> worldPointOf(const Case& c, const std::array<T, Exact::unknow
   mounting.misalignment = Velorn::rotation(Vector3<T>(u[6], u[7], u[8]));
   mounting.leverArm = Vector3<T>(u[9], u[10], u[11]);
   return Velorn::worldPoint(Velorn::polarForm(c.scanner),
-                            Velorn::correctedPose(c.pose, &u[12], &u[24], used, c.dt), mounting,
+                            Velorn::correctedPose(c.pose, &u[12], &u[24], {4, 4}, c.dt), mounting,
                             Velorn::projectionOf(c.zone));
 }
 

@@ -4,22 +4,19 @@
 // Strips that cannot be read or written, and too little memory.
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
 
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include "tests/adjustment/georef/StripsToGeoreference.h"
 #include "tests/platform/strandel/Processes.h"
+#include "tests/support/Limit.h"
 
 using namespace Strandel;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
+using testing::Contains, testing::ElementsAre, testing::HasSubstr;
 namespace fs = std::filesystem;
 
 namespace {
@@ -27,24 +24,6 @@ namespace {
 constexpr const char* saveFault = "scanner2world::initialize, SaveParameters: ";
 
 class StripFiles : public StripsToGeoreference {};
-
-/// Limits what the process may take, for one scope.
-class Limit {
- public:
-  Limit(decltype(RLIMIT_FSIZE) what, rlim_t bytes) : what_(what) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    getrlimit(what_, &before_);
-    const rlimit limit{bytes, before_.rlim_max};
-    setrlimit(what_, &limit);
-  }
-  ~Limit() { setrlimit(what_, &before_); }
-  Limit(const Limit&) = delete;
-  Limit& operator=(const Limit&) = delete;
-
- private:
-  decltype(RLIMIT_FSIZE) what_;
-  rlimit before_{};
-};
 
 /// A folder of the test that cannot be written to, for one scope; root, who may write everywhere,
 /// is somebody else meanwhile.

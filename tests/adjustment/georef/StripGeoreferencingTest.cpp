@@ -11,8 +11,7 @@
 #include "tests/adjustment/georef/StripsToGeoreference.h"
 
 using namespace Strandel;
-using testing::Contains;
-using testing::StartsWith;
+using testing::Contains, testing::StartsWith;
 namespace fs = std::filesystem;
 
 namespace {

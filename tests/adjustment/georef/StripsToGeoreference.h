@@ -12,12 +12,11 @@
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include "platform/morvane/Console.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/adjustment/trajectory/TrajectoryFile.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/SmallStrip.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
@@ -141,9 +140,7 @@ class StripsToGeoreference : public testing::Test {
   }
 
   TemporaryFolder folder;
-  std::vector<std::string> console;
-  Morvane::ConsoleRedirection redirection{
-      [this](std::string_view line) { console.emplace_back(line); }};
+  ConsoleLines console;
   Velorn::Trajectory trajectory{{saveTrajectory()}};
   Velorn::SolverParameters parameters;
   std::string out = (folder / "out").string();

@@ -10,10 +10,7 @@
 #include "tests/adjustment/model/ParameterTexts.h"
 #include "tests/adjustment/model/Strips.h"
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::ThrowsMessage;
+using testing::ElementsAre, testing::HasSubstr, testing::IsEmpty, testing::ThrowsMessage;
 using Velorn::SolverParameters;
 
 namespace {

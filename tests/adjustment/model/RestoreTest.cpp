@@ -12,11 +12,8 @@
 #include <velorn/FileContainer.h>
 
 namespace fs = std::filesystem;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::StartsWith;
-using Velorn::Section;
-using Velorn::SolverParameters;
+using testing::AllOf, testing::HasSubstr, testing::StartsWith;
+using Velorn::Section, Velorn::SolverParameters;
 
 namespace {
 

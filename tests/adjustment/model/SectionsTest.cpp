@@ -3,20 +3,14 @@
 #include <cmath>
 #include <functional>
 #include <limits>
-#include <random>
 
 #include <gmock/gmock.h>
 
 #include "tests/adjustment/model/Strips.h"
 
 using Strandel::ValueType;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::StartsWith;
-using Velorn::Sec_Type;
-using Velorn::Section;
-using Velorn::SolverParameters;
+using testing::ElementsAre, testing::HasSubstr, testing::IsEmpty, testing::StartsWith;
+using Velorn::Sec_Type, Velorn::Section, Velorn::SolverParameters;
 
 namespace {
 
@@ -105,24 +99,6 @@ TEST_F(Sections, BeginExactlyAtAccumulatedTimes) {
     recomputedDiffers += start != first + k * step ? 1 : 0;
   }
   EXPECT_GT(recomputedDiffers, 100);  // or the case would not tell the two apart
-}
-
-TEST_F(Sections, AreFoundAsByLookingAtEachOne) {
-  addStrip("a.kx", {500.0, 900.0});
-  configuration.DefaultInterval[1] = 3.7;
-  auto parameters = model();
-  ASSERT_EQ(divide(parameters, "LINEAR"), "");
-  std::vector<double> starts{500.0};
-  const unsigned count = parameters.numberOfSectionsForAllStrips();
-  while (starts.size() < count) starts.push_back(starts.back() + 400.0 / count);
-  std::mt19937_64 random(7);
-  std::uniform_real_distribution<double> time(500.0, 1000.0);  // also after the strip's end
-  for (int i = 0; i < 2000; ++i) {
-    const double t = time(random);
-    unsigned twin = 0;
-    while (twin + 1 < count && starts[twin + 1] <= t) ++twin;
-    ASSERT_EQ(parameters.getSectionInStrip(0, t).sectionID, twin) << t;
-  }
 }
 
 TEST_F(Sections, AreMissedBeforeTheFirstStartButNotAfterTheLastTime) {

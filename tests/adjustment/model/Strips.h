@@ -11,9 +11,9 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/morvane/Console.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/SolverParameters.h>
 
@@ -66,7 +66,5 @@ class Flight : public testing::Test {
   Velorn::InputParameter configuration;
   std::vector<std::filesystem::path> strips;
   Geomra::PhysicalSpace::point leverArm{0.12, -0.08, 0.45}, misalignment{0.3, -0.1, 90.0};
-  std::vector<std::string> console;
-  Morvane::ConsoleRedirection redirection{
-      [this](std::string_view line) { console.emplace_back(line); }};
+  ConsoleLines console;
 };

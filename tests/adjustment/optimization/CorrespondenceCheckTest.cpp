@@ -2,9 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/adjustment/optimization/Correspondences.h"
 
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
+using testing::Contains, testing::ElementsAre, testing::HasSubstr;
 namespace fs = std::filesystem;
 
 namespace {

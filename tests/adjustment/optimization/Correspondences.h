@@ -13,8 +13,8 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/morvane/Console.h"
 #include "platform/plome/StringList.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/CeresOptimization.h>
 #include <velorn/CorrespondenceBlock.h>
@@ -81,7 +81,5 @@ class Correspondences : public testing::Test {
   Velorn::Trajectory trajectory{{}};
   Velorn::CeresOptimization optimization{parameters, trajectory, configuration, files};
   std::vector<unsigned> counts;
-  std::vector<std::string> console;
-  Morvane::ConsoleRedirection redirection{
-      [this](std::string_view line) { console.emplace_back(line); }};
+  ConsoleLines console;
 };

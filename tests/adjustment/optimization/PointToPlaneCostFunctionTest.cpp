@@ -3,19 +3,14 @@
 #include <algorithm>
 
 #include <ceres/dynamic_autodiff_cost_function.h>
-#include <ceres/gradient_checker.h>
-#include <ceres/manifold.h>
 #include <gmock/gmock.h>
 
 #include "adjustment/optimization/PointToPlaneCostFunction.h"
 #include "tests/adjustment/georef/StripOfPoints.h"
+#include "tests/support/ConsoleLines.h"
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using Velorn::pointToPlaneCostFunction;
-using Velorn::Sec_Type;
-using Velorn::Section;
-using Velorn::SphericalBeing;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using Velorn::pointToPlaneCostFunction, Velorn::Sec_Type, Velorn::Section, Velorn::SphericalBeing;
 
 namespace {
 
@@ -102,9 +97,7 @@ class Residual : public testing::Test {
   point worldPoints[2];
   std::vector<double> weights{1, 2, 3, 4, 5};
   bool interpolationFlag = true;
-  std::vector<std::string> console;
-  Morvane::ConsoleRedirection redirection{
-      [this](std::string_view line) { console.emplace_back(line); }};
+  ConsoleLines console;
 };
 
 }  // namespace
@@ -153,24 +146,6 @@ TEST_F(Residual, HasTheDerivativesOfTheExactTwin) {
             << k << " " << i;
       }
     }
-  }
-}
-
-TEST_F(Residual, PassesTheSolversOwnCheckOfDerivatives) {
-#ifdef VELORN_SANITIZED
-  GTEST_SKIP() << "the installed library's matrices are allocated in another way than sanitized "
-                  "code frees them";
-#endif
-  for (const bool isControl : {false, true}) {
-    const auto checked = cost(isControl ? control(worldPoints[1]) : pairOf());
-    auto x = blocks(isControl ? 6 : 8);
-    const auto pointers = pointersTo(x);
-    ceres::NumericDiffOptions options;
-    options.ridders_relative_initial_step_size = 1e-3;
-    const std::vector<const ceres::Manifold*> none(x.size(), nullptr);
-    ceres::GradientChecker checker(checked.get(), &none, options);
-    ceres::GradientChecker::ProbeResults results;
-    EXPECT_TRUE(checker.Probe(pointers.data(), 1e-5, &results)) << results.error_log;
   }
 }
 

@@ -9,22 +9,16 @@
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "adjustment/statistics/AdjustmentStatistic.h"
-#include "platform/morvane/Console.h"
 #include "tests/adjustment/georef/StripOfPoints.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace fs = std::filesystem;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using Velorn::AdjustmentStatistic;
-using Velorn::CorrespondenceBlock;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::AllOf, testing::ElementsAre, testing::HasSubstr, testing::IsEmpty;
+using Velorn::AdjustmentStatistic, Velorn::CorrespondenceBlock;
 
 namespace {
 
@@ -171,9 +165,7 @@ class Statistics : public testing::Test {
   std::mt19937_64 random_{4};
   std::uint8_t classOfNext_ = 10;
   double metersMoved_ = 1.6;
-  std::vector<std::string> lines_;
-  Morvane::ConsoleRedirection console_{
-      [this](std::string_view line) { lines_.emplace_back(line); }};
+  ConsoleLines lines_;
   AdjustmentStatistic bevore_{"Bevore", strips, configuration_};
   AdjustmentStatistic after_{"After", strips, configuration_};
 };

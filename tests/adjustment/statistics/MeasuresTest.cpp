@@ -7,7 +7,6 @@
 #include <string>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "adjustment/statistics/MovementHistogram.h"
 #include "adjustment/statistics/PointMeasures.h"

@@ -4,26 +4,19 @@
 #include <limits>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "adjustment/trajectory/TrajectoryFragment.h"
-#include "platform/morvane/Console.h"
+#include "platform/geomra/Degree.h"
 #include "tests/adjustment/trajectory/TrajectoryFile.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Trajectory.h>
 
 namespace fs = std::filesystem;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::AllOf;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Pair;
-using testing::StartsWith;
-using Velorn::TimeRange;
-using Velorn::Trajectory;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::AllOf, testing::Contains, testing::ElementsAre, testing::HasSubstr, testing::IsEmpty,
+    testing::Pair, testing::StartsWith;
+using Velorn::TimeRange, Velorn::Trajectory;
 
 namespace {
 
@@ -68,9 +61,7 @@ class TrajectoryImport : public testing::Test {
   }
 
   TemporaryFolder folder;
-  std::vector<std::string> console;
-  Morvane::ConsoleRedirection redirection{
-      [this](std::string_view line) { console.emplace_back(line); }};
+  ConsoleLines console;
 };
 
 }  // namespace
@@ -87,15 +78,15 @@ TEST_F(TrajectoryImport, TakesRecordsCodesAndMountingOfAFile) {
   EXPECT_EQ(trajectory.getMisalignment(), (point{0.5, -0.25, 90.0}));
   EXPECT_EQ(trajectory.getEpsgSpatial(), 32632U);
   EXPECT_EQ(trajectory.getEpsgHeight(), 4979U);
-  EXPECT_DOUBLE_EQ(trajectory.getMercator().getCentralMeridian(), 9 * 0.017453292519943295);
+  EXPECT_DOUBLE_EQ(trajectory.getMercator().getCentralMeridian(), 9 * Geomra::degree);
 
   point position;
   vector attitude;
   ASSERT_TRUE(trajectory.interpolateTrajectory(3, week, position, attitude, true));
   EXPECT_EQ(position, (point{20, 40, 60}));
-  EXPECT_DOUBLE_EQ(attitude.x, 2 * 0.017453292519943295);
-  EXPECT_DOUBLE_EQ(attitude.y, 1 * 0.017453292519943295);
-  EXPECT_DOUBLE_EQ(attitude.z, 20.0 / 30 * 0.017453292519943295);
+  EXPECT_DOUBLE_EQ(attitude.x, 2 * Geomra::degree);
+  EXPECT_DOUBLE_EQ(attitude.y, 1 * Geomra::degree);
+  EXPECT_DOUBLE_EQ(attitude.z, 20.0 / 30 * Geomra::degree);
 }
 
 TEST_F(TrajectoryImport, MergesFragmentsSlicesAndFilesInWhateverOrderOfTime) {
@@ -266,7 +257,7 @@ TEST_F(TrajectoryImport, WarnsOfFilesInDifferentProjections) {
   EXPECT_EQ(trajectory.importTrajectory(), "");
   EXPECT_THAT(console,
               ElementsAre(AllOf(HasSubstr("32632"), HasSubstr("32633"), HasSubstr("other.kx"))));
-  EXPECT_DOUBLE_EQ(trajectory.getMercator().getCentralMeridian(), 15 * 0.017453292519943295);
+  EXPECT_DOUBLE_EQ(trajectory.getMercator().getCentralMeridian(), 15 * Geomra::degree);
 }
 
 // The storage refuses such a file; a bundle in memory is not checked by anybody else.
@@ -309,5 +300,5 @@ TEST_F(TrajectoryImport, TakesBackALongFragmentWhoseLastValueIsNotFiniteAndGoesO
   vector attitude;
   ASSERT_TRUE(trajectory.interpolateTrajectory(5, 3, position, attitude, true));
   EXPECT_EQ(position.x, 10);
-  EXPECT_DOUBLE_EQ(attitude.x, 1 * 0.017453292519943295);
+  EXPECT_DOUBLE_EQ(attitude.x, 1 * Geomra::degree);
 }

@@ -9,24 +9,22 @@
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include "platform/morvane/Console.h"
+#include "platform/geomra/Degree.h"
 #include "tests/adjustment/trajectory/TrajectoryFile.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Trajectory.h>
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::ElementsAre, testing::IsEmpty;
 using Velorn::Trajectory;
 
 namespace {
 
 constexpr unsigned week = 2318;
 constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double radiansPerDegree = 0.017453292519943295;
+using Geomra::degree;
 
 struct Answer {
   bool good;
@@ -45,7 +43,7 @@ Answer ask(const Trajectory& trajectory, double t, bool report = false, unsigned
 }
 
 Answer record(bool good, const Record& r) {
-  const double k = radiansPerDegree;
+  const double k = degree;
   return {good, r.position, {r.degrees.x * k, r.degrees.y * k, r.degrees.z * k}};
 }
 
@@ -58,9 +56,7 @@ class TrajectoryInterpolation : public testing::Test {
   }
 
   TemporaryFolder folder;
-  std::vector<std::string> console;
-  Morvane::ConsoleRedirection redirection{
-      [this](std::string_view line) { console.emplace_back(line); }};
+  ConsoleLines console;
 };
 
 /// The slow twin: the two records found by walking from the start.
@@ -84,7 +80,7 @@ TEST_F(TrajectoryInterpolation, IsLinearBetweenRecordsAndExactOnThem) {
   const auto records = recordsAt({100, 101, 102});
   const auto trajectory = imported(records);
   EXPECT_EQ(ask(trajectory, 100.25).position, (point{2.5, 5, 7.5}));
-  EXPECT_DOUBLE_EQ(ask(trajectory, 101.5).attitude.x, 1.5 * radiansPerDegree);
+  EXPECT_DOUBLE_EQ(ask(trajectory, 101.5).attitude.x, 1.5 * degree);
   for (const auto& r : records) EXPECT_EQ(ask(trajectory, r.time), record(true, r)) << r.time;
   EXPECT_EQ(ask(trajectory, 101, true), record(true, records[1]));
   EXPECT_THAT(console, IsEmpty());
@@ -104,7 +100,7 @@ TEST_F(TrajectoryInterpolation, GoesOnBeforeTheStartAndSaysSoWhenAsked) {
   const auto early = ask(trajectory, 99);
   EXPECT_TRUE(early.good);
   EXPECT_EQ(early.position, (point{-10, -20, -30}));
-  EXPECT_DOUBLE_EQ(early.attitude.x, -1 * radiansPerDegree);
+  EXPECT_DOUBLE_EQ(early.attitude.x, -1 * degree);
   EXPECT_TRUE(ask(trajectory, 100).good);
   EXPECT_THAT(console, IsEmpty());
 

@@ -9,7 +9,7 @@
 #include "flight/strips/OrFail.h"
 #include "platform/morvane/Console.h"
 #include "tests/adjustment/trajectory/TrajectoryFile.h"
-#include "tests/flight/Refusal.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/CorrespondenceBlock.h>
 #include <velorn/flight/Adjust.h>

@@ -12,7 +12,7 @@
 
 #include "platform/plome/StringList.h"
 #include "tests/adjustment/trajectory/TrajectoryFile.h"
-#include "tests/flight/Refusal.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/FileContainer.h>
 #include <velorn/Georeferencing.h>

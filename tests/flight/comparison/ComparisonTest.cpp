@@ -13,8 +13,8 @@
 #include "flight/records/RunState.h"
 #include "flight/strips/OrFail.h"
 #include "platform/plome/StringList.h"
-#include "tests/flight/Refusal.h"
 #include "tests/flight/simulation/TrueWorld.h"
+#include "tests/support/Refusal.h"
 #include <velorn/CorrespondenceBlock.h>
 #include <velorn/FileContainer.h>
 #include <velorn/SolverParameters.h>
@@ -25,10 +25,8 @@
 using namespace Velorn::Flights;
 
 namespace fs = std::filesystem;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::AllOf;
-using testing::HasSubstr;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::AllOf, testing::HasSubstr;
 
 namespace {
 

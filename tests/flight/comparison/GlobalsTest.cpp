@@ -12,8 +12,7 @@
 
 using namespace Velorn::Flights;
 
-using Velorn::Flights::Comparison::Points;
-using Velorn::Flights::Comparison::Truth;
+using Velorn::Flights::Comparison::Points, Comparison::Truth;
 
 namespace {
 
@@ -34,19 +33,17 @@ class SeparableSums : public testing::Test {
     auto options = smallFlight();
     options.points = 4000;
     make(folder.path(), options);
-    return Velorn::Flights::Comparison::readTruth(folder.path());
+    return Comparison::readTruth(folder.path());
   }
 
   /// Root mean square of how far another mounting moves the points [m].
-  double movement(const Velorn::Flights::Simulation::Mounting& mounting) const {
+  double movement(const Simulation::MountingValues& mounting) const {
     Truth other = truth;
     other.real = mounting;
     double squares = 0.0, number = 0.0;
     for (std::size_t i = 0; i < scanner.size(); ++i) {
-      const Points here =
-          Velorn::Flights::Comparison::trueWorld(truth, trajectory, i, scanner[i], times[i]);
-      const Points there =
-          Velorn::Flights::Comparison::trueWorld(other, trajectory, i, scanner[i], times[i]);
+      const Points here = Comparison::trueWorld(truth, trajectory, i, scanner[i], times[i]);
+      const Points there = Comparison::trueWorld(other, trajectory, i, scanner[i], times[i]);
       for (std::size_t k = 0; k < here.size(); ++k) {
         const auto d = there[k] - here[k];
         squares += dot(d, d);
@@ -56,17 +53,17 @@ class SeparableSums : public testing::Test {
     return std::sqrt(squares / number);
   }
 
-  double sum(const Velorn::Flights::Simulation::Mounting& mounting, std::size_t axis) const {
+  double sum(const Simulation::MountingValues& mounting, std::size_t axis) const {
     Truth other = truth;
     other.real = mounting;
-    return Velorn::Flights::Comparison::separableSums(other, shape, model).at(axis).real;
+    return Comparison::separableSums(other, shape, model).at(axis).real;
   }
 
   /// A turn of the mounting, undone by a change of something else.
   template <typename Change>
   void expectSame(int axis, const Change& undo) const {
     constexpr double turn = 0.01 * degree;
-    Velorn::Flights::Simulation::Mounting turned = truth.real, undone = truth.real;
+    Simulation::MountingValues turned = truth.real, undone = truth.real;
     turned.misalignment[axis] += turn;
     undone.misalignment[axis] += turn;
     undo(undone, turn);
@@ -82,7 +79,7 @@ class SeparableSums : public testing::Test {
   Velorn::Trajectory trajectory;
   std::vector<Points> scanner;
   std::vector<std::vector<double>> times;
-  Velorn::Flights::Comparison::ScanShape shape;
+  Comparison::ScanShape shape;
   Velorn::SolverParameters model{{"strip.kx"}, Velorn::InputParameter()};
 };
 

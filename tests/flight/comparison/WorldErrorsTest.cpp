@@ -8,8 +8,7 @@
 
 using namespace Velorn::Flights;
 
-using Velorn::TerrainType;
-using Velorn::Flights::Comparison::WorldErrors;
+using Velorn::TerrainType, Comparison::WorldErrors;
 
 TEST(WorldErrors, AreSummedUpBySurfaceAndByStripWithAndWithoutTheMeanShift) {
   WorldErrors errors(2);

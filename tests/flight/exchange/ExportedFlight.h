@@ -22,9 +22,9 @@
 #include "flight/strips/GridFile.h"
 #include "platform/morvane/Console.h"
 #include "platform/tessaly/TransverseMercator.h"
-#include "tests/flight/Refusal.h"
 #include "tests/flight/exchange/TenSeconds.h"
 #include "tests/support/LasBytes.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
 #include <velorn/flight/Containers.h>
@@ -35,10 +35,8 @@
 
 using namespace Velorn::Flights;
 namespace fs = std::filesystem;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::AllOf;
-using testing::HasSubstr;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::AllOf, testing::HasSubstr;
 
 inline constexpr double week = 604800.0;
 inline constexpr std::int64_t weekNumber = 2318;
@@ -166,8 +164,8 @@ class ExportedFlight : public testing::Test {
     return exportFlight(options, watch);
   }
 
-  std::string refusal() {
-    return refusalOf([this] { done(); }, {});
+  std::string refusal(std::optional<Error::Kind> kind = {}) {
+    return refusalOf([this] { done(); }, kind);
   }
 
   /// A strip of points with these numbers in a source.

@@ -11,9 +11,9 @@
 #include "flight/formats/TrajectoryExport.h"
 #include "flight/strips/GridFile.h"
 #include "platform/morvane/Console.h"
-#include "tests/flight/Refusal.h"
 #include "tests/flight/exchange/TenSeconds.h"
 #include "tests/support/LasBytes.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
 #include <velorn/flight/Error.h>
@@ -24,11 +24,8 @@ using namespace Velorn::Flights;
 namespace {
 
 namespace fs = std::filesystem;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
-using testing::AllOf;
-using testing::Each;
-using testing::HasSubstr;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::AllOf, testing::Each, testing::HasSubstr;
 
 constexpr double week = 604800.0, begin = 407100.0;  // of week 2318
 constexpr double standardBegin = 2318 * week + begin - 1e9;
@@ -73,8 +70,8 @@ class Flight : public testing::Test {
     return importFlight(options, watch);
   }
 
-  std::string refusal() {
-    return refusalOf([this] { done(); }, {});
+  std::string refusal(std::optional<Error::Kind> kind = {}) {
+    return refusalOf([this] { done(); }, kind);
   }
 
   TemporaryFolder folder;
@@ -249,9 +246,19 @@ TEST_F(Flight, IsDecompressedByACommand) {
   options.decompress = "false {in} {out}";
   EXPECT_THAT(refusal(), HasSubstr("ended with status 1"));
   options.decompress = "no-such-program {in} {out}";
-  EXPECT_THAT(refusal(), HasSubstr("is it installed?"));
+  EXPECT_THAT(refusal(), HasSubstr("no-such-program cannot be started: "));
   options.decompress = "cp {in}";
-  EXPECT_THAT(refusal(), HasSubstr("must hold {in} and {out}"));
+  EXPECT_THAT(refusal(Error::BadSettings), HasSubstr("must hold {in} and {out}"));
+  struct Impatient : Kestrum::LoaderProgress {
+    int reports = 0;
+    void report(const std::string&, std::size_t, std::size_t) override {
+      if (++reports == 5) throw Error("enough", Error::Interrupted);
+    }
+  } impatient;
+  options.decompress = "tail -f {in} {out}";  // does not end by itself
+  EXPECT_THROW(importFlight(options, impatient, [](const auto&) {}), Error);
+  const std::filesystem::directory_iterator files(options.output / "decompressed");
+  EXPECT_EQ(std::distance(files, {}), 1);  // nothing unfinished is left
 }
 
 TEST_F(Flight, IsReadFromFilesThatAConverterCompressed) {

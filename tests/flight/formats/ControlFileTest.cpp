@@ -6,16 +6,13 @@
 #include <string>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "flight/formats/ControlFile.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::ThrowsMessage;
+using testing::AllOf, testing::HasSubstr, testing::ThrowsMessage;
 
 namespace {
 

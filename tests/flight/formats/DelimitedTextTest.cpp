@@ -3,7 +3,6 @@
 #include <string>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "flight/formats/DelimitedText.h"
 #include "tests/support/TemporaryFolder.h"
@@ -11,9 +10,7 @@
 
 using namespace Velorn::Flights;
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::ThrowsMessage;
+using testing::ElementsAre, testing::HasSubstr, testing::ThrowsMessage;
 
 TEST(DelimitedText, LinesComeWithoutEndsAndCommentsAndWithTheirNumbers) {
   const TemporaryFolder folder;

@@ -4,19 +4,18 @@
 #include <cerrno>
 #include <chrono>
 #include <cmath>
-#include <csignal>
 #include <numeric>
 #include <random>
 #include <system_error>
 
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 
 #include "flight/formats/LasCopy.h"
 #include "flight/formats/LasFile.h"
 #include "tests/support/LasBytes.h"
+#include "tests/support/Limit.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
-#include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 
@@ -49,19 +48,13 @@ class LasCopies : public testing::Test {
     for (const auto& p : pointsOf(source)) places.push_back(p.place);
     return places;
   }
-  std::string refusalOf(const Numbers& numbers, const std::vector<point>& places) {
-    try {
-      copyLas(source, target, numbers, places);
-    } catch (const Error& error) {
-      kind = error.kind();
-      return error.what();
-    }
-    return "not refused";
+  std::string refusal(const Numbers& numbers, const std::vector<point>& places,
+                      Error::Kind kind = Error::BadInput) {
+    return refusalOf([&] { copyLas(source, target, numbers, places); }, kind);
   }
 
   TemporaryFolder folder;
   std::filesystem::path source = folder / "strip.las", target = folder / "adjusted.las";
-  std::optional<Error::Kind> kind;
 };
 
 /// A sample with records, waveforms and whatever the version has.
@@ -172,52 +165,30 @@ TEST_F(LasCopies, ThatCannotBeMadeAreRefusedAndTheTargetStays) {
   writeContent(target, "before");
   const point good{500000, 5300000, 100};
   const double nan = std::nan("");
-  EXPECT_THAT(refusalOf({1, 3}, {good, {0, nan, 0}}),
+  EXPECT_THAT(refusal({1, 3}, {good, {0, nan, 0}}),
               AllOf(HasSubstr("strip.las: point 3"), HasSubstr("not finite")));
-  EXPECT_THAT(refusalOf({1, 3}, {good, {0, 0, 1e300}}),
+  EXPECT_THAT(refusal({1, 3}, {good, {0, 0, 1e300}}),
               AllOf(HasSubstr("point 3"), HasSubstr("z = 1e+300 does not fit")));
-  EXPECT_THAT(refusalOf({1, 3, 4}, {good, good, {-9e7, 0, 0}}),
+  EXPECT_THAT(refusal({1, 3, 4}, {good, good, {-9e7, 0, 0}}),
               AllOf(HasSubstr("point 4"), HasSubstr("x = -90000000 does not fit")));
-  EXPECT_THAT(refusalOf({1, 1}, {good, good}), HasSubstr("1 comes after 1"));
-  EXPECT_THAT(refusalOf({1, 5}, {good, good}), HasSubstr("holds 5 points, none with number 5"));
-  EXPECT_THAT(refusalOf({1, 2}, {good}), HasSubstr("2 points have 1 new"));
+  EXPECT_THAT(refusal({1, 1}, {good, good}), HasSubstr("1 comes after 1"));
+  EXPECT_THAT(refusal({1, 5}, {good, good}), HasSubstr("holds 5 points, none with number 5"));
+  EXPECT_THAT(refusal({1, 2}, {good}), HasSubstr("2 points have 1 new"));
   EXPECT_EQ(contentOf(target), "before");
   target = source;
-  EXPECT_THAT(refusalOf({1}, {good}), HasSubstr("is the file that the points come from"));
+  EXPECT_THAT(refusal({1}, {good}), HasSubstr("is the file that the points come from"));
 }
 
 TEST_F(LasCopies, ThatCannotBeWrittenAreWriteErrors) {
   write(lasSample(2, 3, 1));
   target = folder / "missing/adjusted.las";
-  EXPECT_THAT(refusalOf({0}, {{}}),
+  EXPECT_THAT(refusal({0}, {{}}, Error::NoSpace),
               HasSubstr("adjusted.las: cannot be written: " +
                         std::generic_category().message(ENOENT)));  // in the locale's language
-  EXPECT_EQ(kind, Error::NoSpace);
   target = folder.path() / "folder";
   std::filesystem::create_directory(target);
-  EXPECT_THAT(refusalOf({0}, {{}}), HasSubstr("is not a regular file"));
-  EXPECT_EQ(kind, Error::NoSpace);
+  EXPECT_THAT(refusal({0}, {{}}, Error::NoSpace), HasSubstr("is not a regular file"));
 }
-
-/// No file of this process grows beyond so many bytes while this lives: the disk is full.
-class FullDisk {
- public:
-  explicit FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit limit{bytes, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FullDisk() {
-    setrlimit(RLIMIT_FSIZE, &before_);
-    std::signal(SIGXFSZ, handler_);
-  }
-  FullDisk(const FullDisk&) = delete;
-  FullDisk& operator=(const FullDisk&) = delete;
-
- private:
-  void (*handler_)(int);
-  rlimit before_{};
-};
 
 TEST_F(LasCopies, OnAFullDiskLeaveTheTargetAsItWas) {
   write(lasSample(2, 3, 1000));
@@ -226,13 +197,11 @@ TEST_F(LasCopies, OnAFullDiskLeaveTheTargetAsItWas) {
   writeContent(target, "before");
   const std::size_t size = contentOf(source).size();
   for (const std::size_t room : {std::size_t{100}, std::size_t{20000}, size - 1}) {
-    kind.reset();
-    const std::string refusal = [&] {
-      const FullDisk disk(room);
-      return refusalOf(numbers, points);
+    const std::string told = [&] {
+      const Limit disk(RLIMIT_FSIZE, room);
+      return refusal(numbers, points, Error::NoSpace);
     }();
-    EXPECT_THAT(refusal, HasSubstr("adjusted.las: cannot be written")) << room;
-    EXPECT_EQ(kind, Error::NoSpace);
+    EXPECT_THAT(told, HasSubstr("adjusted.las: cannot be written")) << room;
     EXPECT_EQ(contentOf(target), "before");
   }
   const std::filesystem::directory_iterator files(folder.path());

@@ -7,10 +7,9 @@
 #include <ogr_spatialref.h>
 
 #include "flight/formats/LasFile.h"
-#include "tests/flight/Refusal.h"
 #include "tests/support/LasBytes.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
-#include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 
@@ -34,8 +33,8 @@ class LasFiles : public testing::Test {
     writeContent(path, bytes);
     return LasFile(path);
   }
-  std::string refusal(const std::string& bytes) {
-    return refusalOf([&] { written(bytes); });
+  std::string refusalOf(const std::string& bytes) {
+    return ::refusalOf([&] { written(bytes); });
   }
 
   TemporaryFolder folder;
@@ -104,17 +103,17 @@ TEST_F(LasFiles, ThatAreCompressedAreRefusedWithACommandThatHelps) {
   const std::string las = (folder / "strip.las").string();
   const auto helps = AllOf(HasSubstr("laszip -i " + path.string() + " -o " + las + "\""),
                            HasSubstr("--decompress"));
-  EXPECT_THAT(refusal(bytes), helps);
+  EXPECT_THAT(refusalOf(bytes), helps);
   auto sample = lasSample(2, 1);
   sample.vlrs = {{"laszip encoded", 22204, "settings"}};
-  EXPECT_THAT(refusal(lasBytes(sample)), helps);
+  EXPECT_THAT(refusalOf(lasBytes(sample)), helps);
   path = las;
-  EXPECT_THAT(refusal(bytes), HasSubstr("-o " + (folder / "strip_plain.las").string()));
+  EXPECT_THAT(refusalOf(bytes), HasSubstr("-o " + (folder / "strip_plain.las").string()));
 }
 
 TEST_F(LasFiles, ThatAreNoneAreRefusedByName) {
-  EXPECT_THAT(refusal(""), HasSubstr("strip.las: is empty"));
-  EXPECT_THAT(refusal("easting;northing"), HasSubstr("strip.las: does not begin with"));
+  EXPECT_THAT(refusalOf(""), HasSubstr("strip.las: is empty"));
+  EXPECT_THAT(refusalOf("easting;northing"), HasSubstr("strip.las: does not begin with"));
   std::filesystem::remove(path);
   EXPECT_THROW(LasFile{path}, Error);
   EXPECT_THROW(LasFile{folder.path()}, Error);
@@ -126,13 +125,13 @@ TEST_F(LasFiles, WithRecordsLongerThanTheirPlaceAreRefused) {
   sample.evlrs = {{"c", 3, "content"}};
   std::string bytes = lasBytes(sample);
   putAt(bytes, 375 + 61 + 20, std::uint16_t{8});
-  EXPECT_THAT(refusal(bytes), HasSubstr("strip.las: variable length record 2 of 2: has 8 bytes"));
+  EXPECT_THAT(refusalOf(bytes), HasSubstr("strip.las: variable length record 2 of 2: has 8 bytes"));
   bytes = lasBytes(sample);
   putAt(bytes, 375 + 20, std::uint16_t{30});
-  EXPECT_THAT(refusal(bytes), HasSubstr("record 2 of 2: there is no place"));
+  EXPECT_THAT(refusalOf(bytes), HasSubstr("record 2 of 2: there is no place"));
   bytes = lasBytes(sample);
   putAt(bytes, bytes.size() - 7 - 40, ~std::uint64_t{0});
-  EXPECT_THAT(refusal(bytes), HasSubstr("extended variable length record 1 of 1: has 184467"));
+  EXPECT_THAT(refusalOf(bytes), HasSubstr("extended variable length record 1 of 1: has 184467"));
 }
 
 TEST_F(LasFiles, ThatShrinkAfterwardsAreRefusedWhenTheyAreRead) {

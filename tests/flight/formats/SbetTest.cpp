@@ -10,18 +10,15 @@
 #include <string>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "flight/formats/Sbet.h"
-#include "tests/flight/Refusal.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
-#include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 
 using std::numbers::pi;
-using testing::AllOf;
-using testing::HasSubstr;
+using testing::AllOf, testing::HasSubstr;
 
 namespace {
 

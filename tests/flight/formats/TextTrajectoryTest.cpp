@@ -8,24 +8,21 @@
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "flight/formats/TextTrajectory.h"
 #include "flight/formats/TrajectoryExport.h"
+#include "platform/geomra/Degree.h"
 #include "platform/tessaly/TransverseMercator.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
-#include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 using std::numbers::pi;
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::ThrowsMessage;
+using testing::AllOf, testing::ElementsAre, testing::HasSubstr, testing::ThrowsMessage;
 
 namespace {
 
-constexpr double degree = pi / 180.0;
+using Geomra::degree;
 
 /// What a text holds, so that a test can read a file with these lines.
 TextTrajectory trajectoryOf(const std::string& content, const TextTrajectoryFormat& format = {}) {
@@ -272,10 +269,6 @@ TEST(TrajectoryExport, WhatCannotBeWrittenLeavesTheOldFile) {
   EXPECT_THROW(writeSbet(folder / "out", {}), Error);
   EXPECT_THROW(writeTextTrajectory(folder / "out", {SbetRecord{}}, 4326), Error);
   EXPECT_EQ(contentOf(folder / "out"), "old");
-  try {
-    writeSbet(folder / "none" / "out", {SbetRecord{}});
-    ADD_FAILURE() << "not refused";
-  } catch (const Error& error) {
-    EXPECT_EQ(error.kind(), Error::NoSpace);
-  }
+  EXPECT_THAT(refusalOf([&] { writeSbet(folder / "none/out", {SbetRecord{}}); }, Error::NoSpace),
+              HasSubstr("none/out: "));
 }

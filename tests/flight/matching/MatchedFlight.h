@@ -76,12 +76,6 @@ class MatchedFlight {
   Velorn::Flights::MatchOptions options;
 
  private:
-  static std::uint8_t codeOf(const TruePlane& plane) {
-    if (plane.surface == 6) return 11;
-    if (plane.surface == 40) return 13;
-    return plane.normal.z < 0.9986 ? 12 : 14;
-  }
-
   /// Normals, classes and distances from the true planes; every third point stands for the others.
   void rasterize(std::size_t strip) {
     const OneGridFile file(strips[strip]);

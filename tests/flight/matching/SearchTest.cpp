@@ -122,6 +122,13 @@ MatchPoints waves(std::size_t count, unsigned seed) {
   return points;
 }
 
+MatchPoints flat(MatchPoints points) {
+  points.codes.assign(points.size(), lastCode);
+  points.normals.assign(points.size(), {0, 0, 1});
+  for (point& place : points.delivered) place.z = 0.0;
+  return points;
+}
+
 /// The point of J that is nearest to a candidate, by class.
 std::optional<std::size_t> slowPartner(const MatchPoints& i, std::size_t k, const MatchPoints& j,
                                        double radius) {
@@ -149,11 +156,16 @@ PlaneFit slowPlane(const MatchPoints& points, std::size_t k, const SearchRules& 
   return planeThrough(about);
 }
 
+std::vector<Correspondence> partnersOf(const MatchPoints& i, const MatchPoints& j,
+                                       const SearchRules& rules, Funnels& funnels) {
+  return searchPartners(i, PartnerSearch(j, rules), funnels, [](std::size_t) {});
+}
+
 TEST(PairSearch, FindsThePartnersOfASlowTwin) {
   const MatchPoints i = waves(400, 1), j = waves(3000, 2);
   const SearchRules rules{1.5, std::cos(0.06), true, 12, 2.5};
   Funnels funnels;
-  const auto found = searchPartners(i, PartnerSearch(j, rules), funnels, [](std::size_t) {});
+  const auto found = partnersOf(i, j, rules, funnels);
   std::map<std::size_t, std::size_t> owner;  // of a point of J: the nearest candidate
   for (std::size_t k = 0; k < i.size(); ++k) {
     const auto partner = slowPartner(i, k, j, rules.radius);
@@ -193,46 +205,33 @@ TEST(PairSearch, FindsThePartnersOfASlowTwin) {
 }
 
 TEST(PairSearch, OffersAPointToItsNearestCandidateAlone) {
-  MatchPoints i = waves(3, 1), j = waves(30, 2);
-  for (auto* points : {&i, &j}) {
-    points->codes.assign(points->size(), lastCode);
-    points->normals.assign(points->size(), {0, 0, 1});
-    for (point& place : points->delivered) place.z = 0.0;
-  }
+  MatchPoints i = flat(waves(3, 1)), j = flat(waves(30, 2));
   j.delivered[0] = {20, 100, 0};
   i.delivered = {{20.5, 100, 0}, {20.2, 100, 0}, {20.3, 100, 0}};
   Funnels funnels;
   const SearchRules rules{1.0, 0.99, true, 30, 500.0};
-  const auto found = searchPartners(i, PartnerSearch(j, rules), funnels, [](std::size_t) {});
+  const auto found = partnersOf(i, j, rules, funnels);
   ASSERT_EQ(found.size(), 1U);
   EXPECT_EQ(found[0].i, 1U);
   EXPECT_EQ(funnels[4].tooFar, 2U);
 }
 
 TEST(PairSearch, TakesTheNearestThatFacesTheSameWayWhereStripsAreFarApart) {
-  MatchPoints i = waves(2, 1), j = waves(31, 2);
-  for (auto* points : {&i, &j}) {
-    points->codes.assign(points->size(), lastCode);
-    points->normals.assign(points->size(), {0, 0, 1});
-    for (point& place : points->delivered) place.z = 0.0;
-  }
+  MatchPoints i = flat(waves(2, 1)), j = flat(waves(31, 2));
   j.delivered[0] = {20, 100, 0};
   j.normals[0] = {1, 0, 0};  // a wall, nearer than the ground at 20, 102
   j.delivered[1] = {20, 102, 0};
   i.delivered = {{20, 100.1, 0}, {20, 100.2, 0}};
   Funnels funnels;
   SearchRules rules{3.0, 0.99, true, 30, 500.0};
-  const auto search = [&] {
-    return searchPartners(i, PartnerSearch(j, rules), funnels, [](std::size_t) {});
-  };
-  EXPECT_TRUE(search().empty());
+  EXPECT_TRUE(partnersOf(i, j, rules, funnels).empty());
   rules.areFarApart = true;
-  const auto found = search();
+  const auto found = partnersOf(i, j, rules, funnels);
   ASSERT_EQ(found.size(), 2U);  // they share it
   EXPECT_EQ(found[0].j, 1U);
   EXPECT_EQ(found[1].j, 1U);
   rules.radius = 1.5;
-  EXPECT_TRUE(search().empty());
+  EXPECT_TRUE(partnersOf(i, j, rules, funnels).empty());
 }
 
 TEST(PairSearch, AnswersForPointsInOnePlaceAndNormalsThatAreNone) {
@@ -242,12 +241,10 @@ TEST(PairSearch, AnswersForPointsInOnePlaceAndNormalsThatAreNone) {
   i.normals[1] = {0, 0, 0};
   Funnels funnels;
   const SearchRules rules{100.0, -1.0, true, 16, 5.0};
-  EXPECT_TRUE(searchPartners(i, PartnerSearch(j, rules), funnels, [](std::size_t) {}).empty());
+  EXPECT_TRUE(partnersOf(i, j, rules, funnels).empty());
   const MatchPoints nothing;
-  EXPECT_TRUE(
-      searchPartners(i, PartnerSearch(nothing, rules), funnels, [](std::size_t) {}).empty());
-  EXPECT_TRUE(
-      searchPartners(nothing, PartnerSearch(j, rules), funnels, [](std::size_t) {}).empty());
+  EXPECT_TRUE(partnersOf(i, nothing, rules, funnels).empty());
+  EXPECT_TRUE(partnersOf(nothing, j, rules, funnels).empty());
 }
 
 /// Points 1 m apart in squares of 4 × 4, on inclined planes.

@@ -8,10 +8,10 @@
 #include <random>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "flight/matching/Rejection.h"
 #include "flight/matching/Thinning.h"
+#include "platform/geomra/Degree.h"
 
 namespace {
 
@@ -135,7 +135,7 @@ TEST(Thinning, KeepsStrataEvenAndDependsOnTheSeedAlone) {
 
 TEST(Thinning, TellsSlopesAndAspectsApart) {
   const auto inclined = [](double slope, double aspect) {
-    constexpr double degree = 0.017453292519943295;
+    using Geomra::degree;
     return stratumOf(
         12, {std::sin(slope * degree) * std::sin(aspect * degree),
              std::sin(slope * degree) * std::cos(aspect * degree), std::cos(slope * degree)});

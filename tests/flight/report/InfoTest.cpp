@@ -4,7 +4,6 @@
 #include <string>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
@@ -16,9 +15,7 @@
 using namespace Velorn::Flights;
 
 using Json = nlohmann::ordered_json;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
+using testing::ElementsAre, testing::HasSubstr, testing::IsEmpty;
 
 namespace {
 

@@ -9,19 +9,18 @@
 #include <regex>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "flight/simulation/FlightPlan.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include "tests/flight/simulation/TrueWorld.h"
+#include "tests/support/Refusal.h"
 #include <velorn/CorrespondenceBlock.h>
 
 using namespace Velorn::Flights;
 
 namespace {
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 using Velorn::SphericalBeing;
 namespace fs = std::filesystem;
 
@@ -165,12 +164,8 @@ TEST(KnownCorrespondences, AFlightTooSparseForAnAdjustmentIsRefused) {
   const TemporaryFolder folder;
   auto options = pairedFlight();
   options.points = 1000;
-  try {
-    make(folder.path(), options);
-    FAIL() << "not refused";
-  } catch (const Error& error) {
-    EXPECT_THAT(error.what(), testing::HasSubstr("choose more --points"));
-  }
+  EXPECT_THAT(refusalOf([&] { make(folder.path(), options); }),
+              testing::HasSubstr("choose more --points"));
   EXPECT_FALSE(fs::exists(folder / "03_correspondences"));
   EXPECT_FALSE(fs::exists(folder / "truth.json"));
 }

@@ -4,6 +4,8 @@
 // A small synthetic flight for tests, and its files read back.
 #pragma once
 
+#include <cmath>
+#include <cstdint>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -11,6 +13,7 @@
 #include <vector>
 
 #include "flight/strips/OrFail.h"
+#include "platform/geomra/Degree.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/support/TemporaryFolder.h"
@@ -60,6 +63,13 @@ struct TruePlane {
   Geomra::PhysicalSpace::point through;
   Geomra::PhysicalSpace::vector normal;
 };
+
+/// The code that a point on the plane gets: ground of more than 3° is a slope.
+inline std::uint8_t codeOf(const TruePlane& plane) {
+  if (plane.surface == 6) return 11;
+  if (plane.surface == 40) return 13;
+  return plane.normal.z < std::cos(3.0 * Geomra::degree) ? 12 : 14;
+}
 
 inline std::vector<TruePlane> planesIn(const std::filesystem::path& folder) {
   std::istringstream lines(contentOf(folder / "truth" / "planes.csv"));

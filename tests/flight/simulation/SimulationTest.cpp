@@ -5,17 +5,16 @@
 #include <set>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <omp.h>
 
-#include "tests/flight/Refusal.h"
+#include "platform/geomra/Degree.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
+#include "tests/support/Refusal.h"
 
 namespace {
 
 using namespace Velorn::Flights;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 
@@ -74,7 +73,7 @@ TEST(Simulation, GroundTruthHasSteepPatchesInManyDirectionsOrFlatOnesOnly) {
       // All 16 points of a patch lie on its plane: true heights, to the rounding of northings.
       EXPECT_NEAR(dot(positions[i] - positions[i / 16 * 16], n), 0.0, 1e-8);
       if (n.z == 1.0) ++level;
-      if (n.z > std::cos(20.0 / 57.29577951308232)) continue;
+      if (n.z > std::cos(20.0 * Geomra::degree)) continue;
       ++steep;
       sectors.insert(static_cast<int>(std::floor(std::atan2(n.x, n.y) / 1.0471975511965976)));
     }

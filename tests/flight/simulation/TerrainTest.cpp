@@ -3,18 +3,18 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <numbers>
 
 #include <gtest/gtest.h>
 
 #include "flight/simulation/Random.h"
 #include "flight/simulation/Terrain.h"
+#include "platform/geomra/Degree.h"
 
 namespace {
 
 using namespace Velorn::Flights::Simulation;
 
-constexpr double degree = std::numbers::pi / 180.0;
+using Geomra::degree;
 const Extent smallArea{600'000.0, 600'399.0, 5'249'800.0, 5'250'199.0};
 
 /// The plane that a place belongs to, found by asking all of them; the number of planes on a

@@ -4,13 +4,12 @@
 // World points of a synthetic flight under its truth, computed anew from its files.
 #pragma once
 
-#include <numbers>
-
 #include "flight/comparison/TrueWorld.h"
+#include "platform/geomra/Degree.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include <velorn/Trajectory.h>
 
-inline constexpr double degree = std::numbers::pi / 180.0;
+using Geomra::degree;
 
 /// The delivered trajectory, as the library reads and interpolates it.
 inline Velorn::Trajectory trajectoryIn(const std::filesystem::path& folder) {

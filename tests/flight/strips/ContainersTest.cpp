@@ -8,7 +8,7 @@
 #include "flight/strips/OrFail.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
-#include "tests/flight/Refusal.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/CorrespondenceBlock.h>
 #include <velorn/flight/Containers.h>

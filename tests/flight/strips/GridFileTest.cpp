@@ -4,7 +4,7 @@
 
 #include "flight/strips/GridFile.h"
 #include "flight/strips/OrFail.h"
-#include "tests/flight/Refusal.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 
 using namespace Velorn::Flights;

@@ -10,11 +10,11 @@
 #include <string>
 
 #include "flight/strips/OrFail.h"
-#include "flight/strips/Watcher.h"
 #include "flight/surfaces/Rasterize.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
-#include "tests/flight/Refusal.h"
+#include "tests/support/NoProgress.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/flight/Containers.h>
 
@@ -51,8 +51,8 @@ inline Velorn::InputParameter rasterConfiguration(const std::string& selection =
 inline Velorn::Flights::RasterCounts rasterize(
     const std::filesystem::path& strip, const std::filesystem::path& raster,
     const Velorn::InputParameter& configuration = rasterConfiguration()) {
-  Velorn::Flights::Watcher silent{{}};
-  return Velorn::Flights::rasterizeStrip(strip, raster, configuration, {}, silent);
+  NoProgress progress;
+  return Velorn::Flights::rasterizeStrip(strip, raster, configuration, {}, progress);
 }
 
 /// Changes the only grid of a file.

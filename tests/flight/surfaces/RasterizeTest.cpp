@@ -1,23 +1,21 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
-#include <csignal>
 #include <numeric>
 
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include "flight/strips/OrFail.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include "tests/flight/surfaces/RasterStrip.h"
+#include "tests/support/Limit.h"
 #include <velorn/DataBlock.h>
 
 namespace {
 
 using namespace Velorn::Flights;
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 using testing::Each, testing::HasSubstr, testing::IsEmpty;
 using Codes = std::vector<std::uint8_t>;
 
@@ -42,30 +40,11 @@ Velorn::DataBlock dataOf(const std::filesystem::path& file) {
   return block;
 }
 
-/// Files cannot become longer than that, as on a full disk, for one scope.
-class FewBytes {
- public:
-  explicit FewBytes(rlim_t bytes) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit limit{bytes, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FewBytes() { setrlimit(RLIMIT_FSIZE, &before_); }
-  FewBytes(const FewBytes&) = delete;
-  FewBytes& operator=(const FewBytes&) = delete;
-
- private:
-  rlimit before_{};
-};
-
 struct Rasterize : testing::Test {
   TemporaryFolder folder;
   std::filesystem::path strip = folder / "strip.kx", raster = folder / "raster.kx";
 
-  void save(Velorn::Flights::StripColumns columns = rasterStrip()) {
-    Velorn::Flights::saveStrip(strip, std::move(columns));
-  }
+  void save(StripColumns columns = rasterStrip()) { saveStrip(strip, std::move(columns)); }
 };
 
 TEST_F(Rasterize, MakesStripAndRasterThatDataBlockReads) {
@@ -120,7 +99,6 @@ TEST_F(Rasterize, TakesPointsOfSeveralFragmentsForOneStrip) {
   save();
   rasterize(strip, raster);
   const auto whole = OneGridFile(strip).world<vector>("NormalVector");
-  auto columns = rasterStrip();
   save();
   change(strip, [](Strandel::Grid& grid) {
     const auto split = [](Strandel::Field& field, auto values) {
@@ -254,7 +232,7 @@ TEST_F(Rasterize, TellsWhatCannotBeWritten) {
   save();
   const std::string before = contentOf(strip);
   {
-    const FewBytes disk(100'000);
+    const Limit disk(RLIMIT_FSIZE, 100'000);
     EXPECT_THAT(refusalOf([&] { rasterize(strip, raster); }, Error::NoSpace),
                 HasSubstr("strip.kx: "));
   }
@@ -271,16 +249,15 @@ TEST_F(Rasterize, TellsWhatCannotBeWritten) {
 }
 
 TEST_F(Rasterize, ThatIsInterruptedLeavesTheStripAsItIs) {
-  Watch watch;
-  bool isBegun = false;
-  watch.progress = [&](const auto&, std::size_t current, auto) { isBegun = current > 0; };
-  watch.isCancelled = [&] { return isBegun; };
-  Watcher watcher(watch);
+  struct Interrupting : NoProgress {
+    void report(const std::string& /*text*/, std::size_t current, std::size_t total) override {
+      if (current > 0 && total > 0) throw Error("interrupted");
+    }
+  } progress;
   save();
   const std::string before = contentOf(strip);
-  EXPECT_THAT(refusalOf([&] { rasterizeStrip(strip, raster, rasterConfiguration(), {}, watcher); },
-                        Error::Interrupted),
-              HasSubstr("cancelled while"));
+  EXPECT_EQ(refusalOf([&] { rasterizeStrip(strip, raster, rasterConfiguration(), {}, progress); }),
+            "interrupted");
   EXPECT_TRUE(contentOf(strip) == before);
   EXPECT_FALSE(std::filesystem::exists(raster));
 }
@@ -301,14 +278,14 @@ TEST(RasterCheck, NamesTheSettingBeyondSense) {
 }
 
 TEST_F(Rasterize, OfGroundTruthHasOnePointPerCellWithItsUnitNormal) {
-  Velorn::Flights::GroundTruthColumns truth;
+  GroundTruthColumns truth;
   for (int i = 0; i < 100; ++i) {
     truth.positions.push_back({6e5 + 0.26 * i, 5.25e6, 450.0});
     truth.normals.push_back(i == 3 ? vector{} : vector{0.0, 0.0, i == 4 ? -2.0 : 1.0});
     truth.classification.push_back(static_cast<std::uint8_t>(i));
   }
   truth.positions[5].z = std::nan("");
-  Velorn::Flights::saveGroundTruth(folder / "truth.kx", truth);
+  saveGroundTruth(folder / "truth.kx", truth);
   const RasterCounts counts =
       rasterizeGroundTruth(folder / "truth.kx", raster, rasterConfiguration());
   EXPECT_EQ(counts.notFinite, 1U);

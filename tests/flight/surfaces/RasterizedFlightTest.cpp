@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "flight/surfaces/TerrainClasses.h"
+#include "platform/geomra/Degree.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include "tests/flight/surfaces/RasterStrip.h"
 
@@ -39,7 +40,8 @@ Shares sharesOf(const std::filesystem::path& folder, const std::string& strip) {
     ++shares.surface;
     const TruePlane& real = planes.at(plane[i]);
     if (codes[i] == trueCode(real)) ++shares.rightClass;
-    const double degrees = std::acos(std::min(1.0, dot(normals[i], real.normal))) * 57.2957795;
+    const double degrees =
+        std::acos(std::min(1.0, dot(normals[i], real.normal))) * Geomra::degreesPerRadian;
     if (degrees < 3.0) ++shares.rightNormal;
   }
   return shares;

@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 
 #include "flight/surfaces/Selection.h"
-#include "tests/flight/Refusal.h"
+#include "tests/support/Refusal.h"
 
 using namespace Velorn::Flights;
 
@@ -20,7 +20,7 @@ bool selects(const std::string& text, const std::vector<double>& values) {
 }
 
 std::string faultOf(const std::string& text) {
-  return refusalOf([&] { Selection parsed(text); }, Error::BadSettings);
+  return refusalOf([&] { const Selection parsed(text); }, Error::BadSettings);
 }
 
 TEST(Selection, KnowsComparisonsAndWords) {

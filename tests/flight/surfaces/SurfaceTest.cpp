@@ -2,12 +2,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <random>
 #include <stdexcept>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <omp.h>
 
+#include "flight/surfaces/Cubes.h"
+#include "flight/surfaces/PlaneFit.h"
 #include "flight/surfaces/Representatives.h"
 #include "flight/surfaces/RoughnessLimit.h"
 #include "flight/surfaces/Surface.h"
@@ -16,13 +19,60 @@
 namespace {
 
 using namespace Velorn::Flights;
+using testing::ElementsAre;
+
+/// Points about a projected place on z = 450 + 0.4 x - 0.3 y, with noise in the height.
+std::vector<point> onPlane(std::size_t count, double noise, double across = 3.0) {
+  std::mt19937 random(7);
+  std::uniform_real_distribution<double> place(-3.0, 3.0);
+  std::normal_distribution<double> error;
+  std::vector<point> points;
+  for (std::size_t i = 0; i < count; ++i) {
+    const double x = place(random), y = place(random) * across / 3.0;
+    points.push_back(
+        {600000.0 + x, 5250000.0 + y, 450.0 + 0.4 * x - 0.3 * y + noise * error(random)});
+  }
+  return points;
+}
+
+TEST(PlaneFit, OfExactPointsIsTheirPlaneAlsoFarFromTheOrigin) {
+  const auto fit = planeThrough(onPlane(16, 0.0));
+  ASSERT_TRUE(fit.exists());
+  const double length = std::hypot(0.4, -0.3, 1.0);
+  EXPECT_NEAR(fit.normal.x, -0.4 / length, 1e-7);
+  EXPECT_NEAR(fit.normal.y, 0.3 / length, 1e-7);
+  EXPECT_NEAR(fit.normal.z, 1.0 / length, 1e-7);
+  EXPECT_LT(fit.roughness, 1e-7);
+  EXPECT_NEAR(fit.distanceOf({600000.0, 5250000.0, 451.0}), 1.0 / length, 1e-6);
+}
+
+TEST(PlaneFit, SaysTheNoiseWithoutBias) {
+  double sum = 0.0;
+  constexpr int trials = 400;
+  const auto many = onPlane(trials * 10, 0.02);
+  for (int i = 0; i < trials; ++i) {
+    const auto fit = planeThrough(std::span(many).subspan(static_cast<std::size_t>(i) * 10, 10));
+    ASSERT_TRUE(fit.exists());
+    sum += fit.roughness * fit.roughness;
+  }
+  const double along = 0.02 / std::hypot(0.4, -0.3, 1.0);
+  EXPECT_NEAR(std::sqrt(sum / trials), along, 0.05 * along);
+}
+
+TEST(PlaneFit, DoesNotExistForFewPointsALineAndABall) {
+  EXPECT_FALSE(planeThrough({}).exists());
+  EXPECT_FALSE(planeThrough(onPlane(fewestForPlane - 1, 0.02)).exists());
+  EXPECT_FALSE(planeThrough(onPlane(16, 0.0, 0.05)).exists());
+  EXPECT_FALSE(planeThrough(onPlane(16, 5.0)).exists());
+  EXPECT_FALSE(planeThrough(std::vector<point>(16, {1.0, 2.0, 3.0})).exists());
+}
 
 constexpr double east = 600000.0, north = 5250000.0;
 
 /// Points of two clouds over several tiles, with gaps, a dense spot and a far outlier.
 struct Scene {
   std::vector<point> points;
-  std::vector<Echo> echoes;
+  std::vector<Cloud> clouds;
 
   explicit Scene(std::size_t count = 4000) {
     std::mt19937 random(5);
@@ -31,10 +81,10 @@ struct Scene {
     for (std::size_t i = 0; i < count; ++i) {
       const double x = i % 7 == 0 ? 30.0 + noise(random) * 40 : place(random), y = place(random);
       points.push_back({east + x, north + y, 400.0 + 0.3 * x + noise(random)});
-      echoes.push_back(i % 5 == 0 ? Echo::notLast : i % 31 == 0 ? Echo::leftOut : Echo::last);
+      clouds.push_back(i % 5 == 0 ? Cloud::notLast : i % 31 == 0 ? Cloud::leftOut : Cloud::last);
     }
     points.push_back({-9e8, 9e8, 0.0});
-    echoes.push_back(Echo::last);
+    clouds.push_back(Cloud::last);
   }
 };
 
@@ -45,7 +95,7 @@ PlaneFit planeByLooking(const Scene& scene, std::size_t i, const Neighbourhood& 
   std::vector<std::pair<double, std::size_t>> byDistance;
   for (std::size_t j = 0; j < scene.points.size(); ++j) {
     const auto d = scene.points[j] - scene.points[i];
-    if (scene.echoes[j] == scene.echoes[i] && dot(d, d) <= about.radius * about.radius) {
+    if (scene.clouds[j] == scene.clouds[i] && dot(d, d) <= about.radius * about.radius) {
       byDistance.emplace_back(dot(d, d), j);
     }
   }
@@ -59,10 +109,10 @@ PlaneFit planeByLooking(const Scene& scene, std::size_t i, const Neighbourhood& 
 TEST(Surface, IsThePlaneThroughTheNearestPointsOfTheSameCloud) {
   const Scene scene;
   const Neighbourhood about{12, 1.5};  // tiles of 12 m, so that many neighbours are in the next one
-  const Surface surface = surfaceOf(scene.points, scene.echoes, about, nothing);
+  const Surface surface = surfaceOf(scene.points, scene.clouds, about, nothing);
   std::size_t planes = 0;
   for (std::size_t i = 0; i < scene.points.size(); ++i) {
-    if (scene.echoes[i] == Echo::leftOut) {
+    if (scene.clouds[i] == Cloud::leftOut) {
       EXPECT_TRUE(std::isnan(surface.roughness[i]));
       EXPECT_EQ(surface.normals[i], vector{});
       continue;
@@ -83,12 +133,12 @@ TEST(Surface, IsTheSameForAnyNumberOfThreadsAlsoWithEqualDistances) {
   for (int i = 0; i < 150; ++i) {
     for (int j = 0; j < 150; ++j) lattice.push_back({0.5 * i, 0.5 * j, 0.25 * ((i * j) % 3)});
   }
-  const std::vector<Echo> echoes(lattice.size(), Echo::last);
+  const std::vector<Cloud> clouds(lattice.size(), Cloud::last);
   const int before = omp_get_max_threads();
   omp_set_num_threads(1);
-  const Surface one = surfaceOf(lattice, echoes, {16, 1.2}, nothing);
+  const Surface one = surfaceOf(lattice, clouds, {16, 1.2}, nothing);
   omp_set_num_threads(5);
-  const Surface five = surfaceOf(lattice, echoes, {16, 1.2}, nothing);
+  const Surface five = surfaceOf(lattice, clouds, {16, 1.2}, nothing);
   omp_set_num_threads(before);
   EXPECT_EQ(one.normals, five.normals);
 }
@@ -97,15 +147,15 @@ TEST(Surface, OfManyPointsAtOnePlaceDoesNotTakeTheirSquare) {
   Scene scene(2000);
   const point pile = scene.points[100];
   scene.points.insert(scene.points.end(), 200'000, pile);
-  scene.echoes.resize(scene.points.size(), Echo::last);
-  const Surface surface = surfaceOf(scene.points, scene.echoes, {16, 5.0}, nothing);
+  scene.clouds.resize(scene.points.size(), Cloud::last);
+  const Surface surface = surfaceOf(scene.points, scene.clouds, {16, 5.0}, nothing);
   EXPECT_TRUE(std::isnan(surface.roughness.back()));
   EXPECT_FALSE(std::isnan(surface.roughness[1]));
 }
 
 TEST(Surface, PassesOnWhatTheListenerThrows) {
   const Scene scene;
-  EXPECT_THROW(surfaceOf(scene.points, scene.echoes, {12, 1.5},
+  EXPECT_THROW(surfaceOf(scene.points, scene.clouds, {12, 1.5},
                          [](std::size_t) { throw std::runtime_error("enough"); }),
                std::runtime_error);
 }
@@ -139,6 +189,40 @@ TEST(Representatives, AreNearestTheCentroidsOfTheirCells) {
   EXPECT_EQ(representatives(points, std::vector<std::uint32_t>{0, 7}, 10.0),
             std::vector<std::uint32_t>{0});
   EXPECT_TRUE(representatives(points, {}, 10.0).empty());
+}
+
+std::vector<std::uint32_t> allOf(const std::vector<point>& points) {
+  std::vector<std::uint32_t> numbers(points.size());
+  std::iota(numbers.begin(), numbers.end(), 0U);
+  return numbers;
+}
+
+TEST(Cubes, KeepThePointNearestTheirCentreOnEitherSideOfZero) {
+  const std::vector<point> points{{-0.9, 5.1, 0.1},   // in the cube from -1 to 0
+                                  {-0.6, 5.5, 0.5},   // the same, nearer its centre
+                                  {0.1, 5.5, 0.5},    // another cube in x
+                                  {-0.5, 5.5, -0.5},  // and in z: the same cell in plan
+                                  {-0.5, 5.5, 0.5},   // no member
+                                  {1e8, -1e8, 0.0}};
+  EXPECT_THAT(onePerCube(points, std::vector<std::uint32_t>{0, 1, 2, 3, 5}, 1.0),
+              ElementsAre(1, 2, 3, 5));
+  EXPECT_TRUE(onePerCube({}, {}, 1.0).empty());
+  const std::vector<point> equal{{0.25, 0.5, 0.5}, {0.75, 0.5, 0.5}};
+  EXPECT_THAT(onePerCube(equal, allOf(equal), 1.0), ElementsAre(0)) << "the first of equals";
+}
+
+TEST(Spacing, IsThatOfAnAreaAndNotOfAScanLine) {
+  std::mt19937_64 random(5);
+  std::uniform_real_distribution<double> metre(0.0, 100.0);
+  std::vector<point> even, lines;
+  for (int k = 0; k < 40'000; ++k) {  // four points per square metre
+    even.push_back({metre(random), metre(random), 0.0});
+    lines.push_back({metre(random), std::round(metre(random)), 0.0});
+  }
+  EXPECT_NEAR(spacingOf(even, allOf(even), 5.0), 0.5, 0.05);
+  EXPECT_NEAR(spacingOf(lines, allOf(lines), 5.0), 0.5, 0.15) << "some cm along a line, 1 m across";
+  EXPECT_TRUE(std::isnan(spacingOf(even, allOf(even), 0.5))) << "three points within the radius";
+  EXPECT_TRUE(std::isnan(spacingOf({}, {}, 5.0)));
 }
 
 }  // namespace

@@ -5,12 +5,13 @@
 #include <gtest/gtest.h>
 
 #include "flight/surfaces/TerrainClasses.h"
+#include "platform/geomra/Degree.h"
 
 namespace {
 
 using namespace Velorn::Flights;
 
-constexpr double degree = 3.14159265358979 / 180.0;
+using Geomra::degree;
 constexpr std::uint8_t roof = 11, slope = 12, bed = 13, flat = 14;
 
 vector tilted(double degrees) {

@@ -6,8 +6,7 @@
 
 #include "platform/geomra/PhysicalSpace.h"
 
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 
 template <typename A, typename B>
 concept Addable = requires(A a, B b) {

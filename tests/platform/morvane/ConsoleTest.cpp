@@ -10,8 +10,7 @@
 
 #include "platform/morvane/Console.h"
 
-using Morvane::Console;
-using Morvane::ConsoleRedirection;
+using Morvane::Console, Morvane::ConsoleRedirection;
 
 TEST(Console, WritesToStandardOutputByDefaultAndAgainAfterARedirection) {
   testing::internal::CaptureStdout();

@@ -8,7 +8,6 @@
 #include <random>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/orvek/Figures.h"
 

@@ -8,25 +8,17 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <thread>
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include "platform/orvek/Gnuplot.h"
-#include "platform/orvek/Program.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace fs = std::filesystem;
 using namespace OrvekPDF;
 using namespace std::chrono_literals;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::SizeIs;
-using testing::StartsWith;
+using testing::AllOf, testing::HasSubstr, testing::SizeIs, testing::StartsWith;
 
 namespace {
 
@@ -72,19 +64,13 @@ class FailingGnuplot : public testing::Test {
   fs::path pdf_ = folder_ / "page.pdf";
 };
 
-/// Whether a process runs; one that has ended and was not reaped yet does not.
-bool runs(const std::string& process) {
-  const std::string status = contentOf("/proc/" + process + "/stat");
-  const std::size_t name = status.rfind(')');
-  return name != std::string::npos && status.at(name + 2) != 'Z' && status.at(name + 2) != 'X';
-}
-
 }  // namespace
 
 TEST_F(FailingGnuplot, IsNamedWithWhatItSaid) {
   EXPECT_EQ(faultOf("echo 'line 0: no such' >&2; echo '  terminal' >&2; exit 3"),
             "gnuplot ended with status 3: line 0: no such terminal");
   EXPECT_EQ(faultOf("kill -SEGV $$"), "gnuplot was ended by signal 11");
+  EXPECT_EQ(faultOf("sleep 600", 100ms), "gnuplot did not finish within 0.1 s and was ended");
 }
 
 TEST_F(FailingGnuplot, ThatIsMissingIsToldApart) {
@@ -116,23 +102,6 @@ TEST_F(FailingGnuplot, ThatSaysTooMuchIsReadToItsEnd) {
               AllOf(StartsWith("gnuplot ended with status 1: xxx"), SizeIs(testing::Lt(4200u))));
 }
 
-TEST_F(FailingGnuplot, ThatHangsIsKilledWithAllItStarted) {
-  const TemporaryFolder notes;
-  const auto start = std::chrono::steady_clock::now();
-  // One time it still listens to nobody, one time it has closed its standard error.
-  for (const char* const closing : {"", "exec 2>&-; "}) {
-    const std::string script = std::string(closing) + "trap '' TERM; sleep 600 & echo $! > " +
-                               (notes / "process").string() + "; sleep 600";
-    EXPECT_EQ(faultOf(script, 2s), "gnuplot did not finish within 2 s and was ended");
-    const std::string process = std::to_string(std::stoi(contentOf(notes / "process")));
-    for (int patience = 0; runs(process) && patience < 500; ++patience) {
-      std::this_thread::sleep_for(10ms);
-    }
-    EXPECT_FALSE(runs(process));
-  }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, 300s);  // not what it sleeps
-}
-
 TEST_F(FailingGnuplot, WhoseChildKeepsRunningIsNotWaitedFor) {
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(faultOf("sleep 60 & exit 4"), "gnuplot ended with status 4");  // it holds the pipe
@@ -146,41 +115,7 @@ TEST_F(FailingGnuplot, IsNotStartedWhereItsPageCannotBeWritten) {
   EXPECT_THAT(drawPdf("plot x\n", folder_.path()), HasSubstr(folder_.path().string() + ": "));
 }
 
-TEST(Program, GetsNothingOfThisProcessButItsEnvironment) {
-  const TemporaryFolder folder;
-  const int open = ::open("/dev/null", O_RDONLY);  // as a library may leave one, without O_CLOEXEC
-  setenv("ORVEK_TEST", "kept", 1);
-  setenv("LC_NUMERIC", "de_DE.UTF-8", 1);
-  sigset_t blocked, before;
-  sigemptyset(&blocked);
-  sigaddset(&blocked, SIGTERM);
-  pthread_sigmask(SIG_BLOCK, &blocked, &before);
-  const ProgramEnd end = runProgram({"sh", "-c",
-                                     "ls /proc/$$/fd; echo $ORVEK_TEST $LC_ALL $LC_NUMERIC $LANG; "
-                                     "cat; exec grep SigBlk /proc/self/status"},
-                                    "input\n", folder / "out", 60s);
-  pthread_sigmask(SIG_SETMASK, &before, nullptr);
-  unsetenv("LC_NUMERIC");
-  ::close(open);
-  EXPECT_EQ(end.fault, "");
-  EXPECT_EQ(contentOf(folder / "out"), "0\n1\n2\nkept C.UTF-8\ninput\nSigBlk:\t0000000000000000\n");
-}
-
-TEST(Program, RunsWhereTheStandardStreamsAreClosed) {
-  const TemporaryFolder folder;
-  EXPECT_EXIT(
-      {
-        for (const int stream : {0, 1, 2}) ::close(stream);
-        const ProgramEnd end =
-            runProgram({"sh", "-c", "cat; echo said >&2"}, "input\n", folder / "out", 60s);
-        const bool right = contentOf(folder / "out") == "input\n" && end.said == "said";
-        fs::remove_all(folder.path());  // this process has one of its own
-        std::_Exit(right && end.fault.empty() ? 0 : 1);
-      },
-      testing::ExitedWithCode(0), "");
-}
-
-TEST(Program, IsBelievedByItsPageWhereTheHostReapsEveryChild) {
+TEST(Gnuplot, IsBelievedByItsPageWhereTheHostReapsEveryChild) {
   const TemporaryFolder folder;
   const auto before = signal(SIGCHLD, SIG_IGN);
   const std::string fault = drawPdf("set terminal pdfcairo\nplot x\n", folder / "page.pdf");

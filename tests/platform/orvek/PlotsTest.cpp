@@ -9,22 +9,18 @@
 #include <regex>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include "platform/morvane/Console.h"
 #include "platform/orvek/HistogramPdf.h"
 #include "platform/orvek/HistogramPlot.h"
 #include "platform/orvek/Statistic.h"
 #include "platform/orvek/VectorToPDF.h"
+#include "tests/support/ConsoleLines.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace fs = std::filesystem;
 using namespace OrvekPDF;
 using OrvekStatistic::Statistic;
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
+using testing::AllOf, testing::ElementsAre, testing::HasSubstr, testing::Not;
 
 namespace {
 
@@ -47,9 +43,7 @@ class Plots : public testing::Test {
 
   TemporaryFolder folder_;
   fs::path pdf_ = folder_ / "page.pdf";
-  std::vector<std::string> lines_;
-  Morvane::ConsoleRedirection console_{
-      [this](std::string_view line) { lines_.emplace_back(line); }};
+  ConsoleLines lines_;
 };
 
 Statistic normalDifferences(int count) {

@@ -7,15 +7,13 @@
 #include <stdexcept>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/orvek/Statistic.h"
 #include "platform/orvek/StatisticFiles.h"
 #include "tests/support/TemporaryFolder.h"
 
 using namespace OrvekStatistic;
-using testing::ElementsAre;
-using testing::HasSubstr;
+using testing::ElementsAre, testing::HasSubstr;
 
 namespace {
 

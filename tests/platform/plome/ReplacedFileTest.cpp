@@ -6,14 +6,12 @@
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/plome/ReplacedFile.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace fs = std::filesystem;
-using Plome::ReplacedFile;
-using Plome::replaceFile;
+using Plome::ReplacedFile, Plome::replaceFile;
 using testing::HasSubstr;
 
 namespace {

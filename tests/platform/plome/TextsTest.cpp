@@ -5,7 +5,6 @@
 #include <sstream>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/plome/Clock.h"
 #include "platform/plome/FlagList.h"

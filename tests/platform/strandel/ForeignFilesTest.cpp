@@ -3,7 +3,6 @@
 //
 // Files that others wrote, rightly or wrongly: each is a small strip with one thing changed.
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"

@@ -7,7 +7,6 @@
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"

@@ -6,7 +6,6 @@
 #include <system_error>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
@@ -15,8 +14,7 @@
 
 using namespace Strandel;
 using Geomra::PhysicalSpace::point;
-using testing::ElementsAre;
-using testing::HasSubstr;
+using testing::ElementsAre, testing::HasSubstr;
 
 namespace {
 

@@ -19,12 +19,13 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/geomra/Degree.h"
 #include "platform/geomra/PhysicalSpace.h"
 #include "platform/tessaly/TransverseMercator.h"
 
 inline constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double infinity = std::numeric_limits<double>::infinity();
-inline constexpr double degree = std::numbers::pi / 180.0;
+using Geomra::degree;
 
 /// What one tool says of one place.
 struct Place {

@@ -11,8 +11,7 @@
 #include "tests/platform/tessaly/Places.h"
 
 using Geomra::PhysicalSpace::point;
-using Tessaly::cartesianCoordinatesFromPolar;
-using Tessaly::polarCoordinatesFromCartesian;
+using Tessaly::cartesianCoordinatesFromPolar, Tessaly::polarCoordinatesFromCartesian;
 
 namespace {
 
