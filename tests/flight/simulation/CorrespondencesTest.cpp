@@ -83,12 +83,6 @@ struct StripRead {
   std::vector<std::uint32_t> planes;
 };
 
-int codeOf(const TruePlane& plane) {
-  if (plane.surface == 6) return 11;
-  if (plane.surface == 40) return 13;
-  return plane.normal.z < std::cos(3.0 * degree) ? 12 : 14;
-}
-
 TEST(KnownCorrespondences, LieOnOnePlaneUnderTheTruthAndDecimetresApartAsDelivered) {
   const TemporaryFolder folder;
   auto options = pairedFlight();
