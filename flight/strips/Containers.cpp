@@ -81,7 +81,7 @@ void saveStrip(const std::filesystem::path& file, StripColumns columns) {
   one.addUnlessEmpty(*world, "PointSourceID", std::move(columns.pointSourceId));
   one.addUnlessEmpty(*world, "SourceIndex", std::move(columns.sourceIndex));
   if (!columns.sourceFile.empty()) one.grid().attributes().set("SourceFile", columns.sourceFile);
-  if (!columns.scanner.empty()) {
+  if (!columns.scanner.empty() || !columns.directions.empty()) {
     const auto scanner = one.scanner();
     one.add(*scanner, "Positions", std::move(columns.scanner));
     scanner->shareField(times);
@@ -148,6 +148,10 @@ StripColumns loadStrip(const std::filesystem::path& path) {
 CorrespondenceColumns loadCorrespondences(const std::filesystem::path& path) {
   const Velorn::CorrespondenceBlock block(path, std::make_shared<Strandel::MyStorage>(0, 0, 0, 1));
   orFail(block.errorText());
+  if (block.sideI().size() != block.sideJ().size()) {
+    throw Error(fmt::format("{}: its sides have {} and {} points", path.string(),
+                            block.sideI().size(), block.sideJ().size()));
+  }
   return {sideOf(block.sideI()), sideOf(block.sideJ()), block.isGroundTruth(),
           *block.sideI().classes};
 }

@@ -5,7 +5,7 @@
 // docs/kx-format.md describes. Each file is written beside its target and renamed; an existing one
 // is replaced.
 //
-//     const auto strip = Velorn::Flights::readStrip("strip_1_SA.kx");
+//     const auto strip = Velorn::Flights::loadStrip("strip_1_SA.kx");
 //     for (std::size_t k = 0; k < strip.times.size(); ++k) use(strip.times[k], strip.world[k]);
 #pragma once
 
