@@ -14,6 +14,7 @@
 #include "flight/formats/Sbet.h"
 #include "flight/formats/TextTrajectory.h"
 #include "flight/strips/TimeCover.h"
+#include <velorn/flight/Import.h>
 
 namespace Velorn::Flights {
 
