@@ -1,5 +1,5 @@
 # The front door: `make demo` runs the main job, `make test` builds and passes the tests. CMake does the work.
-.PHONY: all build packages test demo sanitize tsan fuzz tidy format rules bench consumer clean
+.PHONY: all build packages program test demo sanitize tsan fuzz tidy format rooms rules bench consumer clean
 .DEFAULT_GOAL := build
 
 packages:
@@ -15,13 +15,17 @@ all build: build/release/build.ninja
 test: build
 	@ctest --preset release
 
+# The program alone, in a fraction of the time that everything takes.
+program: build/program/build.ninja
+	@cmake --build --preset program
+
 # A simulated flight with known errors, from strips to adjusted strips, and compared with its truth.
-demo: build
-	@build/release/host/velorn simulate build/demo --points 3000000 --overwrite
-	@build/release/host/velorn init build/demo/flight.velorn --overwrite --strips 'build/demo/strip_*.kx' \
+demo: program
+	@build/program/host/velorn simulate build/demo --points 3000000 --overwrite
+	@build/program/host/velorn init build/demo/flight.velorn --overwrite --strips 'build/demo/strip_*.kx' \
 	  --trajectory build/demo/trajectory.kx --ground-truth build/demo/ground_truth.kx --root build/demo/run
-	@build/release/host/velorn run build/demo/flight.velorn
-	@build/release/host/velorn compare build/demo build/demo/run
+	@build/program/host/velorn run build/demo/flight.velorn
+	@build/program/host/velorn compare build/demo build/demo/run
 
 sanitize: build/dev/build.ninja
 	@cmake --build --preset dev
@@ -37,11 +41,17 @@ fuzz: build/fuzz/build.ninja
 	@cmake --build --preset fuzz
 	@tests/fuzz/run build/fuzz/tests/fuzz $(FUZZ_SECONDS)
 
-tidy: build/tidy/build.ninja
-	@cmake --build --preset tidy
+# clang-tidy over every source, which takes most of an hour; `tools/check-tidy` alone looks at what changed.
+tidy: packages
+	@tools/check-tidy --all
+
+# The picture of the rooms, from tools/rooms.py.
+rooms:
+	@tools/draw-rooms
 
 rules: packages
 	@tools/check-includes
+	@tools/draw-rooms --check
 	@tools/check-links
 	@tools/check-format
 

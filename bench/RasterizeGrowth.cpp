@@ -17,10 +17,10 @@
 #include "bench/OwnProcess.h"
 #include "bench/Settings.h"
 #include "bench/Swath.h"
-#include "flight/strips/Containers.h"
 #include "flight/surfaces/Rasterize.h"
 #include "host/KeptMemory.h"
 #include "tests/support/NoProgress.h"
+#include <velorn/flight/Containers.h>
 
 using namespace Velorn::Flights;
 

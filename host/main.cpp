@@ -13,6 +13,9 @@
 
 #include "host/ExitStatus.h"
 #include "host/KeptMemory.h"
+#include "host/commandline/CommandTable.h"
+#include "host/commandline/HelpText.h"
+#include "host/commandline/Misuse.h"
 #include "host/commands/Commands.h"
 #include "host/terminal/Interruption.h"
 #include "platform/morvane/Console.h"
@@ -23,15 +26,15 @@ using namespace Velorn::Flights;
 namespace {
 
 constexpr const char* description =
-    "Strip adjustment of airborne laser scanning: estimates the errors of sensor, mounting and\n"
-    "trajectory from overlapping strips and ground truth, and georeferences every strip anew.\n";
+    "Strip adjustment of airborne laser scanning: estimates the errors of sensor, mounting and "
+    "trajectory from overlapping strips and ground truth, and georeferences every strip anew.";
 
 constexpr const char* footer =
-    "`velorn COMMAND --help` shows an example. Results go to standard output, messages to "
-    "standard\n"
-    "error. Exit status: 0 all went well; 1 bad input, or the job failed; 2 the call was not\n"
-    "understood; 3 the solver did not converge; 4 too little ground truth; 5 the solver failed;\n"
-    "6 a file cannot be written; 130 or 143 interrupted.";
+    "`velorn help COMMAND` shows the options of a command and an example. Results go to standard "
+    "output, messages to standard error.\n\n"
+    "Exit status: 0 all went well; 1 bad input, or the job failed; 2 the call was not understood; "
+    "3 the solver did not converge; 4 too little ground truth; 5 the solver failed; 6 a file "
+    "cannot be written; 130 or 143 interrupted.";
 
 /// Standard output is for results: `velorn info --json` is read by programs.
 void writeMessage(std::string_view text) {
@@ -39,11 +42,11 @@ void writeMessage(std::string_view text) {
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
-int run(int argc, char** argv) {
-  CLI::App app(description, "velorn");
-  app.set_version_flag("--version", "velorn " VELORN_VERSION);
-  app.footer(footer);
-  app.require_subcommand(0, 1);
+std::string help(const CLI::App* command, const std::string& call, CLI::AppFormatMode /*mode*/) {
+  return CommandLine::helpText(CommandLine::tableOf(*command), call);
+}
+
+void addCommands(CLI::App& app) {
   addImport(app);
   addInit(app);
   addRun(app);
@@ -55,14 +58,28 @@ int run(int argc, char** argv) {
   addInfo(app);
   addCompare(app);
   addSimulate(app);
+  for (auto* command : app.get_subcommands({})) command->group("Commands");
+  addCompletion(app);
+  addManPage(app);
+  addHelp(app);  // knows those before it
+}
+
+void run(int argc, char** argv) {
+  CLI::App app(description, "velorn");
+  app.formatter_fn(help);  // before the commands, which take over what there is
+  app.set_help_flag("-h,--help", "this help");
+  app.set_version_flag("--version", "velorn " VELORN_VERSION, "name and version of the program");
+  app.footer(footer);
+  app.require_subcommand(0, 1);
+  addCommands(app);
   try {
     app.parse(argc, argv);
-    if (!app.get_subcommands().empty()) return 0;
+    if (app.get_subcommands().empty()) std::cout << app.help();
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : misuse;
+    const bool wasAnswered = error.get_exit_code() == 0;  // --help, --version
+    if (!wasAnswered) throw Error(CommandLine::misuseText(app, error), Error::BadSettings);
+    app.exit(error);
   }
-  std::cerr << app.help();
-  return misuse;
 }
 
 /// A result that a full disk cut off is none.
@@ -82,9 +99,9 @@ int main(int argc, char** argv) {
   std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow further is a write error
   Morvane::Console::redirect(writeMessage);
   try {
-    const int status = run(argc, argv);
+    run(argc, argv);
     checkStandardOutput();
-    return status;
+    return 0;
   } catch (const Error& error) {
     std::cerr << "velorn: " << error.what() << '\n';
     return exitStatusOf(error.kind());

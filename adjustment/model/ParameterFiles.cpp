@@ -3,6 +3,7 @@
 //
 // The files that SolverParameters writes.
 #include <fstream>
+#include <system_error>
 
 #include "adjustment/model/ExactParameters.h"
 #include "adjustment/model/Layout.h"
@@ -27,6 +28,14 @@ void writeFile(const fs::path& path, const std::string& operation, const Content
   if (!file) {
     Morvane::Console::writeLine(operation + ": Failed to write the file:" + path.string());
   }
+}
+
+/// Makes the folder of a file that is to be written, and tells when the file cannot be opened.
+void prepare(const fs::path& path, const std::string& operation) {
+  std::error_code shownByTheFile;
+  fs::create_directories(path.parent_path(), shownByTheFile);
+  if (std::ofstream(path, std::ios::binary | std::ios::app)) return;
+  Morvane::Console::writeLine(operation + ": Failed to open the file:" + path.string());
 }
 
 }  // namespace
@@ -56,6 +65,18 @@ void SolverParameters::writeParameterFile(const std::string& name) const {
     return Morvane::Console::writeLine(operation + ": no parameters for the file:" + path.string());
   }
   writeFile(path, operation, [this](std::ostream& file) { writeParameters(file, parameters); });
+}
+
+void SolverParameters::saveSectionFile(const std::string& name) const {
+  if (name.empty()) return;
+  prepare(fileInParameterFolder("Sections" + name), "SolverParameters::saveSectionFile");
+  writeSectionFile(name);
+}
+
+void SolverParameters::saveParameterFile(const std::string& name) const {
+  if (name.empty()) return;
+  prepare(fileInParameterFolder("Parameter" + name), "SolverParameters::saveParameterFile");
+  writeParameterFile(name);
 }
 
 std::string SolverParameters::writeExactParameters(const fs::path& parameterFile) const {

@@ -44,7 +44,7 @@ std::string SolverParameters::setSections(const std::string& secType,
     if (auto fault = divideStrip(i, secType, toLinear, toSpline); !fault.empty()) return fault;
   }
   resizeParameters();
-  writeSectionFile(sectionFileName);
+  saveSectionFile(sectionFileName);
   return setLeverarmAndMisalignment(leverArm, misalignment);
 }
 

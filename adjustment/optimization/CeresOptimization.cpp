@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+#include <ceres/iteration_callback.h>
 #include <ceres/solver.h>
 #include <fmt/format.h>
 #include <omp.h>
@@ -30,6 +31,20 @@ ceres::Solver::Options solverOptions(const InputParameter& configuration) {
   options.minimizer_progress_to_stdout = false;
   return options;
 }
+
+/// Ends a solve when the host wants it.
+class Cancellation : public ceres::IterationCallback {
+ public:
+  explicit Cancellation(const std::function<bool()>& isCancelled) : isCancelled_(isCancelled) {}
+
+  ceres::CallbackReturnType operator()(const ceres::IterationSummary& /*step*/) override {
+    return isAsked() ? ceres::SOLVER_ABORT : ceres::SOLVER_CONTINUE;
+  }
+  bool isAsked() const { return isCancelled_ && isCancelled_(); }
+
+ private:
+  const std::function<bool()>& isCancelled_;
+};
 
 SolverEnd endOf(const ceres::Solver::Summary& summary) {
   SolverEnd end;
@@ -65,9 +80,11 @@ std::string CeresOptimization::run() {
     writeStatus("03_SolverStatus_Error.txt", fullReport);
     return "NO_CONVERGENCE";
   }
+  if (outcome.end.isCancelled()) return "CeresOptimization::run: cancelled";
   solved = true;
+  warnOfFailure();
   warnOfResidualRatio();
-  solverParameters.writeParameterFile(inputParameter.FileSuffix);
+  solverParameters.saveParameterFile(inputParameter.FileSuffix);
   writeStatus("03_SolverStatus.txt", fullReport);
   return computeStatistics(outcome);
 }
@@ -85,12 +102,29 @@ std::string CeresOptimization::solve(const std::vector<unsigned>& correspondence
       fmt::format("\n7) DONE FILLING CERES:  # of total correspondence files: {}. "
                   "GroundTruthCorrespondences: {}",
                   entries, groundTruth));
+  Cancellation cancellation(settings.isCancelled);
+  auto options = solverOptions(inputParameter);
+  options.callbacks = {&cancellation};
   ceres::Solver::Summary summary;
-  ceres::Solve(solverOptions(inputParameter), &problem, &summary);
+  if (cancellation.isAsked()) {
+    summary.termination_type = ceres::USER_FAILURE;
+    summary.message = "Cancelled before the first step.";
+  } else {
+    ceres::Solve(options, &problem, &summary);
+  }
   outcome.end = endOf(summary);
   outcome.end.estimated = estimatedUnknowns(outcome.sections, settings);
   fullReport = summary.FullReport();
   return {};
+}
+
+/// A failure counts as finished; without this the host would take the start values for a result.
+void CeresOptimization::warnOfFailure() const {
+  if (outcome.end.termination != "FAILURE") return;
+  Morvane::Console::writeLine(
+      "CeresOptimization::run -> Warning, the solver failed, and the unknowns that are written are "
+      "those before it: " +
+      outcome.end.message);
 }
 
 void CeresOptimization::warnOfResidualRatio() const {

@@ -27,20 +27,35 @@ std::string makeFolder(const std::filesystem::path& folder) {
   return "string CeresOptimization::check: can create directory  " + folder.string();
 }
 
+/// In double quotes, between which a shell would expand some characters.
+std::string quoted(const std::string& path) {
+  std::string text = "\"";
+  for (const char c : path) {
+    if (std::string_view("\\\"$`").find(c) != std::string_view::npos) text += '\\';
+    text += c;
+  }
+  return text + "\"";
+}
+
 /// The strips as arguments of a command.
 std::string quoted(const std::vector<std::uint32_t>& strips, const FileContainer& files) {
   std::string text;
   for (const std::uint32_t strip : strips) {
-    text += " \"" + std::filesystem::absolute(files.getFileAccordingID(strip)).string() + "\"";
+    text += " " + quoted(std::filesystem::absolute(files.getFileAccordingID(strip)).string());
   }
   return text;
 }
+
+constexpr const char* listingName = "03_CorrespondencesPerSection.txt";
+constexpr const char* warningName = "03_Warning_LowCorrespondencesPersection.txt";
+constexpr const char* scriptName = "not_adjusted_strips.sh";
 
 }  // namespace
 
 struct CeresOptimization::Counts {
   std::vector<unsigned>& perSection;
   std::vector<unsigned> perClass;
+  std::uint64_t withoutNormal = 0;
 
   std::uint64_t total() const {
     return std::accumulate(perClass.begin(), perClass.end(), std::uint64_t{0});
@@ -62,7 +77,8 @@ std::string CeresOptimization::check(std::vector<unsigned>& correspondencesPerSe
   }
   reportNumbers(counts);
   outcome.correspondencesPerClass = counts.perClass;
-  // The words are kept as they always were; callers look whether there are any.
+  outcome.withoutNormal = counts.withoutNormal;
+  // Callers look whether there are words, not which.
   const bool isControlled =
       !counts.perClass.empty() && counts.perClass.front() >= settings.fewestGroundTruth;
   return isControlled ? "" : "tion::check: can create directory  ";
@@ -106,6 +122,7 @@ void CeresOptimization::count(const CorrespondenceFile& file, const Corresponden
     if (!j.invalid) ++counts.perSection.at(j.sectionID);
   }
   ++counts.perClass.at(classIndex(first.classification));
+  if (isWithoutNormal(first)) ++counts.withoutNormal;
 }
 
 /// @return whether no section is held constant
@@ -115,19 +132,28 @@ bool CeresOptimization::reportSections(const std::vector<unsigned>& corresponden
   outcome.sections = sectionStates(model.getStripSections(), correspondencesPerSection,
                                    configuration.LockedStrips);
   const auto strips = stripsHeldConstant(outcome.sections);
+  const auto listing = sectionListing(outcome.sections);
   if (strips.empty()) {
-    writeStatus("03_CorrespondencesPerSection.txt", sectionListing(outcome.sections));
+    writeStatus(listingName, listing);
+    removeStatus(warningName);
+    removeStatus(scriptName);
     return true;
   }
-  writeStatus("03_Warning_LowCorrespondencesPersection.txt", sectionListing(outcome.sections),
-              true);
-  writeStatus("not_adjusted_strips.sh",
+  writeStatus(warningName, listing, true);
+  removeStatus(listingName);
+  writeStatus(scriptName,
               "KXmergecartesian -f=Positions,PointSourceID,Amplitude,Classification -q -r=merged" +
                   quoted(strips, inputs) + " -o=NotAdjustedStrips.kx");
   return false;
 }
 
 void CeresOptimization::reportNumbers(const Counts& counts) const {
+  if (counts.withoutNormal > 0) {
+    Console::writeLine(fmt::format(
+        "CeresOptimization::check -> Warning, {} correspondences have a zero normal and contribute "
+        "nothing",
+        counts.withoutNormal));
+  }
   const std::uint64_t total = counts.total();
   if (areTooMany(total)) {
     Console::writeLine(
@@ -146,6 +172,11 @@ void CeresOptimization::writeStatus(const std::string& name, const std::string& 
                                     bool echo) const {
   inputParameter.write(inputParameter.RootPath / inputParameter.getStatusPath() / name, text, echo,
                        false);
+}
+
+/// What an earlier run in the same folder left would tell of this one.
+void CeresOptimization::removeStatus(const std::string& name) const {
+  std::filesystem::remove(inputParameter.RootPath / inputParameter.getStatusPath() / name);
 }
 
 }  // namespace Velorn

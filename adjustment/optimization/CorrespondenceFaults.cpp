@@ -12,11 +12,6 @@ namespace Velorn {
 namespace {
 
 template <typename Triple>
-bool isFinite(const Triple& v) {
-  return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
-}
-
-template <typename Triple>
 bool isZero(const Triple& v) {
   return v.x == 0.0 && v.y == 0.0 && v.z == 0.0;
 }
@@ -36,7 +31,7 @@ std::string faultOfMeasurement(const SphericalBeing& being) {
 std::string faultOfFirst(const SphericalBeing& first, unsigned int strip,
                          const SolverParameters& parameters, unsigned int classes) {
   if (auto fault = faultOfMeasurement(first); !fault.empty()) return fault;
-  if (!isFinite(first.normal) || isZero(first.normal)) return "normal " + shown(first.normal);
+  if (!isFinite(first.normal)) return "normal " + shown(first.normal);
   if (classIndex(first.classification) >= classes) {
     return fmt::format("class {}, not one of {} to {}", first.classification, firstClassCode,
                        firstClassCode + classes - 1);
@@ -48,6 +43,16 @@ std::string faultOfFirst(const SphericalBeing& first, unsigned int strip,
 std::string faultOfSecond(const SphericalBeing& second, bool isGroundTruth) {
   if (!isGroundTruth) return faultOfMeasurement(second);
   return isFinite(second.worldPosition) ? "" : "world position " + shown(second.worldPosition);
+}
+
+/// The solver ends the process over a residual that takes an unknown twice.
+std::string faultOfSections(const CorrespondenceFile& file, const SphericalBeing& first,
+                            const SphericalBeing& second, const SolverParameters& parameters) {
+  const auto i = parameters.findSection(file.firstStrip, first.gpsTime);
+  const auto j = parameters.findSection(file.secondStrip, second.gpsTime);
+  if (!i || !j || i->section.sectionID != j->section.sectionID) return {};
+  return fmt::format("GPS time {}, in section {}, as the first one", second.gpsTime,
+                     j->section.sectionID);
 }
 
 }  // namespace
@@ -62,12 +67,7 @@ std::string faultOfBlock(const CorrespondenceFile& file, const CorrespondenceBlo
     return refused(fmt::format("strip {} is not one of the {} strips", strip, strips));
   };
   if (file.firstStrip >= strips) return missing(file.firstStrip);
-  if (!block.isGroundTruth()) {
-    if (file.secondStrip >= strips) return missing(file.secondStrip);
-    if (file.firstStrip == file.secondStrip) {
-      return refused(fmt::format("strip {} cannot correspond with itself", file.firstStrip));
-    }
-  }
+  if (!block.isGroundTruth() && file.secondStrip >= strips) return missing(file.secondStrip);
   const std::size_t i = block.sideI().size(), j = block.sideJ().size();
   return i == j ? "" : refused(fmt::format("its sides have {} and {} points", i, j));
 }
@@ -86,7 +86,13 @@ std::string faultOfCorrespondence(const CorrespondenceFile& file, const Correspo
   if (auto fault = faultOfSecond(second, block.isGroundTruth()); !fault.empty()) {
     return refused("second", fault);
   }
-  return {};
+  if (block.isGroundTruth()) return {};
+  const auto fault = faultOfSections(file, first, second, parameters);
+  return fault.empty() ? fault : refused("second", fault);
+}
+
+bool isWithoutNormal(const SphericalBeing& first) {
+  return isZero(first.normal);
 }
 
 }  // namespace Velorn

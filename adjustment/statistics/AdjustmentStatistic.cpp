@@ -33,9 +33,10 @@ std::string faultOfColumns(const SphericalBeingData& side) {
 }
 
 std::string faultOfNormals(const std::vector<vector>& normals) {
-  const auto found = std::find_if_not(normals.begin(), normals.end(), hasDirection);
+  const auto found = std::find_if_not(normals.begin(), normals.end(),
+                                      [](const vector& normal) { return isFinite(normal); });
   if (found == normals.end()) return {};
-  return fmt::format("the normal ({}, {}, {}) of correspondence {} is zero or not finite", found->x,
+  return fmt::format("the normal ({}, {}, {}) of correspondence {} is not finite", found->x,
                      found->y, found->z, found - normals.begin());
 }
 

@@ -36,7 +36,8 @@ class AdjustmentStatistic {
                       const InputParameter& configuration);
 
   /// Takes in all correspondences of a block: their differences, and the movements of their points
-  /// when they are georeferenced anew. The normal and the class are those of the first side.
+  /// when they are georeferenced anew. The normal and the class are those of the first side; with a
+  /// zero normal there is no difference, which counts among those that are not numbers.
   /// @param firstStrip   of side I
   /// @param secondStrip  of side J; not read for a block with the ground truth, whose side J is
   ///                     taken as it is stored
@@ -45,7 +46,7 @@ class AdjustmentStatistic {
   /// @return empty, or one message; nothing was taken in then: "AdjustmentStatistic::addData
   ///         differnet size" for sides of unequal length, the text of scanner2world (the console is
   ///         told the file and the strip), or one that names the file and the fault: columns of
-  ///         unequal length, a strip beyond the list, a normal that is zero or not finite
+  ///         unequal length, a strip beyond the list, a normal that is not finite
   std::string addData(const SolverParameters& parameters, const Trajectory& trajectory,
                       const CorrespondenceBlock& block, unsigned firstStrip, unsigned secondStrip,
                       bool adjusted);

@@ -46,12 +46,8 @@ double horizontalDistance(const point& a, const point& b) {
   return largest * std::sqrt(x * x + y * y);
 }
 
-bool hasDirection(const vector& normal) {
-  return std::isfinite(normal.x) && std::isfinite(normal.y) && std::isfinite(normal.z) &&
-         largestOf(normal) > 0.0;
-}
-
 float pointToPlane(const point& first, const point& second, const vector& normal) {
+  if (largestOf(normal) == 0.0) return std::numeric_limits<float>::quiet_NaN();
   return toFloat(dot(first - second, unitVector(normal)));
 }
 

@@ -17,13 +17,10 @@ double verticalDistance(const Geomra::PhysicalSpace::point& a,
 double horizontalDistance(const Geomra::PhysicalSpace::point& a,
                           const Geomra::PhysicalSpace::point& b);
 
-/// True for a normal that has a direction: finite and not zero.
-bool hasDirection(const Geomra::PhysicalSpace::vector& normal);
-
 /// Signed distance of the first point from the plane through the second one, (first - second) . n
 /// / |n|; positive on the side to which n points.
-/// @param normal  n, of any length; must have a direction
-/// @return        what a float cannot hold becomes infinite
+/// @param normal  n, finite, of any length
+/// @return        NaN for a zero normal; what a float cannot hold becomes infinite
 float pointToPlane(const Geomra::PhysicalSpace::point& first,
                    const Geomra::PhysicalSpace::point& second,
                    const Geomra::PhysicalSpace::vector& normal);

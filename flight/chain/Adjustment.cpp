@@ -13,9 +13,12 @@
 #include <unistd.h>
 
 #include "flight/chain/CorrespondenceTimes.h"
+#include "flight/chain/RunRecording.h"
 #include "flight/matching/Match.h"
+#include "flight/records/RunFolder.h"
 #include "flight/strips/OrFail.h"
 #include "flight/strips/OutputPlaces.h"
+#include "platform/geomra/Degree.h"
 #include "platform/plome/StringList.h"
 #include <velorn/FileContainer.h>
 #include <velorn/SolverParameters.h>
@@ -46,14 +49,14 @@ void makeFolders(const InputParameter& configuration) {
   }
 }
 
-Velorn::FileContainer listOfFiles(const AdjustmentJob& job) {
+Velorn::FileContainer listOfFiles(const AdjustmentInput& input) {
   const auto strips = std::make_shared<Plome::StringList>();
-  for (const auto& strip : job.strips) strips->add(strip.string());
+  for (const auto& strip : input.strips) strips->add(strip.string());
   std::vector<std::string> trajectories;
-  for (const auto& file : job.trajectories) trajectories.push_back(file.string());
+  for (const auto& file : input.trajectories) trajectories.push_back(file.string());
   Velorn::FileContainer files;
-  orFail(
-      files.add(strips, job.groundTruth.string(), fmt::format("{}", fmt::join(trajectories, ","))));
+  orFail(files.add(strips, input.groundTruth.string(),
+                   fmt::format("{}", fmt::join(trajectories, ","))));
   return files;
 }
 
@@ -72,28 +75,78 @@ class SolverThreads {
 };
 
 /// Of a run that did not come to the solver; says what the check's own words do not.
-Error refusal(const std::string& fault, const AdjustmentJob& job,
+Error refusal(const std::string& fault, const AdjustmentInput& input,
               const Velorn::AdjustmentResult& result) {
   const auto& classes = result.correspondencesPerClass;
-  if (classes.empty() || classes.front() >= job.settings.fewestGroundTruth) return Error(fault);
+  if (classes.empty() || classes.front() >= input.settings.fewestGroundTruth) return Error(fault);
   return Error(
       fmt::format(
           "{}: only {} correspondences with the ground truth, {} are needed; --relative goes "
           "without, and then nothing controls position and tilt",
-          job.correspondences.string(), classes.front(), job.settings.fewestGroundTruth),
+          input.correspondences.string(), classes.front(), input.settings.fewestGroundTruth),
       Error::TooLittleControl);
+}
+
+Fit fitOf(const OrvekStatistic::Summary& fit) {
+  return {fit.moments.count, fit.moments.mean, fit.moments.rms,  fit.median,      fit.nmad,
+          fit.quantiles[0],  fit.quantiles[1], fit.quantiles[2], fit.quantiles[3]};
+}
+
+FitReport fitOf(const Velorn::PhaseFigures& phase) {
+  return {fitOf(phase.pairs), fitOf(phase.groundTruth)};
+}
+
+GlobalCorrections globalsOf(const Velorn::SolverParameters& parameters) {
+  using Geomra::degreesPerRadian;
+  GlobalCorrections values;
+  for (unsigned int i = 0; i < 3; ++i) {
+    const double unit = i == 0 ? 1.0 : degreesPerRadian;
+    values.offsets[i] = parameters.getRangeAngleOffset(i) * unit;
+    values.scales[i] = parameters.getRangeAngleScale(i);
+    values.misalignment[i] = parameters.getMisalignment(i) * degreesPerRadian;
+    values.leverArm[i] = parameters.getLeverArm(i);
+  }
+  return values;
+}
+
+AdjustmentReport reportOf(const Velorn::AdjustmentResult& result,
+                          const std::vector<fs::path>& strips) {
+  AdjustmentReport report;
+  const auto nameOf = [&](std::size_t strip) { return strips.at(strip).filename().string(); };
+  const auto& counts = result.correspondencesPerClass;
+  std::copy_n(counts.begin(), std::min(counts.size(), report.correspondences.size()),
+              report.correspondences.begin());
+  report.before = fitOf(result.before);
+  report.after = fitOf(result.after);
+  for (const auto& section : result.sections) {
+    if (!section.isConstant()) continue;
+    report.heldSections.push_back({nameOf(section.strip), section.section, section.correspondences,
+                                   section.isLow, section.isLocked});
+  }
+  const auto& movements = result.after.movements;
+  for (std::size_t i = 0; i < movements.size() && i < strips.size(); ++i) {
+    report.movements.push_back({nameOf(i), movements[i].horizontal90, movements[i].vertical90});
+  }
+  report.solver = result.end;
+  return report;
+}
+
+std::string notConverged(const Velorn::SolverEnd& end) {
+  return fmt::format("the solver ended with {}: {}; the unknowns are not to be used",
+                     end.termination, end.message);
 }
 
 /// The objects of one run, in the order in which they need each other.
 class Adjustment {
  public:
-  Adjustment(const AdjustmentJob& job, const std::shared_ptr<Kestrum::LoaderProgress>& progress)
-      : job_(job),
-        configuration_(job.configuration),
-        files_(listOfFiles(job)),
-        trajectory_(files_.getTrajectories()) {
-    configuration_.CorrespondencePath = fs::absolute(job.correspondences);
-    configuration_.progress = progress;
+  Adjustment(const AdjustmentInput& input, const std::shared_ptr<Watcher>& watcher)
+      : input_(input),
+        configuration_(input.configuration),
+        files_(listOfFiles(input)),
+        trajectory_(files_.getTrajectories()),
+        watcher_(watcher) {
+    configuration_.CorrespondencePath = fs::absolute(input.correspondences);
+    configuration_.progress = watcher;
   }
 
   void prepare() {
@@ -108,28 +161,30 @@ class Adjustment {
                                    trajectory_.getLeverarm(), trajectory_.getMisalignment(),
                                    configuration_.FileSuffix, configuration_.OverwriteToLinear,
                                    configuration_.OverwriteToSpline));
-    if (!job_.start) return;
-    orFail(parameters_.restore(job_.start->sections, job_.start->parameters, job_.start->stripIds));
+    if (!input_.start) return;
+    orFail(parameters_.restore(input_.start->sections, input_.start->parameters,
+                               input_.start->stripIds));
   }
 
-  AdjustmentOutcome run() {
+  AdjustmentReport run() {
     Velorn::CeresOptimization optimization(parameters_, trajectory_, configuration_, files_);
-    optimization.settings = job_.settings;
+    optimization.settings = input_.settings;
+    optimization.settings.isCancelled = [this] { return watcher_->isCancelled(); };
     const std::string fault = solve(optimization);
     const auto& result = optimization.result();
-    if (!result.end.hasRun()) throw refusal(fault, job_, result);
+    if (result.end.isCancelled()) {
+      throw Error("cancelled while the solver was at work", Error::Interrupted);
+    }
+    if (!result.end.hasRun()) throw refusal(fault, input_, result);
     if (!optimization.failed()) {
       orFail(fault);
-      orFail(parameters_.writeExactParameters(parameterFile("Parameter")), Error::NoSpace);
+      orFail(parameters_.writeExactParameters(files().parameters), Error::NoSpace);
       requireReadable();
     }
-    const ModelFiles model{parameterFile("Sections"), parameterFile("Parameter"),
-                           parameterFile("StripID")};
-    AdjustmentOutcome outcome{{}, result, model, globals()};
-    for (const auto& strip : files_.getStripFiles()) {
-      outcome.strips.push_back(strip.filename().string());
-    }
-    return outcome;
+    AdjustmentReport report = reportOf(result, files_.getStripFiles());
+    report.globals = globalsOf(parameters_);
+    report.files = files();
+    return report;
   }
 
  private:
@@ -137,9 +192,8 @@ class Adjustment {
   /// be read back is none.
   void requireReadable() const {
     Velorn::SolverParameters readBack(files_.getStripFiles(), configuration_);
-    orFail(readBack.restore(parameterFile("Sections"), parameterFile("Parameter"),
-                            parameterFile("StripID")),
-           Error::NoSpace);
+    const auto model = files();
+    orFail(readBack.restore(model.sections, model.parameters, model.stripIds), Error::NoSpace);
   }
 
   static std::string solve(Velorn::CeresOptimization& optimization) {
@@ -147,15 +201,8 @@ class Adjustment {
     return optimization.run();
   }
 
-  Globals globals() const {
-    Globals values;
-    for (unsigned int i = 0; i < 3; ++i) {
-      values.offsets[i] = parameters_.getRangeAngleOffset(i);
-      values.scales[i] = parameters_.getRangeAngleScale(i);
-      values.misalignment[i] = parameters_.getMisalignment(i);
-      values.leverArm[i] = parameters_.getLeverArm(i);
-    }
-    return values;
+  ModelFiles files() const {
+    return {parameterFile("Sections"), parameterFile("Parameter"), parameterFile("StripID")};
   }
 
   fs::path parameterFile(const std::string& beginning) const {
@@ -163,18 +210,19 @@ class Adjustment {
            (beginning + configuration_.FileSuffix);
   }
 
-  const AdjustmentJob& job_;
+  const AdjustmentInput& input_;
   InputParameter configuration_;
   Velorn::FileContainer files_;
   Velorn::Trajectory trajectory_;
   Velorn::SolverParameters parameters_;
+  std::shared_ptr<Watcher> watcher_;
 };
 
 }  // namespace
 
-void checkJob(const AdjustmentJob& job) {
+void check(const AdjustmentInput& input) {
   std::map<std::string, fs::path> names;
-  for (const auto& strip : job.strips) {
+  for (const auto& strip : input.strips) {
     requireFile(strip);
     const auto [same, isNew] = names.emplace(strip.filename().string(), strip);
     if (!isNew) {
@@ -182,18 +230,18 @@ void checkJob(const AdjustmentJob& job) {
           fmt::format("{} and {}: two strips of one name", same->second.string(), strip.string()));
     }
   }
-  requireFile(job.groundTruth);
-  for (const auto& file : job.trajectories) {
+  requireFile(input.groundTruth);
+  for (const auto& file : input.trajectories) {
     requireFile(file);
     if (file.string().find(',') == std::string::npos) continue;
     throw Error(file.string() + ": the name of a trajectory must not hold a comma");
   }
   std::error_code fault;
-  if (!fs::is_directory(job.correspondences, fault)) {
-    throw Error(job.correspondences.string() + ": no such folder of correspondences");
+  if (!fs::is_directory(input.correspondences, fault)) {
+    throw Error(input.correspondences.string() + ": no such folder of correspondences");
   }
-  if (fs::exists(job.correspondences / unfinishedName, fault)) {
-    throw Error(job.correspondences.string() +
+  if (fs::exists(input.correspondences / unfinishedName, fault)) {
+    throw Error(input.correspondences.string() +
                 ": the matching that writes it was not finished; match again");
   }
 }
@@ -201,16 +249,34 @@ void checkJob(const AdjustmentJob& job) {
 void requireConvergence(const Velorn::SolverEnd& end, const std::string& whenOutOfSteps) {
   if (end.isConvergence()) return;
   const bool outOfSteps = end.termination == "NO_CONVERGENCE";
-  throw Error(fmt::format("the solver ended with {}: {}; the unknowns are not to be used{}",
-                          end.termination, end.message, outOfSteps ? "; " + whenOutOfSteps : ""),
+  throw Error(notConverged(end) + (outOfSteps ? "; " + whenOutOfSteps : ""),
               outOfSteps ? Error::NoConvergence : Error::SolverFailed);
 }
 
-AdjustmentOutcome adjust(const AdjustmentJob& job,
-                         const std::shared_ptr<Kestrum::LoaderProgress>& progress) {
-  Adjustment adjustment(job, progress);
+AdjustmentReport adjustedBy(const AdjustmentInput& input, const std::shared_ptr<Watcher>& watcher) {
+  Adjustment adjustment(input, watcher);
   adjustment.prepare();
   return adjustment.run();
+}
+
+AdjustmentReport adjust(const AdjustmentInput& input, const Watch& watch) {
+  check(input);
+  const auto watcher = std::make_shared<Watcher>(watch);
+  const auto& root = input.configuration.RootPath;
+  makeFolder(root);
+  RunRecording recording(root, "+optimization", *watcher);
+  return recording.during([&](RunState& state) {
+    const auto report = adjustedBy(input, watcher);
+    if (!report.solver.isConvergence()) {
+      state.phase = RunState::Phase::failed;
+      state.message = notConverged(report.solver);
+      return report;
+    }
+    state.model = RunFolder(root, input.configuration).fromRoot(report.files);
+    state.strips = input.strips;
+    state.trajectories = input.trajectories;
+    return report;
+  });
 }
 
 }  // namespace Velorn::Flights

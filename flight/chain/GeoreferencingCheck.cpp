@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include "flight/chain/Inputs.h"
 #include "flight/chain/StripsGeoreferencing.h"
 #include "flight/formats/Sbet.h"
 #include "flight/strips/OutputPlaces.h"
@@ -19,36 +20,37 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void checkSelection(const GeoreferencingJob& job) {
-  for (const int place : job.selected) {
-    if (place >= 0 && static_cast<std::size_t>(place) < job.strips.size()) continue;
+void checkSelection(const GeoreferencingInput& input) {
+  for (const int place : input.selected) {
+    if (place >= 0 && static_cast<std::size_t>(place) < input.strips.size()) continue;
     throw Error(
-        fmt::format("--select {}: there are {} strips, counted from 0", place, job.strips.size()),
+        fmt::format("--select {}: there are {} strips, counted from 0", place, input.strips.size()),
         Error::BadSettings);
   }
 }
 
-void checkAdjustmentFiles(const GeoreferencingJob& job) {
-  const bool all = !job.sections.empty() && !job.parameters.empty() && !job.stripIds.empty();
-  const bool none = job.sections.empty() && job.parameters.empty() && job.stripIds.empty();
+void checkAdjustmentFiles(const GeoreferencingInput& input) {
+  const auto& [sections, parameters, stripIds] = input.model;
+  const bool all = !sections.empty() && !parameters.empty() && !stripIds.empty();
+  const bool none = sections.empty() && parameters.empty() && stripIds.empty();
   if (all || none) return;
   throw Error("--sections, --parameters and --strip-ids belong together: give all three or none",
               Error::BadSettings);
 }
 
 /// All files that are read.
-std::vector<fs::path> inputsOf(const GeoreferencingJob& job) {
-  std::vector<fs::path> inputs = job.strips;
-  inputs.insert(inputs.end(), job.trajectories.begin(), job.trajectories.end());
-  for (const auto& file : {job.sections, job.parameters, job.stripIds}) {
+std::vector<fs::path> inputsOf(const GeoreferencingInput& input) {
+  std::vector<fs::path> inputs = input.strips;
+  inputs.insert(inputs.end(), input.trajectories.begin(), input.trajectories.end());
+  for (const auto& file : {input.model.sections, input.model.parameters, input.model.stripIds}) {
     if (!file.empty()) inputs.push_back(file);
   }
   return inputs;
 }
 
-void checkInputs(const GeoreferencingJob& job) {
+void checkInputs(const GeoreferencingInput& input) {
   std::string faults;
-  for (const auto& file : inputsOf(job)) {
+  for (const auto& file : inputsOf(input)) {
     std::error_code error;
     const auto status = fs::status(file, error);
     if (fs::is_regular_file(status)) continue;
@@ -56,7 +58,7 @@ void checkInputs(const GeoreferencingJob& job) {
     faults += file.string() + (fs::exists(status) ? ": is not a file" : ": no such file");
   }
   if (!faults.empty()) throw Error(faults);
-  for (const auto& file : job.trajectories) {
+  for (const auto& file : input.trajectories) {
     if (!looksLikeSbet(file)) continue;
     throw Error(file.string() +
                 ": is an SBET file by its name; a trajectory container (.kx) is "
@@ -65,9 +67,9 @@ void checkInputs(const GeoreferencingJob& job) {
 }
 
 /// A strip is known by its name: in the files of an adjustment, and in those that are written.
-void checkNames(const GeoreferencingJob& job) {
+void checkNames(const GeoreferencingInput& input) {
   std::map<std::string, fs::path> strips;
-  for (const auto& strip : job.strips) {
+  for (const auto& strip : input.strips) {
     const auto [entry, isNew] = strips.emplace(strip.stem().string(), strip);
     if (isNew) continue;
     throw Error(
@@ -84,18 +86,18 @@ fs::path oneNameOf(const fs::path& file) {
   return error ? file : name;
 }
 
-void checkOutputs(const GeoreferencingJob& job) {
+void checkOutputs(const GeoreferencingInput& input) {
   std::map<fs::path, fs::path> inputs;
-  for (const auto& file : inputsOf(job)) inputs.emplace(oneNameOf(file), file);
+  for (const auto& file : inputsOf(input)) inputs.emplace(oneNameOf(file), file);
   std::string existing;
-  for (const std::size_t place : placesOf(job)) {
-    const auto output = outputOf(job, place);
-    if (const auto input = inputs.find(oneNameOf(output)); input != inputs.end()) {
+  for (const std::size_t place : placesOf(input)) {
+    const auto output = outputOf(input, place);
+    if (const auto same = inputs.find(oneNameOf(output)); same != inputs.end()) {
       throw Error(fmt::format("{}: the output of {} would replace the input {}", output.string(),
-                              job.strips[place].string(), input->second.string()));
+                              input.strips[place].string(), same->second.string()));
     }
     std::error_code error;
-    if (!job.overwrite && fs::exists(fs::symlink_status(output, error))) {
+    if (!input.overwrite && fs::exists(fs::symlink_status(output, error))) {
       existing +=
           (existing.empty() ? "" : "\n") + output.string() + ": exists; --overwrite replaces it";
     }
@@ -105,14 +107,14 @@ void checkOutputs(const GeoreferencingJob& job) {
 
 }  // namespace
 
-void checkJob(const GeoreferencingJob& job) {
-  checkSelection(job);
-  checkAdjustmentFiles(job);
-  checkInputs(job);
-  checkNames(job);
-  if (job.outputFolder.empty()) return;
-  checkOutputs(job);
-  makeFolder(job.outputFolder);
+void check(const GeoreferencingInput& input) {
+  checkSelection(input);
+  checkAdjustmentFiles(input);
+  checkInputs(input);
+  checkNames(input);
+  if (input.outputFolder.empty()) return;
+  checkOutputs(input);
+  makeFolder(input.outputFolder);
 }
 
 }  // namespace Velorn::Flights

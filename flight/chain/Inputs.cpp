@@ -18,6 +18,19 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// In plan, and within `reach` of each other.
+bool areNear(const Box& one, const Box& other, double reach) {
+  for (std::size_t i = 0; i < 2; ++i) {
+    if (one.low[i] > other.high[i] + reach || other.low[i] > one.high[i] + reach) return false;
+  }
+  return true;
+}
+
+bool isFinite(const Box& box) {
+  const auto isNumber = [](double value) { return std::isfinite(value); };
+  return std::ranges::all_of(box.low, isNumber) && std::ranges::all_of(box.high, isNumber);
+}
+
 /// @return nothing for a field without values
 std::optional<Strandel::ValueRange> rangeOf(const Strandel::FieldPtr& field) {
   const auto read = field->range();
@@ -31,9 +44,16 @@ std::optional<Strandel::ValueRange> rangeOf(const Strandel::FieldPtr& field) {
 Box checkedScanner(const GridFile& file) {
   const auto range = rangeOf(file.grid().chart(Strandel::scannerChartName)->field("Positions"));
   const Box box{range->minimum, range->maximum};
-  if (!box.isFinite()) file.refuse("", "a scanner coordinate is no number");
+  if (!isFinite(box)) file.refuse("", "a scanner coordinate is no number");
   return box;
 }
+
+std::string placeText(const Box& box) {
+  return fmt::format("E {:.0f} to {:.0f}, N {:.0f} to {:.0f}", box.low[0], box.high[0], box.low[1],
+                     box.high[1]);
+}
+
+}  // namespace
 
 void checkTimes(const StripFacts& strip, const Velorn::Trajectory& trajectory) {
   const auto ranges = trajectory.timeRanges();
@@ -52,28 +72,7 @@ void checkTimes(const StripFacts& strip, const Velorn::Trajectory& trajectory) {
                           timesText(recorded, strip.week), likelyCause(recorded, own)));
 }
 
-std::string placeText(const Box& box) {
-  return fmt::format("E {:.0f} to {:.0f}, N {:.0f} to {:.0f}", box.low[0], box.high[0], box.low[1],
-                     box.high[1]);
-}
-
-}  // namespace
-
-bool Box::isNear(const Box& other, double reach) const {
-  for (std::size_t i = 0; i < 2; ++i) {
-    if (low[i] > other.high[i] + reach || other.low[i] > high[i] + reach) return false;
-  }
-  return true;
-}
-
-bool Box::isFinite() const {
-  for (std::size_t i = 0; i < 3; ++i) {
-    if (!std::isfinite(low[i]) || !std::isfinite(high[i])) return false;
-  }
-  return true;
-}
-
-StripFacts factsOf(const fs::path& strip) {
+StripFacts factsOf(const fs::path& strip, std::uint32_t id) {
   const GridFile file(strip);
   if (file.size() == 0) file.refuse("", "holds no points");
   checkStrip(file);
@@ -83,7 +82,8 @@ StripFacts factsOf(const fs::path& strip) {
   if (!std::isfinite(times.lowest()) || !std::isfinite(times.highest())) {
     file.refuse("", "a GPS time is no number");
   }
-  return {strip,
+  return {id,
+          strip,
           file.size(),
           file.week(),
           times.lowest(),
@@ -101,19 +101,19 @@ std::optional<Box> boxOfGroundTruth(const fs::path& groundTruth) {
 }
 
 void checkTogether(const std::vector<StripFacts>& strips, const Velorn::Trajectory& trajectory,
-                   const Project& project) {
+                   const FlightSettings& settings) {
   for (const auto& strip : strips) checkTimes(strip, trajectory);
-  if (project.groundTruth.empty()) return;
-  const auto box = boxOfGroundTruth(project.groundTruth);
-  if (!box || !box->isFinite()) return;
+  if (settings.groundTruth.empty()) return;
+  const auto box = boxOfGroundTruth(settings.groundTruth);
+  if (!box || !isFinite(*box)) return;
   for (const auto& strip : strips) {
-    if (!strip.box.isFinite() || strip.box.isNear(*box, project.configuration().SearchRadius)) {
+    if (!isFinite(strip.box) || areNear(strip.box, *box, settings.configuration().SearchRadius)) {
       return;
     }
   }
   throw Error(fmt::format(
       "{}: lies at {}, and no strip does ({}: {}): another zone, or easting and northing swapped?",
-      project.groundTruth, placeText(*box), strips.front().file.string(),
+      settings.groundTruth, placeText(*box), strips.front().file.string(),
       placeText(strips.front().box)));
 }
 

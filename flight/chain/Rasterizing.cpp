@@ -3,81 +3,76 @@
 #include "flight/chain/Rasterizing.h"
 
 #include <chrono>
+#include <numeric>
 
 #include <fmt/format.h>
 
-#include "flight/records/ReportJson.h"
+#include "flight/surfaces/Rasterize.h"
 
 namespace Velorn::Flights {
-
 namespace {
 
 namespace fs = std::filesystem;
 
-Json optionsOf(const Project& project) {
-  const auto& configuration = project.configuration();
-  const auto& raster = project.raster;
-  return {{"cells", configuration.CellSize},
-          {"amplitude", configuration.Amplitude},
-          {"selection", configuration.SelectionStr},
-          {"neighbours", raster.neighbours},
-          {"neighbour_radius", raster.neighbourRadius},
-          {"max_roughness", raster.maxRoughness},
-          {"slope_limit", raster.slopeLimit}};
+void addOptions(const FlightSettings& settings, StepKey& key) {
+  const auto& configuration = settings.configuration();
+  const auto& raster = settings.raster;
+  key.addList("cells", configuration.CellSize);
+  key.addList("amplitude", configuration.Amplitude);
+  key.add("selection", configuration.SelectionStr);
+  key.add("neighbours", raster.neighbours);
+  key.add("neighbour_radius", raster.neighbourRadius);
+  key.add("max_roughness", raster.maxRoughness);
+  key.add("slope_limit", raster.slopeLimit);
 }
 
 /// Does the work of one file, unless it is done.
 /// @param inputs  files that the work does not change
 template <typename Work>
-Json once(const RunContext& run, const fs::path& file, const std::vector<fs::path>& inputs,
-          const std::vector<fs::path>& outputs, const Work& work) {
-  const std::string name = file.stem().string();
-  const StepRecord record = run.recordOf("rasterize_" + name);
-  Json key = keyOf("rasterize " + fs::absolute(file).lexically_normal().string());
-  key["options"] = optionsOf(run.project);
-  key["inputs"] = stampsOf(inputs);
-  auto report = run.project.force ? std::nullopt : record.valid(key);
-  const bool isDone = report.has_value();
-  if (!isDone) {
-    record.begin();
-    report = work();
-    record.finish(key, outputs, *report);
-  }
-  Json entry{{"name", file.filename().string()}, {"skipped", isDone}};
-  entry.update(*report);
-  return entry;
+RasterReport once(const RunContext& run, const fs::path& file, const std::vector<fs::path>& inputs,
+                  const std::vector<fs::path>& outputs, const Work& work) {
+  const StepRecord record = run.folder.record("rasterize_" + file.stem().string());
+  StepKey key("rasterize " + fs::absolute(file).lexically_normal().string());
+  addOptions(run.settings, key);
+  key.addFiles("input", inputs);
+  const auto done = run.settings.force ? std::nullopt : record.template valid<RasterCounts>(key);
+  if (done) return {file.filename().string(), true, *done};
+  record.begin();
+  const RasterCounts counts = work();
+  record.finish(key, outputs, counts);
+  return {file.filename().string(), false, counts};
 }
 
-std::string lineOf(const Json& entry) {
-  std::size_t surface = 0;
-  std::size_t chosen = 0;
-  for (const auto& count : entry["surface"]) surface += count.get<std::size_t>();
-  for (const auto& count : entry["representatives"]) chosen += count.get<std::size_t>();
+std::size_t sumOf(const PerClass& counts) {
+  return std::accumulate(counts.begin(), counts.end(), std::size_t{0});
+}
+
+std::string lineOf(const RasterReport& raster) {
   return fmt::format("rasterize {}: {} points, {} on planar surfaces, {} in the raster{}",
-                     entry["name"].get<std::string>(), entry["points"].get<std::size_t>(), surface,
-                     chosen, entry["skipped"] ? "; unchanged, skipped" : "");
+                     raster.name, raster.counts.points, sumOf(raster.counts.surface),
+                     sumOf(raster.counts.representatives),
+                     raster.isSkipped ? "; unchanged, skipped" : "");
 }
 
 }  // namespace
 
-Json rasterizeAll(const RunContext& run) {
+RasterizingReport rasterizeAll(const RunContext& run) {
   const auto begin = std::chrono::steady_clock::now();
-  Json report{{"strips", Json::array()}};
-  const auto& project = run.project;
+  RasterizingReport report;
   for (const auto& strip : run.strips) {
-    const auto raster = run.rasterOf(strip.file);
-    report["strips"].push_back(once(run, strip.file, {}, {strip.file, raster}, [&] {
-      return reportOf(rasterizeStrip(strip.file, raster, run.configuration(), project.raster,
-                                     *run.output.progress));
+    const auto raster = run.folder.rasterOf(strip.file);
+    report.strips.push_back(once(run, strip.file, {}, {strip.file, raster}, [&] {
+      return rasterizeStrip(strip.file, raster, run.configuration(), run.settings.raster,
+                            *run.watcher);
     }));
-    run.output.tell(lineOf(report["strips"].back()));
+    run.tell(lineOf(report.strips.back()));
   }
-  const auto raster = run.rasterOf(run.groundTruth);
-  report["ground_truth"] = once(run, run.groundTruth, {run.groundTruth}, {raster}, [&] {
-    return reportOf(rasterizeGroundTruth(run.groundTruth, raster, run.configuration()));
+  const auto raster = run.folder.rasterOf(run.groundTruth);
+  report.groundTruth = once(run, run.groundTruth, {run.groundTruth}, {raster}, [&] {
+    return rasterizeGroundTruth(run.groundTruth, raster, run.configuration());
   });
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
-  report["seconds"] = elapsed.count();
+  report.seconds = elapsed.count();
   return report;
 }
 

@@ -9,8 +9,7 @@
 namespace Velorn::Flights {
 
 /// Rasterizes every strip and the ground truth, but for those that an earlier run has.
-/// @return {"strips": [{"name", "skipped", counts}], "ground_truth": counts, "seconds"}
 /// @throws Error that names the strip
-Json rasterizeAll(const RunContext& run);
+RasterizingReport rasterizeAll(const RunContext& run);
 
 }  // namespace Velorn::Flights

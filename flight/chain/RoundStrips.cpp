@@ -16,9 +16,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Beside the folder of the rasters, which is the users' to look into.
-constexpr const char* folderEnding = "_of_round";
-
 fs::path emptyFolder(const fs::path& folder) {
   std::error_code fault;
   fs::remove_all(folder, fault);
@@ -30,8 +27,8 @@ fs::path emptyFolder(const fs::path& folder) {
 
 /// While strips lie far apart their shapes are bent, too: planes may be rougher, normals disagree
 /// more, and what is flat in one strip is a slope in the other.
-RasterOptions optionsOf(const Project& project, const Coarseness& coarseness) {
-  auto options = project.raster;
+RasterSettings optionsOf(const FlightSettings& settings, const Coarseness& coarseness) {
+  auto options = settings.raster;
   options.neighbourRadius = std::min(1000.0, options.neighbourRadius * coarseness.scale);
   options.maxRoughness = std::min(1000.0, options.maxRoughness * coarseness.scale);
   options.neighbours = coarseness.neighbours(options.neighbours);
@@ -45,34 +42,32 @@ double spacingOfStrips(const RunContext& run) {
   double largest = 0.0;
   for (const auto& strip : run.strips) {
     const double spacing =
-        spacingOfStrip(strip.file, run.configuration(), run.project.raster.neighbourRadius);
+        spacingOfStrip(strip.file, run.configuration(), run.settings.raster.neighbourRadius);
     if (spacing > largest) largest = spacing;
   }
   if (largest > 0.0) return largest;
   throw Error(fmt::format(
       "no strip has 16 points within {} m of each other: the distance of the points, which coarse "
       "rounds begin from, is not known; --neighbour-radius takes more",
-      run.project.raster.neighbourRadius));
+      run.settings.raster.neighbourRadius));
 }
 
 Velorn::FileContainer stripsOfRound(const RunContext& run, const Coarseness& coarseness,
                                     const Solution* solution,
                                     Velorn::InputParameter& configuration) {
   constexpr double widestAngle = 3.0;  // in units of the threshold
-  auto rasters = configuration.getRasterPath();
-  rasters += folderEnding;
-  const auto folder = emptyFolder(run.inRoot(rasters));
-  const auto options = optionsOf(run.project, coarseness);
+  const auto folder = emptyFolder(run.folder.rastersOfRound());
+  const auto options = optionsOf(run.settings, coarseness);
   std::vector<std::string> files;
   for (std::uint32_t id = 0; id < run.strips.size(); ++id) {
     const auto& strip = run.strips[id].file;
     const auto raster = folder / fmt::format("{:06}_{}", id, strip.filename().string());
     rasterizeView(strip, {id, solution, coarseness.side()}, raster, configuration, options,
-                  *run.output.progress);
+                  *run.watcher);
     files.push_back(raster.string());
   }
   rasterizeGroundTruth(run.groundTruth, folder / run.groundTruth.filename(), configuration);
-  configuration.RasterPath = rasters;
+  configuration.RasterPath = folder.lexically_relative(run.folder.root());
   configuration.ThresholdMaxAngle =
       std::min(90.0, configuration.ThresholdMaxAngle * std::min(coarseness.scale, widestAngle));
   Velorn::FileContainer container;

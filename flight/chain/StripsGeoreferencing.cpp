@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <chrono>
 
+#include <fmt/format.h>
+
 #include "flight/strips/AdjustedName.h"
 #include "flight/strips/OrFail.h"
 #include "platform/strandel/Bundle.h"
@@ -23,20 +25,21 @@ using Velorn::SolverParameters, Velorn::Trajectory;
 /// Of the library's message about a strip that is right but cannot be written.
 constexpr const char* beginningWhenNotSaved = "scanner2world::initialize, SaveParameters: ";
 
-Trajectory importedTrajectory(const GeoreferencingJob& job) {
-  Trajectory trajectory(job.trajectories);
+Trajectory importedTrajectory(const GeoreferencingInput& input) {
+  Trajectory trajectory(input.trajectories);
   orFail(trajectory.importTrajectory());
   return trajectory;
 }
 
 /// The result of an adjustment, or the mounting alone.
 /// @param unknown  receives the strips that the adjustment did not know
-SolverParameters parametersOf(const GeoreferencingJob& job, const Trajectory& trajectory,
+SolverParameters parametersOf(const GeoreferencingInput& input, const Trajectory& trajectory,
                               std::vector<std::filesystem::path>& unknown) {
-  SolverParameters parameters(job.strips, Velorn::InputParameter());
-  orFail(job.sections.empty()
+  SolverParameters parameters(input.strips, Velorn::InputParameter());
+  orFail(input.model.sections.empty()
              ? parameters.setEmptySections(trajectory.getLeverarm(), trajectory.getMisalignment())
-             : parameters.restore(job.sections, job.parameters, job.stripIds, &unknown));
+             : parameters.restore(input.model.sections, input.model.parameters,
+                                  input.model.stripIds, &unknown));
   return parameters;
 }
 
@@ -60,50 +63,60 @@ std::string withoutLineFeed(std::string text) {
 
 }  // namespace
 
-std::vector<std::size_t> placesOf(const GeoreferencingJob& job) {
+std::vector<std::size_t> placesOf(const GeoreferencingInput& input) {
   std::vector<std::size_t> places;
-  for (std::size_t place = 0; place < job.strips.size(); ++place) {
-    if (job.selected.empty() || job.selected.contains(static_cast<int>(place))) {
+  for (std::size_t place = 0; place < input.strips.size(); ++place) {
+    if (input.selected.empty() || input.selected.contains(static_cast<int>(place))) {
       places.push_back(place);
     }
   }
   return places;
 }
 
-std::filesystem::path outputOf(const GeoreferencingJob& job, std::size_t place) {
-  const auto& strip = job.strips.at(place);
-  if (job.outputFolder.empty()) return strip;
-  return job.outputFolder / adjustedNameOf(strip);
+std::filesystem::path outputOf(const GeoreferencingInput& input, std::size_t place) {
+  const auto& strip = input.strips.at(place);
+  if (input.outputFolder.empty()) return strip;
+  return input.outputFolder / adjustedNameOf(strip);
 }
 
-JobResult runJob(const GeoreferencingJob& job, Kestrum::LoaderProgress& progress,
-                 const std::function<void(const std::string&)>& tell) {
+GeoreferencingReport georeference(const GeoreferencingInput& input, const Watch& watch) {
   const auto begin = std::chrono::steady_clock::now();
-  const Trajectory trajectory = importedTrajectory(job);
+  check(input);
+  Watcher watcher(watch);
+  const Trajectory trajectory = importedTrajectory(input);
   std::vector<std::filesystem::path> unknown;
-  const SolverParameters parameters = parametersOf(job, trajectory, unknown);
-  const auto places = placesOf(job);
-  JobResult result;
+  const SolverParameters parameters = parametersOf(input, trajectory, unknown);
+  checkTimes(input, trajectory, parameters, unknown);
+  const auto places = placesOf(input);
+  GeoreferencingReport report;
+  report.folder = input.outputFolder;
+  std::size_t faults = 0, notSaved = 0;
   for (const std::size_t place : places) {
-    const std::string strip = job.strips[place].string();
-    if (std::ranges::find(unknown, job.strips[place]) != unknown.end()) {
-      result.unknown.push_back(job.strips[place].filename().string());
+    const std::string strip = input.strips[place].string();
+    if (std::ranges::find(unknown, input.strips[place]) != unknown.end()) {
+      report.unknown.push_back(input.strips[place].filename().string());
     }
-    progress.report("georeferencing", result.strips, places.size());
-    result.points += pointsOf(strip);
+    watcher.report("georeferencing", report.strips, places.size());
+    report.points += pointsOf(strip);
     const std::string message = Velorn::scanner2world(
-        parameters, trajectory, strip, static_cast<unsigned>(place), job.outputFolder.string(),
-        job.inverse, job.compress ? 1 : 0, job.reportEarlyTimes);
-    if (!message.empty()) {
-      tell(strip + ": " + withoutLineFeed(message));
-      ++result.faults;
-      if (message.starts_with(beginningWhenNotSaved)) ++result.notSaved;
-    }
-    ++result.strips;
+        parameters, trajectory, strip, static_cast<unsigned>(place), input.outputFolder.string(),
+        input.inverse, input.compress ? 1 : 0, input.reportEarlyTimes);
+    ++report.strips;
+    if (message.empty()) continue;
+    watcher.tell(strip + ": " + withoutLineFeed(message));
+    ++faults;
+    if (message.starts_with(beginningWhenNotSaved)) ++notSaved;
+  }
+  if (faults > 0) {
+    const auto where =
+        input.outputFolder.empty() ? "in place" : "to " + input.outputFolder.string();
+    throw Error(fmt::format("{} of {} strips with a fault, named above; {} without one written {}",
+                            faults, report.strips, report.strips - faults, where),
+                notSaved > 0 ? Error::NoSpace : Error::BadInput);
   }
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
-  result.seconds = elapsed.count();
-  return result;
+  report.seconds = elapsed.count();
+  return report;
 }
 
 }  // namespace Velorn::Flights

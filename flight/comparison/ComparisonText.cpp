@@ -8,7 +8,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "flight/comparison/Comparison.h"
+#include <velorn/flight/Compare.h>
 
 namespace Velorn::Flights::Comparison {
 namespace {
@@ -64,7 +64,7 @@ std::string row(const char* name, const FitFigures& f) {
   return text;
 }
 
-std::string fitText(const Report& report) {
+std::string fitText(const ComparisonReport& report) {
   if (report.pairs.correspondences + report.groundTruth.correspondences + report.pairs.notFound +
           report.groundTruth.notFound ==
       0) {
@@ -82,7 +82,7 @@ std::string row(const GlobalFigure& figure) {
                      decimals, figure.estimated - figure.real, decimals);
 }
 
-std::string globalsText(const Report& report) {
+std::string globalsText(const ComparisonReport& report) {
   if (!report.files) return "no parameter files of the run\n";
   std::string text = fmt::format("{:<20}{:>5}{:>13}{:>13}{:>13}{:>13}\n", "global correction",
                                  "unit", "true", "nominal", "estimated", "difference");
@@ -157,12 +157,17 @@ Json jsonOf(const std::vector<GlobalFigure>& figures) {
 }
 
 }  // namespace
+}  // namespace Velorn::Flights::Comparison
 
-std::string textOf(const Report& report) {
+namespace Velorn::Flights {
+
+std::string textOf(const ComparisonReport& report) {
+  using namespace Comparison;
   return worldText(report.world) + "\n" + fitText(report) + "\n" + globalsText(report);
 }
 
-std::string jsonOf(const Report& report) {
+std::string documentOf(const ComparisonReport& report) {
+  using namespace Comparison;
   Json json{{"format", "velorn comparison"},
             {"version", 1},
             {"world", jsonOf(report.world)},
@@ -175,4 +180,4 @@ std::string jsonOf(const Report& report) {
   return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-}  // namespace Velorn::Flights::Comparison
+}  // namespace Velorn::Flights

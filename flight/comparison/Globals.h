@@ -10,14 +10,9 @@
 #include "flight/comparison/ScanShape.h"
 #include "flight/comparison/Truth.h"
 #include <velorn/SolverParameters.h>
+#include <velorn/flight/Compare.h>
 
 namespace Velorn::Flights::Comparison {
-
-/// One number: true, as the delivered files say, and as an adjustment found it.
-struct GlobalFigure {
-  std::string name, unit;
-  double real = 0.0, nominal = 0.0, estimated = 0.0;  ///< [unit]
-};
 
 /// Offsets and scales of range and angles, misalignment and lever arm: twelve.
 std::vector<GlobalFigure> globalsOf(const Truth& truth, const Velorn::SolverParameters& parameters);

@@ -49,10 +49,6 @@ std::size_t placeOf(std::uint32_t id, const fs::path& block, const Truth& truth,
                           name->second));
 }
 
-double lengthOf(const vector& v) {
-  return std::sqrt(dot(v, v));
-}
-
 vector fromOrigin(const point& p) {
   return p - point{0, 0, 0};
 }

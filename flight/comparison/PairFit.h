@@ -14,7 +14,7 @@
 
 #include "flight/comparison/TrueWorld.h"
 #include "flight/comparison/WorldErrors.h"
-#include "flight/records/RunFolder.h"
+#include "flight/records/StripIds.h"
 #include <velorn/CorrespondenceBlock.h>
 #include <velorn/SolverParameters.h>
 
@@ -25,15 +25,6 @@ struct StripPoints {
   std::vector<double> times;  ///< [s of week]
   Points scanner;             ///< [m]
   Points delivered, adjusted, real;
-};
-
-/// Root mean squares of distances along the normal [m]; NaN where there is none.
-struct FitFigures {
-  std::size_t correspondences = 0;
-  std::size_t notFound = 0;  ///< a point is in none of the strips compared; left out
-  double rawBefore = unknownFigure, rawAfter = unknownFigure, rawTrue = unknownFigure;
-  double blockBefore = unknownFigure, blockAfter = unknownFigure, blockTrue = unknownFigure;
-  double floor = unknownFigure;  ///< what the noise alone makes of the raw points
 };
 
 /// The correspondences of a run. They are read first; then the strips come one after the other.

@@ -6,26 +6,13 @@
 
 #include <array>
 #include <cstddef>
-#include <limits>
 #include <vector>
 
 #include "platform/geomra/PhysicalSpace.h"
 #include <velorn/TerrainType.h>
+#include <velorn/flight/Compare.h>
 
 namespace Velorn::Flights::Comparison {
-
-inline constexpr double unknownFigure = std::numeric_limits<double>::quiet_NaN();
-
-/// Horizontal and vertical [m].
-struct TwoParts {
-  double horizontal = unknownFigure, vertical = unknownFigure;
-};
-
-struct ErrorFigures {
-  std::size_t points = 0;
-  TwoParts rms, median;      ///< of lengths; NaN without points
-  TwoParts rmsWithoutShift;  ///< when the mean error of all points of the flight is taken off
-};
 
 /// Gathers errors of points.
 class WorldErrors {

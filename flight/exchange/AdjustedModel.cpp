@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "flight/records/RunFolder.h"
+#include "flight/records/StripIds.h"
 #include "flight/strips/OrFail.h"
 #include <velorn/InputParameter.h>
 
@@ -14,7 +14,7 @@ namespace Velorn::Flights {
 AdjustedModel restored(const ModelFiles& files) {
   AdjustedModel model;
   std::vector<std::filesystem::path> paths;
-  for (const auto& [id, name] : Comparison::stripNamesIn(files.stripIds)) {
+  for (const auto& [id, name] : stripNamesIn(files.stripIds)) {
     model.strips.push_back(name);
     paths.emplace_back(name);
   }

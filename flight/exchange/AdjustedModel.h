@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "flight/records/ModelFiles.h"
 #include "flight/strips/TimeCover.h"
 #include "platform/geomra/PhysicalSpace.h"
 #include <velorn/SolverParameters.h>
+#include <velorn/flight/Reports.h>
 
 namespace Velorn::Flights {
 

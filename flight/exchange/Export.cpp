@@ -1,7 +1,5 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include "flight/exchange/Export.h"
-
 #include <system_error>
 
 #include <fmt/format.h>
@@ -10,25 +8,25 @@
 #include "flight/exchange/CorrectedTrajectory.h"
 #include "flight/exchange/LasFromStrips.h"
 #include "flight/exchange/MountingFile.h"
-#include "flight/exchange/RunResult.h"
 #include "flight/formats/TrajectoryExport.h"
-#include "flight/records/RunFolder.h"
+#include "flight/records/FinishedRun.h"
 #include "flight/strips/OrFail.h"
 #include "flight/strips/OutputPlaces.h"
+#include "flight/strips/Watcher.h"
 #include "platform/plome/ReplacedFile.h"
+#include <velorn/flight/Export.h>
 
 namespace Velorn::Flights {
 namespace {
 
 namespace fs = std::filesystem;
-using Tell = std::function<void(const std::string&)>;
 
-Wishes wishesOf(const ExportOptions& options) {
+Wishes wishesOf(const ExportSettings& options) {
   if (options.wishes) return *options.wishes;
   return {true, options.model.has_value(), options.model.has_value()};
 }
 
-void checkInputs(const ExportOptions& options, const Wishes& wishes) {
+void checkInputs(const ExportSettings& options, const Wishes& wishes) {
   const auto need = [](bool isGiven, const char* what) {
     if (!isGiven) throw Error(what, Error::BadSettings);
   };
@@ -51,8 +49,11 @@ Velorn::Trajectory imported(const std::vector<fs::path>& files) {
 /// One export on its way into a folder.
 class FlightExport {
  public:
-  FlightExport(const ExportOptions& options, Kestrum::LoaderProgress& progress, const Tell& tell)
-      : options_(options), wishes_(wishesOf(options)), progress_(progress), tell_(tell) {}
+  FlightExport(const ExportSettings& options, Watcher& watcher)
+      : options_(options),
+        wishes_(wishesOf(options)),
+        progress_(watcher),
+        tell_(watcher.teller()) {}
 
   ExportReport run() {
     checkInputs(options_, wishes_);
@@ -139,10 +140,10 @@ class FlightExport {
     report_.files.push_back({file, content});
   }
 
-  const ExportOptions& options_;
+  const ExportSettings& options_;
   Wishes wishes_;
-  Kestrum::LoaderProgress& progress_;
-  const Tell& tell_;
+  Watcher& progress_;
+  const Tell tell_;
   ExportReport report_;
   std::vector<LasStrip> strips_;
   AdjustedModel model_;
@@ -150,23 +151,24 @@ class FlightExport {
   unsigned epsg_ = 0;
 };
 
-}  // namespace
-
-void completeFromRoot(ExportOptions& options, const fs::path& root, const fs::path& adjusted) {
-  std::error_code fault;
-  if (!fs::is_directory(root, fault)) throw Error(root.string() + ": no such folder");
-  const bool needsStrips = !options.wishes || options.wishes->strips || options.wishes->trajectory;
-  if (options.strips.empty() && needsStrips) options.strips = adjustedStripsIn(adjusted);
-  if (!options.model) options.model = Comparison::modelFilesOf(root);
-  const bool needsTrajectory = !options.wishes || options.wishes->trajectory;
-  if (options.trajectories.empty() && options.model && needsTrajectory) {
-    options.trajectories = recordedTrajectories(root);
-  }
+/// Fills in what is not given. Mounting and trajectory need no adjusted strips: those that were
+/// adjusted were measured at the same times.
+void completeFrom(const FinishedRun& run, ExportSettings& settings) {
+  const bool needsStrips = !settings.wishes || settings.wishes->strips;
+  const bool needsTrajectory = !settings.wishes || settings.wishes->trajectory;
+  if (settings.strips.empty() && needsStrips) settings.strips = run.adjustedStrips();
+  if (settings.strips.empty() && needsTrajectory) settings.strips = run.strips();
+  if (!settings.model) settings.model = run.model();
+  if (settings.trajectories.empty() && needsTrajectory) settings.trajectories = run.trajectories();
 }
 
-ExportReport exportFlight(const ExportOptions& options, Kestrum::LoaderProgress& progress,
-                          const Tell& tell) {
-  return FlightExport(options, progress, tell).run();
+}  // namespace
+
+ExportReport exportFlight(const ExportSettings& settings, const Watch& watch) {
+  Watcher watcher(watch);
+  ExportSettings completed = settings;
+  if (!settings.root.empty()) completeFrom(FinishedRun(settings.root), completed);
+  return FlightExport(completed, watcher).run();
 }
 
 }  // namespace Velorn::Flights

@@ -14,15 +14,9 @@
 #include "flight/formats/Sbet.h"
 #include "flight/formats/TextTrajectory.h"
 #include "flight/strips/TimeCover.h"
+#include <velorn/flight/Import.h>
 
 namespace Velorn::Flights {
-
-/// How the trajectory is given.
-struct TrajectorySource {
-  std::vector<std::filesystem::path> files;  ///< SBET by their ending, otherwise text
-  TextTrajectoryFormat text;                 ///< of those that are text
-  double longestGap = 1.0;                   ///< between records, before it is told [s]
-};
 
 /// Poses of a flight in order of time.
 struct FlightTrajectory {

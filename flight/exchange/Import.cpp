@@ -1,7 +1,5 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include "flight/exchange/Import.h"
-
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -10,18 +8,20 @@
 #include <fmt/format.h>
 
 #include "flight/exchange/Decompression.h"
+#include "flight/exchange/FlightTrajectory.h"
 #include "flight/exchange/StripsFromLas.h"
 #include "flight/formats/ControlFile.h"
 #include "flight/formats/PoseOrder.h"
 #include "flight/strips/OrFail.h"
 #include "flight/strips/OutputPlaces.h"
+#include "flight/strips/Watcher.h"
 #include "platform/tessaly/TransverseMercator.h"
+#include <velorn/flight/Import.h>
 
 namespace Velorn::Flights {
 namespace {
 
 namespace fs = std::filesystem;
-using Tell = std::function<void(const std::string&)>;
 
 void requireFile(const char* what, const fs::path& file) {
   std::error_code fault;
@@ -141,8 +141,8 @@ fs::path containerOf(const fs::path& folder, const fs::path& source, std::size_t
 /// One flight on its way into a folder.
 class FlightImport {
  public:
-  FlightImport(const ImportOptions& options, Kestrum::LoaderProgress& progress, const Tell& tell)
-      : options_(options), progress_(progress), tell_(tell) {}
+  FlightImport(const ImportSettings& options, Watcher& watcher)
+      : options_(options), progress_(watcher), tell_(watcher.teller()) {}
 
   ImportReport run() {
     look();
@@ -199,6 +199,7 @@ class FlightImport {
     const fs::path file = options_.output / "ground_truth.kx";
     refuseExisting(file, options_.overwrite);
     saveGroundTruth(file, std::move(points));
+    report_.groundTruth = file;
   }
 
   void import(const LasFacts& file, const Velorn::Trajectory& trajectory) {
@@ -219,9 +220,9 @@ class FlightImport {
     }
   }
 
-  const ImportOptions& options_;
-  Kestrum::LoaderProgress& progress_;
-  const Tell& tell_;
+  const ImportSettings& options_;
+  Watcher& progress_;
+  const Tell tell_;
   ImportReport report_;
   std::vector<LasFacts> files_;
   std::int64_t week_ = 0;
@@ -229,7 +230,7 @@ class FlightImport {
 
 }  // namespace
 
-void checkImport(const ImportOptions& options) {
+void checkImport(const ImportSettings& options) {
   if (options.strips.empty()) throw Error("no strips were named", Error::BadSettings);
   if (options.trajectory.files.empty()) throw Error("no trajectory was named", Error::BadSettings);
   for (const auto& strip : options.strips) requireFile("strip", strip);
@@ -238,9 +239,10 @@ void checkImport(const ImportOptions& options) {
   checkNames(options.strips);
 }
 
-ImportReport importFlight(const ImportOptions& options, Kestrum::LoaderProgress& progress,
-                          const Tell& tell) {
-  return FlightImport(options, progress, tell).run();
+ImportReport importFlight(const ImportSettings& settings, const Watch& watch) {
+  checkImport(settings);
+  Watcher watcher(watch);
+  return FlightImport(settings, watcher).run();
 }
 
 }  // namespace Velorn::Flights

@@ -123,7 +123,8 @@ void addMeasurements(StripColumns& strip, const Velorn::Trajectory& trajectory) 
   strip.directions.resize(strip.world.size());
   orFail(scanner2world(mounting, trajectory, strip.scanner, strip.times, week, 0, again,
                        strip.directions, 0.0, false));
-  const auto bad = std::find_if_not(strip.scanner.begin(), strip.scanner.end(), isFinite);
+  const auto bad =
+      std::ranges::find_if_not(strip.scanner, [](const point& p) { return isFinite(p); });
   if (bad == strip.scanner.end()) return;
   const point& place = strip.world[static_cast<std::size_t>(bad - strip.scanner.begin())];
   throw Error(fmt::format("the point E {} N {} H {} has no scanner coordinates", place.x, place.y,

@@ -12,8 +12,8 @@
 
 #include "flight/exchange/GpsTimes.h"
 #include "flight/exchange/StripParts.h"
-#include "flight/strips/Containers.h"
 #include <velorn/Trajectory.h>
+#include <velorn/flight/Containers.h>
 
 namespace Velorn::Flights {
 

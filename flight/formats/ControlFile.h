@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "flight/strips/Containers.h"
+#include <velorn/flight/Containers.h>
 
 namespace Velorn::Flights {
 

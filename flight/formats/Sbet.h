@@ -16,7 +16,7 @@
 #include <functional>
 #include <vector>
 
-#include "flight/strips/Containers.h"
+#include <velorn/flight/Containers.h>
 
 namespace Velorn::Flights {
 

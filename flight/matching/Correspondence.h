@@ -35,10 +35,6 @@ struct Correspondence {
   double distance = 0.0;  ///< n_I · (Q' − P') of the moved points, as searched [m]
 };
 
-inline double lengthOf(const vector& v) {
-  return std::sqrt(dot(v, v));
-}
-
 /// How far a point moves along its beam, towards the sensor, to lie on its plane [m]: t of
 /// P' = P + t u. 0 for beams that graze the plane (below 3°) and would carry the point far off.
 /// @param height  signed distance of the point from the plane [m]

@@ -226,24 +226,6 @@ void check(const MatchOptions& options) {
 
 }  // namespace
 
-Funnel& Funnel::operator+=(const Funnel& other) {
-  candidates += other.candidates;
-  tooFar += other.tooFar;
-  angle += other.angle;
-  roughness += other.roughness;
-  outlier += other.outlier;
-  thinned += other.thinned;
-  kept += other.kept;
-  median = nmad = std::numeric_limits<double>::quiet_NaN();
-  return *this;
-}
-
-Funnel PairReport::sum() const {
-  Funnel sum;
-  for (const Funnel& one : classes) sum += one;
-  return sum;
-}
-
 MatchReport match(const Velorn::InputParameter& configuration, const Velorn::FileContainer& files,
                   const MatchOptions& options, const Solution* solution,
                   Kestrum::LoaderProgress& progress) {

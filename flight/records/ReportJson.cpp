@@ -2,249 +2,360 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "flight/records/ReportJson.h"
 
-#include <algorithm>
 #include <cmath>
-#include <numbers>
-#include <set>
-#include <vector>
-
-#include <fmt/format.h>
-#include <fmt/ranges.h>
-
-#include "platform/geomra/Degree.h"
+#include <concepts>
+#include <nlohmann/json.hpp>
 
 namespace Velorn::Flights {
-
 namespace {
 
-using Geomra::degreesPerRadian;
+using Json = nlohmann::ordered_json;
 
 constexpr std::array<const char*, 5> classNames{"ground_truth", "roof", "slope", "bed", "flat"};
 
-Json number(double value) {
-  return std::isfinite(value) ? Json(value) : Json();
+/// A report that is written (const) or read.
+template <typename T, typename Report>
+concept Of = std::same_as<std::remove_const_t<T>, Report>;
+
+// The names of all values, once for both directions. A visitor is called with a name and a value;
+// `unless` leaves a value out where it is the standard one.
+
+void fields(auto& visit, Of<StripFacts> auto& strip) {
+  visit("id", strip.id);
+  visit("file", strip.file);
+  visit("points", strip.points);
+  visit("week", strip.week);
+  visit("first_time", strip.first);
+  visit("last_time", strip.last);
+  visit("farthest_forward", strip.farthestForward);
 }
 
-Json perClass(const PerClass& counts) {
-  Json json;
-  for (std::size_t i = 0; i < counts.size(); ++i) json[classNames[i]] = counts[i];
-  return json;
+void fields(auto& visit, Of<RasterCounts> auto& counts) {
+  visit("points", counts.points);
+  visit("not_finite", counts.notFinite);
+  visit("not_last_echo", counts.notLast);
+  visit("not_planar", counts.notPlanar);
+  visit("no_terrain", counts.notTerrain);
+  visit("not_selected", counts.notSelected);
+  visit("surface", counts.surface);
+  visit("representatives", counts.representatives);
+  visit("median_roughness", counts.medianRoughness);
 }
 
-Json funnelOf(const Funnel& funnel) {
-  return {{"candidates", funnel.candidates},
-          {"too_far", funnel.tooFar},
-          {"angle", funnel.angle},
-          {"roughness", funnel.roughness},
-          {"outlier", funnel.outlier},
-          {"thinned", funnel.thinned},
-          {"kept", funnel.kept},
-          {"median", number(funnel.median)},
-          {"nmad", number(funnel.nmad)}};
+void fields(auto& visit, Of<RasterReport> auto& raster) {
+  visit("name", raster.name);
+  visit("skipped", raster.isSkipped);
+  fields(visit, raster.counts);
 }
 
-Json pairOf(const PairReport& pair) {
-  Json json{{"i", pair.i}, {"j", pair.j}, {"ground_truth", pair.isGroundTruth}};
-  for (std::size_t i = 0; i < pair.classes.size(); ++i) {
-    if (pair.classes[i].candidates > 0) json["classes"][classNames[i]] = funnelOf(pair.classes[i]);
+void fields(auto& visit, Of<RasterizingReport> auto& rasterizing) {
+  visit("strips", rasterizing.strips);
+  visit("ground_truth", rasterizing.groundTruth);
+  visit("seconds", rasterizing.seconds);
+}
+
+void fields(auto& visit, Of<Funnel> auto& funnel) {
+  visit("candidates", funnel.candidates);
+  visit("too_far", funnel.tooFar);
+  visit("angle", funnel.angle);
+  visit("roughness", funnel.roughness);
+  visit("outlier", funnel.outlier);
+  visit("thinned", funnel.thinned);
+  visit("kept", funnel.kept);
+  visit("median", funnel.median);
+  visit("nmad", funnel.nmad);
+}
+
+void fields(auto& visit, Of<PairReport> auto& pair) {
+  visit("i", pair.i);
+  visit("j", pair.j);
+  visit("ground_truth", pair.isGroundTruth);
+  visit("classes", pair.classes);
+}
+
+void fields(auto& visit, Of<MatchReport> auto& matching) {
+  visit("search_radius", matching.searchRadius);
+  visit("max_correspondences", matching.maxCorrespondences);
+  visit("correspondences", matching.correspondences);
+  visit("with_ground_truth", matching.withGroundTruth);
+  visit("on_inclined_ground_truth", matching.onInclinedGroundTruth);
+  visit("ground_truth_patches", matching.groundTruthPatches);
+  visit("typical_distance", matching.typicalDistance);
+  visit("disagreement", matching.disagreement);
+  visit("pairs", matching.pairs);
+}
+
+void fields(auto& visit, Of<Fit> auto& fit) {
+  visit("count", fit.count);
+  visit("mean", fit.mean);
+  visit("rms", fit.rms);
+  visit("median", fit.median);
+  visit("nmad", fit.nmad);
+  visit("q05", fit.q05);
+  visit("q25", fit.q25);
+  visit("q75", fit.q75);
+  visit("q95", fit.q95);
+}
+
+void fields(auto& visit, Of<FitReport> auto& fit) {
+  visit("pairs", fit.pairs);
+  visit("ground_truth", fit.groundTruth);
+}
+
+void fields(auto& visit, Of<GlobalCorrections> auto& globals) {
+  visit("offsets", globals.offsets);
+  visit("scales", globals.scales);
+  visit("misalignment", globals.misalignment);
+  visit("lever_arm", globals.leverArm);
+}
+
+void fields(auto& visit, Of<HeldSection> auto& held) {
+  visit("strip", held.strip);
+  visit("section", held.section);
+  visit("correspondences", held.correspondences);
+  visit("too_few", held.isLow);
+  visit("locked", held.isLocked);
+}
+
+void fields(auto& visit, Of<StripMovement> auto& movement) {
+  visit("strip", movement.strip);
+  visit("horizontal_q90", movement.horizontal);
+  visit("vertical_q90", movement.vertical);
+}
+
+void fields(auto& visit, Of<Velorn::SolverEnd> auto& end) {
+  visit("termination", end.termination);
+  visit("message", end.message);
+  visit("initial_cost", end.initialCost);
+  visit("final_cost", end.finalCost);
+  visit("steps", end.successfulSteps);
+  visit("seconds", end.seconds);
+  visit("residuals", end.residuals);
+  visit("unknowns", end.parameters);
+  visit("estimated", end.estimated);
+}
+
+void fields(auto& visit, Of<ModelFiles> auto& files) {
+  visit("sections", files.sections);
+  visit("parameters", files.parameters);
+  visit("strip_ids", files.stripIds);
+}
+
+void fields(auto& visit, Of<AdjustmentReport> auto& adjustment) {
+  visit("correspondences", adjustment.correspondences);
+  visit("before", adjustment.before);
+  visit("after", adjustment.after);
+  visit("globals", adjustment.globals);
+  visit("held_sections", adjustment.heldSections);
+  visit("movements", adjustment.movements);
+  visit("solver", adjustment.solver);
+  visit.unless("files", adjustment.files, ModelFiles());
+}
+
+void fields(auto& visit, Of<RoundReport> auto& round) {
+  visit("round", round.number);
+  visit.unless("scale", round.scale, 1.0);
+  visit("matching", round.matching);
+  visit("adjustment", round.adjustment);
+  visit.unless("skipped", round.isSkipped, false);
+}
+
+void fields(auto& visit, Of<DatumReport> auto& datum) {
+  visit("fixed_by", datum.fixedBy);
+  visit("warnings", datum.warnings);
+}
+
+void fields(auto& visit, Of<GeoreferencingReport> auto& georeferencing) {
+  visit("folder", georeferencing.folder);
+  visit("strips", georeferencing.strips);
+  visit("points", georeferencing.points);
+  visit("seconds", georeferencing.seconds);
+  visit("skipped", georeferencing.isSkipped);
+}
+
+void fields(auto& visit, Of<RunReport> auto& run) {
+  visit("program", run.program);
+  visit("steps", run.steps);
+  visit("root", run.root);
+  visit("strips", run.strips);
+  visit("rasterize", run.rasterizing);
+  if (!run.rounds.empty() || visit.has("rounds")) visit("rounds", run.rounds);
+  visit("files", run.model);
+  visit("adjustment", run.adjustment);
+  visit("datum", run.datum);
+  visit("georeference", run.georeferencing);
+  visit.unless("failure", run.failure, std::string());
+  visit("seconds", run.seconds);
+  visit("peak_memory", run.peakMemory);
+}
+
+class Writer {
+ public:
+  template <typename T>
+  void operator()(const char* name, const T& value) {
+    json_[name] = of(value);
   }
-  return json;
-}
-
-Json fitOf(const OrvekStatistic::Summary& fit) {
-  return {{"count", fit.moments.count},      {"mean", number(fit.moments.mean)},
-          {"rms", number(fit.moments.rms)},  {"median", number(fit.median)},
-          {"nmad", number(fit.nmad)},        {"q05", number(fit.quantiles[0])},
-          {"q25", number(fit.quantiles[1])}, {"q75", number(fit.quantiles[2])},
-          {"q95", number(fit.quantiles[3])}};
-}
-
-Json phaseOf(const Velorn::PhaseFigures& phase) {
-  return {{"pairs", fitOf(phase.pairs)}, {"ground_truth", fitOf(phase.groundTruth)}};
-}
-
-Json threeOf(const Globals::Three& values, std::array<double, 3> factors) {
-  return {values[0] * factors[0], values[1] * factors[1], values[2] * factors[2]};
-}
-
-Json globalsOf(const Globals& globals) {
-  return {{"offsets", threeOf(globals.offsets, {1.0, degreesPerRadian, degreesPerRadian})},
-          {"scales", threeOf(globals.scales, {1.0, 1.0, 1.0})},
-          {"misalignment",
-           threeOf(globals.misalignment, {degreesPerRadian, degreesPerRadian, degreesPerRadian})},
-          {"lever_arm", threeOf(globals.leverArm, {1.0, 1.0, 1.0})}};
-}
-
-Json solverOf(const Velorn::SolverEnd& end) {
-  return {{"termination", end.termination},
-          {"message", end.message},
-          {"initial_cost", number(end.initialCost)},
-          {"final_cost", number(end.finalCost)},
-          {"steps", end.successfulSteps},
-          {"seconds", end.seconds},
-          {"residuals", end.residuals},
-          {"unknowns", end.parameters},
-          {"estimated", end.estimated}};
-}
-
-Json heldSectionsOf(const AdjustmentOutcome& outcome) {
-  Json held = Json::array();
-  for (const auto& section : outcome.result.sections) {
-    if (!section.isConstant()) continue;
-    held.push_back({{"strip", outcome.strips.at(section.strip)},
-                    {"section", section.section},
-                    {"correspondences", section.correspondences},
-                    {"too_few", section.isLow},
-                    {"locked", section.isLocked}});
+  template <typename T>
+  void operator()(const char* name, const std::optional<T>& value) {
+    if (value) json_[name] = of(*value);
   }
-  return held;
-}
-
-Json movementsOf(const AdjustmentOutcome& outcome) {
-  Json strips = Json::array();
-  const auto& movements = outcome.result.after.movements;
-  for (std::size_t i = 0; i < movements.size() && i < outcome.strips.size(); ++i) {
-    strips.push_back({{"strip", outcome.strips[i]},
-                      {"horizontal_q90", movements[i].horizontal90},
-                      {"vertical_q90", movements[i].vertical90}});
+  template <typename T>
+  void unless(const char* name, const T& value, const T& standard) {
+    if (!(value == standard)) json_[name] = of(value);
   }
-  return strips;
-}
+  static bool has(const char* /*name*/) { return false; }
 
-std::size_t keptOf(const Json& pair) {
-  std::size_t kept = 0;
-  if (!pair.contains("classes")) return kept;
-  for (const auto& funnel : pair["classes"]) kept += funnel["kept"].get<std::size_t>();
-  return kept;
-}
+  static Json of(double value) { return std::isfinite(value) ? Json(value) : Json(); }
+  template <std::integral T>
+  static Json of(const T& value) {
+    return value;
+  }
+  static Json of(const std::string& value) { return value; }
+  static Json of(const std::filesystem::path& value) { return value.string(); }
+  static Json of(const std::array<double, 3>& values) {
+    return {of(values[0]), of(values[1]), of(values[2])};
+  }
+  static Json of(const PerClass& counts) {
+    Json json;
+    for (std::size_t i = 0; i < counts.size(); ++i) json[classNames[i]] = counts[i];
+    return json;
+  }
+  /// Classes without candidates are left out.
+  static Json of(const std::array<Funnel, 5>& funnels) {
+    Json json = Json::object();
+    for (std::size_t i = 0; i < funnels.size(); ++i) {
+      if (funnels[i].candidates > 0) json[classNames[i]] = of(funnels[i]);
+    }
+    return json;
+  }
+  template <typename T>
+  static Json of(const std::vector<T>& values) {
+    Json json = Json::array();
+    for (const auto& value : values) json.push_back(of(value));
+    return json;
+  }
+  template <typename Report>
+  requires(!std::integral<Report>) static Json of(const Report& report) {
+    Writer writer;
+    fields(writer, report);
+    return writer.json_;
+  }
 
-/// Which strips hang together by correspondences, and whether any of them has ground truth.
-struct Part {
-  std::set<std::uint32_t> strips;
-  bool isControlled = false;
+ private:
+  Json json_ = Json::object();
 };
 
-std::vector<Part> partsOf(const Json& matching) {
-  std::vector<Part> parts;
-  for (const auto& pair : matching["pairs"]) {
-    if (keptOf(pair) == 0) continue;
-    Part joined;
-    joined.strips.insert(pair["i"].get<std::uint32_t>());
-    joined.isControlled = pair["ground_truth"].get<bool>();
-    if (!joined.isControlled) joined.strips.insert(pair["j"].get<std::uint32_t>());
-    std::erase_if(parts, [&](const Part& part) {
-      const bool meets = std::ranges::any_of(
-          part.strips, [&](std::uint32_t strip) { return joined.strips.contains(strip); });
-      if (!meets) return false;
-      joined.strips.insert(part.strips.begin(), part.strips.end());
-      joined.isControlled = joined.isControlled || part.isControlled;
-      return true;
-    });
-    parts.push_back(std::move(joined));
+class Reader {
+ public:
+  explicit Reader(const Json& json) : json_(json) {}
+
+  template <typename T>
+  void operator()(const char* name, T& value) const {
+    into(json_.at(name), value);
   }
-  return parts;
-}
+  template <typename T>
+  void operator()(const char* name, std::optional<T>& value) const {
+    value.reset();
+    if (json_.contains(name)) into(json_.at(name), value.emplace());
+  }
+  template <typename T>
+  void unless(const char* name, T& value, const T& standard) const {
+    value = standard;
+    if (json_.contains(name)) into(json_.at(name), value);
+  }
+  bool has(const char* name) const { return json_.contains(name); }
+
+  static void into(const Json& json, double& value) {
+    value = json.is_null() ? unknownFigure : json.get<double>();
+  }
+  template <std::integral T>
+  static void into(const Json& json, T& value) {
+    value = json.get<T>();
+  }
+  static void into(const Json& json, std::string& value) { value = json.get<std::string>(); }
+  static void into(const Json& json, std::filesystem::path& value) {
+    value = json.get<std::string>();
+  }
+  static void into(const Json& json, std::array<double, 3>& values) {
+    for (std::size_t i = 0; i < 3; ++i) into(json.at(i), values[i]);
+  }
+  static void into(const Json& json, PerClass& counts) {
+    for (std::size_t i = 0; i < counts.size(); ++i) into(json.at(classNames[i]), counts[i]);
+  }
+  static void into(const Json& json, std::array<Funnel, 5>& funnels) {
+    for (std::size_t i = 0; i < funnels.size(); ++i) {
+      if (json.contains(classNames[i])) into(json.at(classNames[i]), funnels[i]);
+    }
+  }
+  template <typename T>
+  static void into(const Json& json, std::vector<T>& values) {
+    if (!json.is_array()) throw Json::type_error::create(302, "a list was expected", &json);
+    values.clear();
+    for (const auto& one : json) into(one, values.emplace_back());
+  }
+  template <typename Report>
+  requires(!std::integral<Report>) static void into(const Json& json, Report& report) {
+    const Reader reader(json);
+    fields(reader, report);
+  }
+
+ private:
+  const Json& json_;
+};
+
+constexpr const char* schema = "velorn summary";
+constexpr int version = 1;
 
 }  // namespace
 
-Json reportOf(const RasterCounts& counts) {
-  return {{"points", counts.points},
-          {"not_finite", counts.notFinite},
-          {"not_last_echo", counts.notLast},
-          {"not_planar", counts.notPlanar},
-          {"no_terrain", counts.notTerrain},
-          {"not_selected", counts.notSelected},
-          {"surface", perClass(counts.surface)},
-          {"representatives", perClass(counts.representatives)},
-          {"median_roughness", counts.medianRoughness}};
+Json jsonOf(const RasterCounts& counts) {
+  return Writer::of(counts);
 }
 
-Json reportOf(const MatchReport& matching) {
-  Json pairs = Json::array();
-  for (const auto& pair : matching.pairs) pairs.push_back(pairOf(pair));
-  return {{"search_radius", matching.searchRadius},
-          {"max_correspondences", matching.maxCorrespondences},
-          {"correspondences", matching.correspondences},
-          {"with_ground_truth", matching.withGroundTruth},
-          {"on_inclined_ground_truth", matching.onInclinedGroundTruth},
-          {"ground_truth_patches", matching.groundTruthPatches},
-          {"typical_distance", number(matching.typicalDistance)},
-          {"disagreement", number(matching.disagreement)},
-          {"pairs", pairs}};
+Json jsonOf(const MatchReport& matching) {
+  return Writer::of(matching);
 }
 
-Json reportOf(const AdjustmentOutcome& outcome) {
-  const auto& result = outcome.result;
-  Json classes;
-  for (std::size_t i = 0; i < result.correspondencesPerClass.size() && i < classNames.size(); ++i) {
-    classes[classNames[i]] = result.correspondencesPerClass[i];
-  }
-  return {{"correspondences", classes},
-          {"before", phaseOf(result.before)},
-          {"after", phaseOf(result.after)},
-          {"globals", globalsOf(outcome.globals)},
-          {"held_sections", heldSectionsOf(outcome)},
-          {"movements", movementsOf(outcome)},
-          {"solver", solverOf(result.end)},
-          {"files",
-           {{"sections", outcome.files.sections.string()},
-            {"parameters", outcome.files.parameters.string()},
-            {"strip_ids", outcome.files.stripIds.string()}}}};
+Json jsonOf(const RoundReport& round) {
+  return Writer::of(round);
 }
 
-Json datumOf(const Json& matching, const Velorn::InputParameter& configuration, bool isRelative,
-             double sectionLength) {
-  Json fixedBy = Json::array(), warnings = Json::array();
-  const auto control = matching["with_ground_truth"].get<std::size_t>();
-  const auto inclined = matching["on_inclined_ground_truth"].get<std::size_t>();
-  const double weight = configuration.CellSizeWeights.front();
-  if (control > 0) {
-    fixedBy.push_back(fmt::format(
-        "{} correspondences with {} patches of ground truth, {} of them on slopes of more than "
-        "10 degrees; weight {}",
-        control, matching["ground_truth_patches"].get<std::size_t>(), inclined, weight));
+Json jsonOf(const GeoreferencingReport& georeferencing) {
+  return Writer::of(georeferencing);
+}
+
+Json jsonOf(const RunReport& run) {
+  RunReport told = run;  // the model stands once, as seen from the root
+  for (auto& round : told.rounds) {
+    if (round.adjustment) round.adjustment->files = {};
   }
-  if (!configuration.LockedStrips.empty()) {
-    fixedBy.push_back(fmt::format("the delivered trajectory of the locked strips {}",
-                                  fmt::join(configuration.LockedStrips, ", ")));
+  if (told.adjustment) told.adjustment->files = {};
+  Json json{{"schema", schema}, {"version", version}};
+  json.update(Writer::of(told));
+  return json;
+}
+
+void fromJson(const Json& json, RasterCounts& counts) {
+  Reader::into(json, counts);
+}
+
+void fromJson(const Json& json, MatchReport& matching) {
+  Reader::into(json, matching);
+}
+
+void fromJson(const Json& json, RoundReport& round) {
+  Reader::into(json, round);
+}
+
+void fromJson(const Json& json, GeoreferencingReport& georeferencing) {
+  Reader::into(json, georeferencing);
+}
+
+void fromJson(const Json& json, RunReport& run) {
+  if (json.at("schema") != schema || json.at("version") != version) {
+    throw Json::other_error::create(501, "not a summary of this version", &json);
   }
-  if (isRelative && control == 0) {
-    if (configuration.LockedStrips.empty()) {
-      fixedBy.push_back("the delivered trajectory, on average");
-    }
-    warnings.push_back(
-        "No ground truth: nothing controls position, height, tilt and scale of the block.");
-  }
-  const auto parts = partsOf(matching);
-  for (const auto& part : parts) {
-    if (parts.size() < 2 || part.isControlled) continue;
-    warnings.push_back(fmt::format(
-        "The strips {} hang together with no other ones and with no ground truth: nothing controls "
-        "where they lie.",
-        fmt::join(part.strips, ", ")));
-  }
-  constexpr double fewestInclined = 0.1;
-  if (control > 0 &&
-      static_cast<double>(inclined) < fewestInclined * static_cast<double>(control)) {
-    warnings.push_back(
-        "Nearly all ground truth is flat: it controls heights; horizontal position and scale of "
-        "the block are hardly controlled.");
-  }
-  const bool isFree = configuration.TypeModel == "LINEAR" || configuration.TypeModel == "SPLINE";
-  if (isFree && control > 0 && weight < 3.0 && configuration.LockedStrips.empty()) {
-    warnings.push_back(fmt::format(
-        "{} sections with weight {} of the ground truth: the noise of the pairs may shrink the "
-        "block; weights of 3 to 5 prevent that.",
-        configuration.TypeModel, weight));
-  }
-  constexpr double shortest = 8.0;
-  if (isFree && sectionLength < shortest) {
-    warnings.push_back(fmt::format(
-        "{} sections of {:.1f} s: a trajectory hardly drifts in so short a time, and the noise of "
-        "the pairs takes the drifts' place; BIAS prevents that.",
-        configuration.TypeModel, sectionLength));
-  }
-  return {{"fixed_by", fixedBy}, {"warnings", warnings}};
+  Reader::into(json, run);
 }
 
 }  // namespace Velorn::Flights

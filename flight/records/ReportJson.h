@@ -1,26 +1,36 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the steps of a run found, as parts of summary.json; docs/run.md describes them. Lengths are
-// metres and angles degrees; a figure that is not known is null.
+// The reports of a run as JSON, written and read: the one place that knows how they look in
+// summary.json and in the records of steps. docs/run.md describes it. A figure that is not known is
+// null.
 #pragma once
 
-#include "flight/chain/Adjustment.h"
-#include "flight/matching/Match.h"
-#include "flight/records/StepRecord.h"
-#include "flight/surfaces/Rasterize.h"
+#include <nlohmann/json_fwd.hpp>
+
+#include <velorn/flight/Reports.h>
 
 namespace Velorn::Flights {
 
-Json reportOf(const RasterCounts& counts);
-Json reportOf(const MatchReport& matching);
-Json reportOf(const AdjustmentOutcome& outcome);
+/// Of a step, for its record.
+/// @{
+nlohmann::ordered_json jsonOf(const RasterCounts& counts);
+nlohmann::ordered_json jsonOf(const MatchReport& matching);
+nlohmann::ordered_json jsonOf(const RoundReport& round);
+nlohmann::ordered_json jsonOf(const GeoreferencingReport& georeferencing);
+/// @}
 
-/// What the user is to know about the datum: what fixes it, and what nothing controls.
-/// @param matching       report of the last matching
-/// @param sectionLength  median of the strips that are not locked [s]; NaN: there is none
-/// @return {"fixed_by": [text], "warnings": [text]}
-Json datumOf(const Json& matching, const Velorn::InputParameter& configuration, bool isRelative,
-             double sectionLength);
+/// What summary.json holds, with its schema and version.
+nlohmann::ordered_json jsonOf(const RunReport& run);
+
+/// The same back into a report.
+/// @throws nlohmann::json::exception for what no such report gives
+/// @{
+void fromJson(const nlohmann::ordered_json& json, RasterCounts& counts);
+void fromJson(const nlohmann::ordered_json& json, MatchReport& matching);
+void fromJson(const nlohmann::ordered_json& json, RoundReport& round);
+void fromJson(const nlohmann::ordered_json& json, GeoreferencingReport& georeferencing);
+void fromJson(const nlohmann::ordered_json& json, RunReport& run);
+/// @}
 
 }  // namespace Velorn::Flights

@@ -3,42 +3,48 @@
 #include "flight/records/StepRecord.h"
 
 #include <fstream>
+#include <nlohmann/json.hpp>
 #include <system_error>
 
+#include "flight/records/ReportJson.h"
+#include "flight/strips/OrFail.h"
 #include "platform/plome/ReplacedFile.h"
-#include <velorn/flight/Error.h>
 
 namespace Velorn::Flights {
+namespace {
 
 namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
 
-Json stampOf(const fs::path& file) {
-  std::error_code fault;
-  Json stamp{{"path", fs::absolute(file).lexically_normal().string()}};
-  const auto size = fs::file_size(file, fault);
-  if (!fault) stamp["bytes"] = size;
-  const auto time = fs::last_write_time(file, fault);
-  if (!fault) stamp["changed"] = time.time_since_epoch().count();
-  return stamp;
+Json jsonOf(const FileStamp& stamp) {
+  return {{"path", stamp.path}, {"bytes", stamp.bytes}, {"changed", stamp.changed}};
 }
 
-Json stampsOf(const std::vector<fs::path>& files) {
-  Json stamps = Json::array();
-  for (const auto& file : files) stamps.push_back(stampOf(file));
-  return stamps;
+bool isUnchanged(const Json& stamp) {
+  const auto path = stamp.at("path").get<std::string>();
+  return stampOf(path) ==
+         FileStamp{path, stamp.at("bytes").get<long long>(), stamp.at("changed").get<long long>()};
 }
 
-std::optional<Json> StepRecord::valid(const Json& key) const {
-  std::ifstream stream(file_);
-  const auto record = Json::parse(stream, nullptr, false);
-  if (!record.is_object() || record.value("key", Json()) != key) return {};
-  const auto outputs = record.value("outputs", Json::array());
-  for (const auto& stamp : outputs) {
-    const bool isStamp = stamp.is_object() && stamp.value("path", Json()).is_string();
-    if (!isStamp || stampOf(stamp["path"].get<std::string>()) != stamp) return {};
+}  // namespace
+
+template <typename Report>
+std::optional<Report> StepRecord::valid(const StepKey& key) const {
+  try {
+    std::ifstream stream(file_);
+    if (!stream) return {};
+    const auto record = Json::parse(stream);
+    // File names are any bytes, of which JSON replaces those that are no UTF-8.
+    if (record.at("key") != key.digest()) return {};
+    for (const auto& stamp : record.at("outputs")) {
+      if (!isUnchanged(stamp)) return {};
+    }
+    Report report;
+    fromJson(record.at("report"), report);
+    return report;
+  } catch (const Json::exception&) {
+    return {};
   }
-  const auto report = record.value("report", Json());
-  return report.is_object() ? std::optional(report) : std::nullopt;
 }
 
 void StepRecord::begin() const {
@@ -47,13 +53,27 @@ void StepRecord::begin() const {
   if (fault) throw Error(file_.string() + ": " + fault.message(), Error::NoSpace);
 }
 
-void StepRecord::finish(const Json& key, const std::vector<fs::path>& outputs,
-                        const Json& report) const {
-  const Json record{{"key", key}, {"outputs", stampsOf(outputs)}, {"report", report}};
+template <typename Report>
+void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
+                        const Report& report) const {
+  Json record{{"key", key.digest()}, {"depends_on", key.lines()}, {"outputs", Json::array()}};
+  for (const auto& file : outputs) record["outputs"].push_back(jsonOf(stampOf(file)));
+  record["report"] = Flights::jsonOf(report);
   const auto text = record.dump(1, ' ', false, Json::error_handler_t::replace);
-  if (const auto fault = Plome::replaceFile(file_, text + "\n"); !fault.empty()) {
-    throw Error(fault, Error::NoSpace);
-  }
+  orFail(Plome::replaceFile(file_, text + "\n"), Error::NoSpace);
 }
+
+template std::optional<RasterCounts> StepRecord::valid(const StepKey& key) const;
+template std::optional<MatchReport> StepRecord::valid(const StepKey& key) const;
+template std::optional<RoundReport> StepRecord::valid(const StepKey& key) const;
+template std::optional<GeoreferencingReport> StepRecord::valid(const StepKey& key) const;
+template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
+                                 const RasterCounts& report) const;
+template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
+                                 const MatchReport& report) const;
+template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
+                                 const RoundReport& report) const;
+template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
+                                 const GeoreferencingReport& report) const;
 
 }  // namespace Velorn::Flights

@@ -1,27 +1,25 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include "flight/report/AdjustmentText.h"
-
+//
+// An adjustment in a few lines for people: how well the strips fit before and after, how the solver
+// ended, and which sections were held constant and why.
 #include <fmt/format.h>
 
+#include <velorn/flight/Reports.h>
+
 namespace Velorn::Flights {
-
 namespace {
-
-using Velorn::PhaseFigures;
 
 constexpr double centimetres = 100.0;
 
-std::string row(const char* name, const OrvekStatistic::Summary& before,
-                const OrvekStatistic::Summary& after) {
-  const auto& [b, a] = std::pair(before.moments, after.moments);
-  if (b.count == 0) return fmt::format("{:<16}{:>10}\n", name, 0);
-  return fmt::format("{:<16}{:>10}{:>12.2f}{:>10.2f}{:>12.2f}{:>10.2f}\n", name, b.count,
-                     centimetres * b.rms, centimetres * before.nmad, centimetres * a.rms,
+std::string row(const char* name, const Fit& before, const Fit& after) {
+  if (before.count == 0) return fmt::format("{:<16}{:>10}\n", name, 0);
+  return fmt::format("{:<16}{:>10}{:>12.2f}{:>10.2f}{:>12.2f}{:>10.2f}\n", name, before.count,
+                     centimetres * before.rms, centimetres * before.nmad, centimetres * after.rms,
                      centimetres * after.nmad);
 }
 
-std::string fit(const PhaseFigures& before, const PhaseFigures& after) {
+std::string fit(const FitReport& before, const FitReport& after) {
   return fmt::format("{:<16}{:>10}{:>12}{:>10}{:>12}{:>10}\n", "point to plane", "number",
                      "RMS before", "NMAD", "RMS after", "NMAD [cm]") +
          row("strip pairs", before.pairs, after.pairs) +
@@ -36,28 +34,25 @@ std::string solverLine(const Velorn::SolverEnd& end) {
       end.residuals, end.estimated, end.parameters);
 }
 
-std::string constantSections(const AdjustmentOutcome& outcome) {
+std::string heldSections(const std::vector<HeldSection>& sections) {
   std::string text;
-  for (const auto& section : outcome.result.sections) {
-    if (!section.isConstant()) continue;
+  for (const auto& section : sections) {
     const char* const why = section.isLocked ? (section.isLow ? "locked, and weak" : "locked")
                                              : "too few correspondences";
-    text +=
-        fmt::format("held constant: section {} of {} ({} correspondences): {}\n", section.section,
-                    outcome.strips.at(section.strip), section.correspondences, why);
+    text += fmt::format("held constant: section {} of {} ({} correspondences): {}\n",
+                        section.section, section.strip, section.correspondences, why);
   }
   return text;
 }
 
 }  // namespace
 
-std::string summaryOf(const AdjustmentOutcome& outcome, bool isControlled) {
-  const auto& result = outcome.result;
+std::string textOf(const AdjustmentReport& adjustment, bool isControlled) {
   std::string text;
-  if (result.after.pairs.moments.count > 0 || result.after.groundTruth.moments.count > 0) {
-    text += fit(result.before, result.after);
+  if (adjustment.after.pairs.count > 0 || adjustment.after.groundTruth.count > 0) {
+    text += fit(adjustment.before, adjustment.after);
   }
-  text += constantSections(outcome) + solverLine(result.end);
+  text += heldSections(adjustment.heldSections) + solverLine(adjustment.solver);
   if (!isControlled) {
     text +=
         "No ground truth was asked for: absolute position and tilt of the block are not "

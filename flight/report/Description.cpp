@@ -13,10 +13,12 @@
 #include <variant>
 
 #include "flight/formats/Sbet.h"
+#include "flight/report/Listing.h"
 #include "flight/strips/OrFail.h"
 #include "platform/geomra/Degree.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
+#include <velorn/flight/Describe.h>
 
 namespace Velorn::Flights {
 
@@ -200,6 +202,24 @@ Description describe(const std::filesystem::path& file) {
     description.faults.emplace_back(failure.what());
   }
   return description;
+}
+
+FileDescription describeFile(const std::filesystem::path& file) {
+  const Description one = describe(file);
+  return {listingOf(one.document), one.faults};
+}
+
+FileDescription documentFiles(const std::vector<std::filesystem::path>& files) {
+  Json documents = Json::array();
+  FileDescription all;
+  for (const auto& file : files) {
+    Description one = describe(file);
+    documents.push_back(std::move(one.document));
+    all.faults.insert(all.faults.end(), one.faults.begin(), one.faults.end());
+  }
+  const Json document{{"files", std::move(documents)}};
+  all.text = document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  return all;
 }
 
 }  // namespace Velorn::Flights

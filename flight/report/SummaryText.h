@@ -1,10 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+//
+// The summary of a run: a sentence of it that is tested alone.
 #pragma once
 
 #include <string>
 
-#include "flight/records/StepRecord.h"
+#include <velorn/flight/Reports.h>
 
 namespace Velorn::Flights {
 
@@ -14,8 +16,5 @@ namespace Velorn::Flights {
 /// @param farthestForward  largest amount of a forward scanner coordinate [m]
 /// @return empty where there is nothing to say
 std::string idleScaleText(double scale, double farthestForward);
-
-/// summary.json as tables for people.
-std::string summaryText(const Json& summary);
 
 }  // namespace Velorn::Flights

@@ -1,14 +1,23 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include "flight/settings/ModelSettings.h"
+#include <algorithm>
+#include <array>
+#include <string_view>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <velorn/flight/Error.h>
+#include <velorn/flight/Settings.h>
 
 namespace Velorn::Flights {
+namespace {
 
-void apply(Model& model, std::size_t strips) {
+constexpr std::array<std::string_view, 4> blocks{"offsets", "scales", "misalignment", "lever-arm"};
+
+}  // namespace
+
+void complete(ModelSettings& model, std::size_t strips) {
   auto& configuration = model.configuration;
   configuration.DefaultInterval.assign(3, model.interval);
   for (const int strip : model.locked) {
@@ -17,13 +26,24 @@ void apply(Model& model, std::size_t strips) {
                 Error::BadSettings);
   }
   configuration.LockedStrips = {model.locked.begin(), model.locked.end()};
-  if (model.isRelative) model.settings.fewestGroundTruth = 0;
   for (const auto& block : model.held) {
-    if (block == "offsets") model.settings.estimateOffsets = false;
-    if (block == "scales") model.settings.estimateScales = false;
-    if (block == "misalignment") model.settings.estimateMisalignment = false;
-    if (block == "lever-arm") model.settings.estimateLeverArm = false;
+    if (std::ranges::find(blocks, block) != blocks.end()) continue;
+    throw Error(fmt::format("--hold {}: not one of {}", block, fmt::join(blocks, ", ")),
+                Error::BadSettings);
   }
+}
+
+Velorn::AdjustmentSettings solverSettingsOf(const ModelSettings& model) {
+  const auto isFree = [&](std::string_view block) {
+    return std::ranges::find(model.held, block) == model.held.end();
+  };
+  Velorn::AdjustmentSettings settings;
+  settings.estimateOffsets = isFree("offsets");
+  settings.estimateScales = isFree("scales");
+  settings.estimateMisalignment = isFree("misalignment");
+  settings.estimateLeverArm = isFree("lever-arm");
+  if (model.isRelative) settings.fewestGroundTruth = 0;
+  return settings;
 }
 
 }  // namespace Velorn::Flights

@@ -1,7 +1,5 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include "flight/settings/Settings.h"
-
 #include <algorithm>
 #include <array>
 #include <map>
@@ -12,6 +10,7 @@
 #include <glob.h>
 
 #include "flight/strips/OrFail.h"
+#include <velorn/flight/Settings.h>
 
 namespace Velorn::Flights {
 
@@ -64,7 +63,7 @@ void requireFile(const char* key, const std::string& file) {
 }
 
 /// Rasters and adjusted strips have the file names of the strips.
-void checkNames(const Project& project) {
+void checkNames(const FlightSettings& settings) {
   std::map<std::string, std::string> names;
   const auto add = [&](const std::string& file) {
     const auto [other, isNew] = names.emplace(fs::path(file).stem().string(), file);
@@ -72,40 +71,40 @@ void checkNames(const Project& project) {
     throw Error(fmt::format("{} and {}: two files of one name; their rasters would collide",
                             other->second, file));
   };
-  for (const auto& strip : project.strips) add(strip);
-  if (!project.groundTruth.empty()) add(project.groundTruth);
+  for (const auto& strip : settings.strips) add(strip);
+  if (!settings.groundTruth.empty()) add(settings.groundTruth);
 }
 
-void checkFiles(const Project& project) {
-  if (project.strips.empty()) throw Error("strips: none were named", Error::BadSettings);
-  if (project.trajectories.empty()) throw Error("trajectory: none was named", Error::BadSettings);
-  for (const auto& strip : project.strips) requireFile("strips", strip);
-  for (const auto& file : project.trajectories) {
+void checkFiles(const FlightSettings& settings) {
+  if (settings.strips.empty()) throw Error("strips: none were named", Error::BadSettings);
+  if (settings.trajectories.empty()) throw Error("trajectory: none was named", Error::BadSettings);
+  for (const auto& strip : settings.strips) requireFile("strips", strip);
+  for (const auto& file : settings.trajectories) {
     requireFile("trajectory", file);
     if (file.find(',') == std::string::npos) continue;
     throw Error(fmt::format("trajectory: {}: the name must not hold a comma", file));
   }
-  if (!project.groundTruth.empty()) requireFile("ground-truth", project.groundTruth);
-  if (project.groundTruth.find(',') != std::string::npos) {
+  if (!settings.groundTruth.empty()) requireFile("ground-truth", settings.groundTruth);
+  if (settings.groundTruth.find(',') != std::string::npos) {
     throw Error(
-        fmt::format("ground-truth: {}: the name must not hold a comma", project.groundTruth));
+        fmt::format("ground-truth: {}: the name must not hold a comma", settings.groundTruth));
   }
-  if (project.groundTruth.empty() && !project.model.isRelative) {
+  if (settings.groundTruth.empty() && !settings.model.isRelative) {
     throw Error(
         "ground-truth: none was named. The absolute position of the block hangs on it; "
         "relative = true goes without",
         Error::BadSettings);
   }
-  checkNames(project);
+  checkNames(settings);
 }
 
-void checkSteps(const Project& project) {
-  for (const auto& word : project.steps) {
+void checkSteps(const FlightSettings& settings) {
+  for (const auto& word : settings.steps) {
     if (std::ranges::find(stepWords, word) != stepWords.end()) continue;
     throw Error(fmt::format("steps: {}: not one of {}", word, fmt::join(stepWords, " ")),
                 Error::BadSettings);
   }
-  const auto has = [&](const char* word) { return std::ranges::count(project.steps, word) > 0; };
+  const auto has = [&](const char* word) { return std::ranges::count(settings.steps, word) > 0; };
   if (has("+adjustment") && !has("+optimization")) {
     throw Error(
         "steps: +adjustment takes the model that +optimization makes; `velorn georeference` takes "
@@ -116,26 +115,23 @@ void checkSteps(const Project& project) {
 
 }  // namespace
 
-void complete(Project& project) {
-  checkSteps(project);
-  expand(project.strips, "strips");
-  expand(project.trajectories, "trajectory");
-  std::ranges::sort(project.strips, [](const fs::path& a, const fs::path& b) { return a < b; });
-  apply(project.model, project.strips.size());
-  checkFiles(project);
-  auto& configuration = project.configuration();
+void complete(FlightSettings& settings) {
+  checkSteps(settings);
+  expand(settings.strips, "strips");
+  expand(settings.trajectories, "trajectory");
+  std::ranges::sort(settings.strips, [](const fs::path& a, const fs::path& b) { return a < b; });
+  complete(settings.model, settings.strips.size());
+  checkFiles(settings);
+  auto& configuration = settings.configuration();
   // The records of a run stay true when the next one is called from elsewhere.
   if (!configuration.RootPath.empty()) {
     configuration.RootPath = fs::absolute(configuration.RootPath).lexically_normal();
   }
-  configuration.Options = Plome::FlagList(fmt::format("{}", fmt::join(project.steps, " ")), ' ');
-  configuration.GroundTruth = project.groundTruth;
-  configuration.Trajectories = fmt::format("{}", fmt::join(project.trajectories, ","));
-  configuration.StripFiles = std::make_shared<Plome::StringList>(project.strips);
-  project.match.neighbours = project.raster.neighbours;
-  project.match.neighbourRadius = project.raster.neighbourRadius;
+  configuration.Options = Plome::FlagList(fmt::format("{}", fmt::join(settings.steps, " ")), ' ');
+  configuration.GroundTruth = settings.groundTruth;
+  configuration.Trajectories = fmt::format("{}", fmt::join(settings.trajectories, ","));
+  configuration.StripFiles = std::make_shared<Plome::StringList>(settings.strips);
   orFail(configuration.check());
-  check(configuration, project.raster);
 }
 
 }  // namespace Velorn::Flights

@@ -84,7 +84,7 @@ void append(std::vector<Patch>& chosen, std::vector<Patch>& pool, std::size_t co
 }  // namespace
 
 std::vector<Patch> controlPatches(const Terrain& terrain, const FlightPlan& plan,
-                                  const Options& options) {
+                                  const SimulationSettings& options) {
   std::vector<Patch> steepOnes, inclinedOnes, flatOnes;
   for (std::uint32_t i = 0; i < terrain.planes().size(); ++i) {
     auto patch = patchOn(terrain, plan, i);

@@ -23,6 +23,6 @@ struct Patch {
 /// control all are horizontal.
 /// @throws Error when the flown area has too few surfaces for that
 std::vector<Patch> controlPatches(const Terrain& terrain, const FlightPlan& plan,
-                                  const Options& options);
+                                  const SimulationSettings& options);
 
 }  // namespace Velorn::Flights::Simulation

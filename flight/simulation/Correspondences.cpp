@@ -43,7 +43,7 @@ std::vector<Place> placesOf(const std::vector<Patch>& patches) {
   return places;
 }
 
-std::vector<PairedSides> pairsOf(const MeasuredFlight& flight, const Options& options) {
+std::vector<PairedSides> pairsOf(const MeasuredFlight& flight, const SimulationSettings& options) {
   std::vector<PlacesOnPlanes> sides;
   for (const auto& echoes : flight.strips) {
     sides.emplace_back(placesOf(echoes), flight.planes.size());
@@ -102,7 +102,7 @@ class Beings {
 
 }  // namespace
 
-std::size_t saveCorrespondences(const MeasuredFlight& flight, const Options& options,
+std::size_t saveCorrespondences(const MeasuredFlight& flight, const SimulationSettings& options,
                                 OutputFolder& out) {
   const auto all = pairsOf(flight, options);
   checkEnough(all, flight.strips.size());

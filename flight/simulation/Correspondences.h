@@ -36,7 +36,7 @@ struct MeasuredFlight {
 /// @return the number of correspondences; below options.correspondences when there are no more
 /// @throws Error: a strip without any, fewer with the ground truth than an adjustment wants (then
 ///         nothing is written), or a file that cannot be written
-std::size_t saveCorrespondences(const MeasuredFlight& flight, const Options& options,
+std::size_t saveCorrespondences(const MeasuredFlight& flight, const SimulationSettings& options,
                                 OutputFolder& out);
 
 }  // namespace Velorn::Flights::Simulation

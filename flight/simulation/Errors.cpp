@@ -55,12 +55,12 @@ MountingValues nominalMounting() {
   return mounting;
 }
 
-MountingValues trueMounting(const Options& options) {
+MountingValues trueMounting(const SimulationSettings& options) {
   MountingValues mounting = nominalMounting();
-  mounting.offsets = options.scaleOf("offsets") * Vector3d(0.03, 0.01 * degree, 0.01 * degree);
-  mounting.scales = options.scaleOf("scales") * Vector3d(1e-4, 1e-4, 1e-4);
-  mounting.misalignment += options.scaleOf("misalignment") * degree * Vector3d(0.05, -0.03, 0.1);
-  mounting.leverArm += options.scaleOf("lever-arm") * Vector3d(0.05, -0.05, 0.05);
+  mounting.offsets = scaleOf(options, "offsets") * Vector3d(0.03, 0.01 * degree, 0.01 * degree);
+  mounting.scales = scaleOf(options, "scales") * Vector3d(1e-4, 1e-4, 1e-4);
+  mounting.misalignment += scaleOf(options, "misalignment") * degree * Vector3d(0.05, -0.03, 0.1);
+  mounting.leverArm += scaleOf(options, "lever-arm") * Vector3d(0.05, -0.05, 0.05);
   return mounting;
 }
 
@@ -78,12 +78,12 @@ Pose StripErrors::added(const Pose& pose, double time, double factor) const {
           pose.attitude + factor * vectorOf(attitude.at(dt))};
 }
 
-StripErrors drawnErrors(const Options& options, std::uint64_t strip, double firstTime) {
+StripErrors drawnErrors(const SimulationSettings& options, std::uint64_t strip, double firstTime) {
   Random random(options.seed, Draw::errors, strip);
   StripErrors errors;
   errors.firstTime = firstTime;
-  errors.position = drawn(ofPosition, options.scaleOf("position"), random);
-  errors.attitude = drawn(ofAttitude, options.scaleOf("attitude"), random);
+  errors.position = drawn(ofPosition, scaleOf(options, "position"), random);
+  errors.attitude = drawn(ofAttitude, scaleOf(options, "attitude"), random);
   return errors;
 }
 

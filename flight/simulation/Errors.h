@@ -26,7 +26,7 @@ struct MountingValues {
 MountingValues nominalMounting();
 
 /// What is true: the nominal one plus errors of fixed size, times the factors of the options.
-MountingValues trueMounting(const Options& options);
+MountingValues trueMounting(const SimulationSettings& options);
 
 /// Corrections of three components, dt the seconds since the strip's first GPS time:
 ///   constant + linear dt + amplitude sin(2 π dt / period + phase)
@@ -55,7 +55,7 @@ struct StripErrors {
 
 /// @param strip      place in the order flown
 /// @param firstTime  of the strip's points [s of week]
-StripErrors drawnErrors(const Options& options, std::uint64_t strip, double firstTime);
+StripErrors drawnErrors(const SimulationSettings& options, std::uint64_t strip, double firstTime);
 
 /// The trajectory as it is delivered: the true one minus the corrections, at every record. Before
 /// and after a strip they fade away while the aircraft flies straight.

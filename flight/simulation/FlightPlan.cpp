@@ -38,7 +38,7 @@ PlannedStrip reversed(const PlannedStrip& strip) {
 
 }  // namespace
 
-FlightPlan::FlightPlan(const Options& options) {
+FlightPlan::FlightPlan(const SimulationSettings& options) {
   addStrips(options);
   for (std::size_t i = 0; i < strips_.size(); ++i) {
     if (i > 0) addTurn(strips_[i - 1], strips_[i]);
@@ -46,7 +46,7 @@ FlightPlan::FlightPlan(const Options& options) {
   }
 }
 
-void FlightPlan::addStrips(const Options& options) {
+void FlightPlan::addStrips(const SimulationSettings& options) {
   const double swath = swathOf(options.height), spacing = (1.0 - overlap) * swath;
   const double width = (options.strips - 1) * spacing;
   const auto add = [&](const PlannedStrip& strip) {

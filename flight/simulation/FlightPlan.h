@@ -41,7 +41,7 @@ class FlightPlan {
   static constexpr double beginning = 302400.0;  ///< [s of week]
   static constexpr unsigned int week = 2318;     ///< GPS week
 
-  explicit FlightPlan(const Options& options);
+  explicit FlightPlan(const SimulationSettings& options);
 
   const std::vector<PlannedStrip>& strips() const { return strips_; }
   double lastTime() const { return legs_.back().end; }  ///< of the flight [s of week]
@@ -60,7 +60,7 @@ class FlightPlan {
     std::array<vector, 6> c;
   };
 
-  void addStrips(const Options& options);
+  void addStrips(const SimulationSettings& options);
   void addStraight(PlannedStrip& strip);
   void addTurn(const PlannedStrip& from, const PlannedStrip& to);
 

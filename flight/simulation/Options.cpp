@@ -27,7 +27,7 @@ void checkKind(const std::string& word) {
 
 }  // namespace
 
-void check(const Options& options) {
+void check(const SimulationSettings& options) {
   checkRange("--points", static_cast<double>(options.points), 1000, 2e9);
   checkRange("--strips", options.strips, 2, 30);
   checkRange("--length", options.length, 500, 20'000);

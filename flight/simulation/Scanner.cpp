@@ -19,7 +19,7 @@ constexpr double tiltOfMirror = 0.2 * degree;
 
 }  // namespace
 
-Scanner::Scanner(const Options& options, const FlightPlan& plan) {
+Scanner::Scanner(const SimulationSettings& options, const FlightPlan& plan) {
   double seconds = 0.0;
   for (const auto& strip : plan.strips()) seconds += strip.duration();
   rate_ = static_cast<double>(options.points) / seconds;

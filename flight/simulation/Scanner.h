@@ -21,7 +21,7 @@ struct Pulse {
 class Scanner {
  public:
   /// Divides the pulses among the strips by their duration.
-  Scanner(const Options& options, const FlightPlan& plan);
+  Scanner(const SimulationSettings& options, const FlightPlan& plan);
 
   std::size_t pulsesIn(const PlannedStrip& strip) const;
   Pulse pulse(const PlannedStrip& strip, std::size_t number) const;

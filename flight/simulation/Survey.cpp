@@ -85,7 +85,7 @@ double brightnessOf(Surface surface, double range) {
 
 }  // namespace
 
-Survey::Survey(const Options& options, const FlightPlan& plan, const Terrain& terrain,
+Survey::Survey(const SimulationSettings& options, const FlightPlan& plan, const Terrain& terrain,
                const Track& track, const MountingValues& mounting, const Projection& projection)
     : options_(options),
       plan_(plan),

@@ -28,8 +28,8 @@ struct Echo {
 /// The true state of the flight. It refers to what it is made of, and only reads it.
 class Survey {
  public:
-  Survey(const Options& options, const FlightPlan& plan, const Terrain& terrain, const Track& track,
-         const MountingValues& mounting, const Projection& projection);
+  Survey(const SimulationSettings& options, const FlightPlan& plan, const Terrain& terrain,
+         const Track& track, const MountingValues& mounting, const Projection& projection);
 
   /// Time of the first pulse of a strip that gives a point [s of week].
   /// @throws Error when none does
@@ -41,7 +41,7 @@ class Survey {
  private:
   std::optional<Echo> measure(std::size_t strip, std::size_t number) const;
 
-  const Options& options_;
+  const SimulationSettings& options_;
   const FlightPlan& plan_;
   const Terrain& terrain_;
   const Track& track_;

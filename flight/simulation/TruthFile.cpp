@@ -59,7 +59,7 @@ Json stripOf(const StripTruth& strip) {
           {"attitude", correctionOf("deg", strip.errors.attitude, 1.0 / degree)}};
 }
 
-Json optionsOf(const Options& options) {
+Json optionsOf(const SimulationSettings& options) {
   return {{"seed", options.seed},
           {"points", options.points},
           {"strips", options.strips},
@@ -76,7 +76,7 @@ Json optionsOf(const Options& options) {
 
 }  // namespace
 
-std::string truthText(const Options& options, const MountingValues& nominal,
+std::string truthText(const SimulationSettings& options, const MountingValues& nominal,
                       const MountingValues& real, const std::vector<StripTruth>& strips) {
   Json truth{{"format", "velorn synthetic flight"},
              {"version", 1},

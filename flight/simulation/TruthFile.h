@@ -24,7 +24,7 @@ struct StripTruth {
 };
 
 /// Every injected error, as docs/simulation.md describes it.
-std::string truthText(const Options& options, const MountingValues& nominal,
+std::string truthText(const SimulationSettings& options, const MountingValues& nominal,
                       const MountingValues& real, const std::vector<StripTruth>& strips);
 
 /// One line per plane: number, class, a point [m] and the unit normal.

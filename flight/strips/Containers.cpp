@@ -1,20 +1,19 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include "flight/strips/Containers.h"
-
 #include <utility>
 
 #include <fmt/format.h>
 
+#include "flight/strips/GridFile.h"
 #include "flight/strips/OrFail.h"
+#include "flight/strips/Surfaces.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
+#include <velorn/CorrespondenceBlock.h>
+#include <velorn/flight/Containers.h>
 
 namespace Velorn::Flights {
 namespace {
-
-using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
 
 /// Slice at time 0 with one grid, as every file of a run has it.
 class OneGrid {
@@ -51,6 +50,21 @@ class OneGrid {
   Strandel::GridPtr grid_;
 };
 
+/// What is in a column may be left out of a container.
+template <Strandel::Value T>
+void readIfThere(const GridFile& file, const char* chart, const char* name,
+                 std::vector<T>& column) {
+  const auto values = file.grid().chart(chart);
+  if (!values || !values->field(name)) return;
+  const bool isWorld = chart == std::string(Strandel::worldChartName);
+  column = *(isWorld ? file.world<T>(name) : file.scanner<T>(name)).whole();
+}
+
+CorrespondenceColumns::Side sideOf(const Velorn::SphericalBeingData& data) {
+  return {data.weekNumber, *data.world,   *data.scanner,
+          *data.times,     *data.normals, *data.directionDeltas};
+}
+
 }  // namespace
 
 void saveStrip(const std::filesystem::path& file, StripColumns columns) {
@@ -67,7 +81,7 @@ void saveStrip(const std::filesystem::path& file, StripColumns columns) {
   one.addUnlessEmpty(*world, "PointSourceID", std::move(columns.pointSourceId));
   one.addUnlessEmpty(*world, "SourceIndex", std::move(columns.sourceIndex));
   if (!columns.sourceFile.empty()) one.grid().attributes().set("SourceFile", columns.sourceFile);
-  if (!columns.scanner.empty()) {
+  if (!columns.scanner.empty() || !columns.directions.empty()) {
     const auto scanner = one.scanner();
     one.add(*scanner, "Positions", std::move(columns.scanner));
     scanner->shareField(times);
@@ -108,6 +122,38 @@ void saveSurfaces(const std::filesystem::path& file, SurfaceColumns columns) {
   one.add(*world, "Positions", std::move(columns.positions));
   one.add(*world, "Plane", std::move(columns.plane));
   one.save();
+}
+
+StripColumns loadStrip(const std::filesystem::path& path) {
+  const GridFile file(path);
+  StripColumns strip;
+  strip.week = file.week();
+  strip.world = *file.world<Geomra::PhysicalSpace::point>("Positions").whole();
+  strip.times = *file.world<double>("GPSTime").whole();
+  constexpr auto* world = Strandel::worldChartName;
+  constexpr auto* scanner = Strandel::scannerChartName;
+  readIfThere(file, scanner, "Positions", strip.scanner);
+  readIfThere(file, scanner, "Waveforms.DirectionDelta", strip.directions);
+  readIfThere(file, world, "NormalVector", strip.normals);
+  readIfThere(file, world, "ReturnNumber", strip.returnNumber);
+  readIfThere(file, world, "NumberOfReturns", strip.numberOfReturns);
+  readIfThere(file, world, "Classification", strip.classification);
+  readIfThere(file, world, "Amplitude", strip.amplitude);
+  readIfThere(file, world, "PointSourceID", strip.pointSourceId);
+  readIfThere(file, world, "SourceIndex", strip.sourceIndex);
+  strip.sourceFile = file.grid().attributes().text("SourceFile").value_or("");
+  return strip;
+}
+
+CorrespondenceColumns loadCorrespondences(const std::filesystem::path& path) {
+  const Velorn::CorrespondenceBlock block(path, std::make_shared<Strandel::MyStorage>(0, 0, 0, 1));
+  orFail(block.errorText());
+  if (block.sideI().size() != block.sideJ().size()) {
+    throw Error(fmt::format("{}: its sides have {} and {} points", path.string(),
+                            block.sideI().size(), block.sideJ().size()));
+  }
+  return {sideOf(block.sideI()), sideOf(block.sideJ()), block.isGroundTruth(),
+          *block.sideI().classes};
 }
 
 }  // namespace Velorn::Flights

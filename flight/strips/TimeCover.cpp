@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "flight/strips/GpsWeek.h"
+#include <velorn/flight/Reports.h>
 
 namespace Velorn::Flights {
 namespace {
@@ -18,6 +19,10 @@ bool fits(const TimeSpan& trajectory, const TimeSpan& strip, double shift) {
 }
 
 }  // namespace
+
+std::string timesText(double first, double last, std::int64_t week) {
+  return timesText(TimeSpan{first, last}, week);
+}
 
 std::string timesText(const TimeSpan& span, std::int64_t week) {
   return fmt::format("{:.3f} to {:.3f} s of week {}", span.first, span.last, week);

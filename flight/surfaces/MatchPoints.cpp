@@ -7,7 +7,6 @@
 
 #include <fmt/format.h>
 
-#include "flight/matching/Correspondence.h"
 #include "flight/surfaces/SearchLoop.h"
 #include "platform/morvane/Console.h"
 

@@ -14,7 +14,7 @@ namespace {
 
 class Classifier {
  public:
-  Classifier(const PointsToClassify& points, const RasterOptions& options)
+  Classifier(const PointsToClassify& points, const RasterSettings& options)
       : points_(points),
         limit_(static_cast<float>(options.maxRoughness)),
         steepest_(std::cos(options.slopeLimit * std::numbers::pi / 180.0)) {
@@ -55,7 +55,7 @@ class Classifier {
 
 }  // namespace
 
-std::vector<std::uint8_t> classCodes(const PointsToClassify& points, const RasterOptions& options,
+std::vector<std::uint8_t> classCodes(const PointsToClassify& points, const RasterSettings& options,
                                      RasterCounts& counts) {
   const Classifier classifier(points, options);
   std::vector<std::uint8_t> codes(points.places.size(), noTerrain);

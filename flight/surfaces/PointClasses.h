@@ -25,7 +25,7 @@ struct PointsToClassify {
 
 /// Values of RigorousClassification, and all counts but those of selected points and surfaces.
 /// @param counts  gets them
-std::vector<std::uint8_t> classCodes(const PointsToClassify& points, const RasterOptions& options,
+std::vector<std::uint8_t> classCodes(const PointsToClassify& points, const RasterSettings& options,
                                      RasterCounts& counts);
 
 }  // namespace Velorn::Flights

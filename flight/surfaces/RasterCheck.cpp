@@ -39,7 +39,7 @@ void checkPerClass(const char* name, const std::vector<double>& values, double l
 
 }  // namespace
 
-void check(const Velorn::InputParameter& configuration, const RasterOptions& options) {
+void check(const Velorn::InputParameter& configuration, const RasterSettings& options) {
   checkBetween("neighbours", options.neighbours, fewestForPlane, 1000);
   checkBetween("neighbour-radius", options.neighbourRadius, 0.01, 1000);
   checkBetween("max-roughness", options.maxRoughness, 0, 1000);

@@ -28,7 +28,7 @@ constexpr std::size_t classes = std::tuple_size_v<PerClass>;
 class StripRasterizing {
  public:
   StripRasterizing(const fs::path& path, const Velorn::InputParameter& configuration,
-                   const RasterOptions& options, Kestrum::LoaderProgress& progress)
+                   const RasterSettings& options, Kestrum::LoaderProgress& progress)
       : configuration_(configuration),
         options_(options),
         progress_(progress),
@@ -175,7 +175,7 @@ class StripRasterizing {
   }
 
   const Velorn::InputParameter& configuration_;
-  const RasterOptions& options_;
+  const RasterSettings& options_;
   Kestrum::LoaderProgress& progress_;
   Selection selection_;
   GridFile strip_;
@@ -198,7 +198,7 @@ RasterCounts withMemory(const fs::path& strip, const Work& work) {
 
 RasterCounts rasterizeStrip(const fs::path& strip, const fs::path& raster,
                             const Velorn::InputParameter& configuration,
-                            const RasterOptions& options, Kestrum::LoaderProgress& progress) {
+                            const RasterSettings& options, Kestrum::LoaderProgress& progress) {
   check(configuration, options);
   refuseSameFile(strip, raster);
   return withMemory(
@@ -207,7 +207,7 @@ RasterCounts rasterizeStrip(const fs::path& strip, const fs::path& raster,
 
 RasterCounts rasterizeView(const fs::path& strip, const StripView& view, const fs::path& raster,
                            const Velorn::InputParameter& configuration,
-                           const RasterOptions& options, Kestrum::LoaderProgress& progress) {
+                           const RasterSettings& options, Kestrum::LoaderProgress& progress) {
   check(configuration, options);
   refuseSameFile(strip, raster);
   return withMemory(strip, [&] {

@@ -6,41 +6,16 @@
 //     const RasterCounts counts = rasterizeStrip(strip, raster, configuration, options, progress);
 #pragma once
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 
 #include "flight/surfaces/Solution.h"
 #include "platform/kestrum/LoaderProgress.h"
 #include <velorn/InputParameter.h>
+#include <velorn/flight/Reports.h>
+#include <velorn/flight/Settings.h>
 
 namespace Velorn::Flights {
-
-/// What a surface element is, beside what the configuration says.
-struct RasterOptions {
-  unsigned int neighbours = 16;  ///< points that a plane is fitted to, the point itself included
-  double neighbourRadius = 5.0;  ///< they lie within [m]
-  double maxRoughness = 0.05;    ///< of a planar neighbourhood, however rough those about it [m]
-  double slopeLimit = 3.0;       ///< ground steeper than that is a slope [degree]
-};
-
-/// Points by the class index: ground truth, roof, slope, bed points, flat.
-using PerClass = std::array<std::size_t, 5>;
-
-/// Where the points of a strip went.
-struct RasterCounts {
-  std::size_t points = 0;
-  std::size_t notFinite = 0;     ///< a coordinate or the time is not finite
-  std::size_t notFirst = 0;      ///< another point stands for its cube
-  std::size_t notLast = 0;       ///< an echo that is not the last of its pulse
-  std::size_t notPlanar = 0;     ///< no plane through the neighbours, or a rough one
-  std::size_t notTerrain = 0;    ///< vegetation, water, noise and the like by the file's classes
-  std::size_t notSelected = 0;   ///< by the selection or the amplitude limits
-  PerClass surface{};            ///< the rest: planar points of each class
-  PerClass representatives{};    ///< of these, those in the raster
-  double medianRoughness = 0.0;  ///< of the planar points [m]; 0 without any
-};
 
 /// Writes normals and classes into the strip, and the raster. What the owner of the strip wrote in
 /// their place is kept under other names. The strip is replaced first; both are written beside
@@ -49,7 +24,7 @@ struct RasterCounts {
 /// @throws Error, naming the strip, for one that cannot be used or written
 RasterCounts rasterizeStrip(const std::filesystem::path& strip, const std::filesystem::path& raster,
                             const Velorn::InputParameter& configuration,
-                            const RasterOptions& options, Kestrum::LoaderProgress& progress);
+                            const RasterSettings& options, Kestrum::LoaderProgress& progress);
 
 /// How a strip is looked at in a round that goes from coarse to fine.
 struct StripView {
@@ -64,7 +39,7 @@ struct StripView {
 RasterCounts rasterizeView(const std::filesystem::path& strip, const StripView& view,
                            const std::filesystem::path& raster,
                            const Velorn::InputParameter& configuration,
-                           const RasterOptions& options, Kestrum::LoaderProgress& progress);
+                           const RasterSettings& options, Kestrum::LoaderProgress& progress);
 
 /// How far neighbouring last echoes of a strip are apart [m], see `spacingOf`.
 /// @param radius  within which 16 points are expected [m]
@@ -78,6 +53,6 @@ RasterCounts rasterizeGroundTruth(const std::filesystem::path& groundTruth,
 
 /// Looks for what can be known before any work: an expression that is none, options beyond sense.
 /// @throws Error that names the option or shows the place in the expression
-void check(const Velorn::InputParameter& configuration, const RasterOptions& options);
+void check(const Velorn::InputParameter& configuration, const RasterSettings& options);
 
 }  // namespace Velorn::Flights

@@ -7,43 +7,37 @@
 
 #include <fmt/format.h>
 
-#include "flight/chain/Adjustment.h"
-#include "flight/report/AdjustmentText.h"
 #include "host/commands/Commands.h"
 #include "host/project/ModelOptions.h"
-#include "host/terminal/LibraryMessages.h"
-#include "host/terminal/Progress.h"
-#include <velorn/flight/Error.h>
+#include "host/terminal/Telling.h"
+#include <velorn/flight/Adjust.h>
 
 using namespace Velorn::Flights;
 
 namespace {
 
 struct AdjustCall {
-  AdjustmentJob job;
-  Model model;
+  AdjustmentInput input;
+  ModelSettings model;
   bool quiet = false;
 };
 
-AdjustmentOutcome adjustWithProgress(const AdjustCall& call) {
-  const auto progress = std::make_shared<Progress>(call.quiet);
-  const LibraryMessages messages(*progress, call.quiet);
-  return adjust(call.job, progress);
-}
-
 void run(AdjustCall& call) {
-  apply(call.model, call.job.strips.size());
-  call.job.configuration = call.model.configuration;
-  call.job.settings = call.model.settings;
-  if (call.job.correspondences.empty()) {
-    const auto& configuration = call.job.configuration;
-    call.job.correspondences = configuration.RootPath / configuration.getCorrespondencePath();
+  auto& input = call.input;
+  complete(call.model, input.strips.size());
+  input.configuration = call.model.configuration;
+  input.settings = solverSettingsOf(call.model);
+  if (input.correspondences.empty()) {
+    input.correspondences =
+        input.configuration.RootPath / input.configuration.getCorrespondencePath();
   }
-  checkJob(call.job);
-  const AdjustmentOutcome outcome = adjustWithProgress(call);
-  fmt::print("{}", summaryOf(outcome, call.job.settings.fewestGroundTruth > 0));
-  requireConvergence(outcome.result.end, "raise --iterations");
-  fmt::print("parameters written to {}\n", outcome.files.parameters.string());
+  const AdjustmentReport report = [&] {
+    Telling telling(call.quiet);
+    return adjust(input, telling.watch());
+  }();
+  fmt::print("{}", textOf(report, input.settings.fewestGroundTruth > 0));
+  requireConvergence(report.solver, "raise --iterations");
+  fmt::print("parameters written to {}\n", report.files.parameters.string());
 }
 
 }  // namespace
@@ -53,12 +47,12 @@ void addAdjust(CLI::App& app) {
   auto& command = *app.add_subcommand(
       "adjust",
       "Estimates the corrections of sensor, mounting and trajectory from correspondences");
-  auto& job = call->job;
-  command.add_option("STRIP", job.strips, "strip containers")->required()->type_name("FILE");
-  command.add_option("--trajectory", job.trajectories, "trajectory containers")
+  auto& input = call->input;
+  command.add_option("STRIP", input.strips, "strip containers")->required()->type_name("FILE");
+  command.add_option("--trajectory", input.trajectories, "trajectory containers")
       ->required()
       ->type_name("FILE");
-  command.add_option("--ground-truth", job.groundTruth, "ground-truth container")
+  command.add_option("--ground-truth", input.groundTruth, "ground-truth container")
       ->required()
       ->type_name("FILE");
   command
@@ -67,7 +61,7 @@ void addAdjust(CLI::App& app) {
       ->required()
       ->type_name("FOLDER");
   command
-      .add_option("--correspondences", job.correspondences,
+      .add_option("--correspondences", input.correspondences,
                   "folder of correspondence containers; default: 03_correspondences in the root")
       ->type_name("FOLDER");
   command

@@ -20,3 +20,6 @@ void addExport(CLI::App& app);
 void addInit(CLI::App& app);
 void addRasterize(CLI::App& app);
 void addMatch(CLI::App& app);
+void addHelp(CLI::App& app);
+void addCompletion(CLI::App& app);
+void addManPage(CLI::App& app);

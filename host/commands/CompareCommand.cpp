@@ -6,11 +6,9 @@
 
 #include <fmt/format.h>
 
-#include "flight/chain/AdjustedStrips.h"
-#include "flight/comparison/Comparison.h"
 #include "host/commands/Commands.h"
-#include "host/terminal/LibraryMessages.h"
-#include "host/terminal/Progress.h"
+#include "host/terminal/Telling.h"
+#include <velorn/flight/Compare.h>
 
 using namespace Velorn::Flights;
 
@@ -21,17 +19,12 @@ struct CompareCall {
   bool json = false, quiet = false;
 };
 
-Velorn::Flights::Comparison::Report compareWithProgress(const CompareCall& call) {
-  Progress progress(call.quiet);
-  const LibraryMessages messages(progress, call.quiet);
-  return Velorn::Flights::Comparison::compare(
-      call.truth, call.result, call.adjusted.empty() ? call.result / adjustedFolder : call.adjusted,
-      progress);
-}
-
 void run(const CompareCall& call) {
-  const auto report = compareWithProgress(call);
-  fmt::print("{}", call.json ? jsonOf(report) : textOf(report));
+  const auto report = [&] {
+    Telling telling(call.quiet);
+    return compare(call.truth, call.result, call.adjusted, telling.watch());
+  }();
+  fmt::print("{}", call.json ? documentOf(report) : textOf(report));
 }
 
 }  // namespace
@@ -47,9 +40,8 @@ void addCompare(CLI::App& app) {
       ->required()
       ->type_name("FOLDER");
   command
-      .add_option(
-          "--adjusted", call->adjusted,
-          fmt::format("folder of the adjusted strips; default: {} in RESULT", adjustedFolder))
+      .add_option("--adjusted", call->adjusted,
+                  "folder of the adjusted strips; default: 05_adjusted in RESULT")
       ->type_name("FOLDER");
   command.add_flag("--json", call->json, "one JSON document instead of tables");
   command.add_flag("--quiet", call->quiet, "no progress; warnings and results stay");

@@ -6,21 +6,17 @@
 
 #include <fmt/format.h>
 
-#include "flight/chain/AdjustedStrips.h"
-#include "flight/exchange/Export.h"
 #include "host/commands/Commands.h"
-#include "host/terminal/LibraryMessages.h"
-#include "host/terminal/Progress.h"
+#include "host/terminal/Telling.h"
 #include <velorn/flight/Error.h>
+#include <velorn/flight/Export.h>
 
 using namespace Velorn::Flights;
 
 namespace {
 
-
 struct ExportCall {
-  ExportOptions options;
-  std::filesystem::path root;
+  ExportSettings options;
   ModelFiles model;
   std::vector<std::string> only;
   bool quiet = false;
@@ -52,18 +48,15 @@ void exportFiles(ExportCall& call) {
   auto& options = call.options;
   takeModel(call);
   takeWishes(call);
-  if (!call.root.empty()) completeFromRoot(options, call.root, call.root / adjustedFolder);
-  if (!options.trajectories.empty() && !options.model) {
+  if (!options.trajectories.empty() && !options.model && options.root.empty()) {
     throw Error(
         "--trajectory needs the files of an adjustment: --root, or --sections, --parameters and "
         "--strip-ids",
         Error::BadSettings);
   }
   const ExportReport report = [&] {
-    Progress progress(call.quiet);
-    const LibraryMessages messages(progress, call.quiet);
-    return exportFlight(options, progress,
-                        [&](const std::string& line) { progress.message(line); });
+    Telling telling(call.quiet);
+    return exportFlight(options, telling.watch());
   }();
   for (const auto& [file, content] : report.files) fmt::print("{}: {}\n", file.string(), content);
 }
@@ -72,7 +65,7 @@ void addInputs(CLI::App& command, ExportCall& call) {
   command.add_option("STRIP", call.options.strips, "containers of adjusted points, <strip>_SA.kx")
       ->type_name("FILE");
   command
-      .add_option("--root", call.root,
+      .add_option("--root", call.options.root,
                   "root folder of a run; its strips, adjustment and trajectory count where no "
                   "others are given")
       ->type_name("FOLDER");
@@ -100,7 +93,7 @@ void addOptions(CLI::App& command, ExportCall& call) {
   command.add_option("--only", call.only, "part of the results: strips, mounting, trajectory")
       ->delimiter(',')
       ->allow_extra_args(false)
-      ->check(CLI::IsMember({"strips", "mounting", "trajectory"}).description(""))
+      ->check(CLI::IsMember({"strips", "mounting", "trajectory"}))
       ->type_name("WORDS");
   command.add_flag("--overwrite", call.options.overwrite, "replace files of an earlier export");
   command.add_flag("--quiet", call.quiet, "no progress; warnings and results stay");

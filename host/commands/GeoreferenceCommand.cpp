@@ -3,88 +3,76 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <fmt/format.h>
 
-#include "flight/chain/StripsGeoreferencing.h"
 #include "host/commands/Commands.h"
-#include "host/terminal/LibraryMessages.h"
-#include "host/terminal/Progress.h"
+#include "host/terminal/Telling.h"
 #include <velorn/flight/Error.h>
+#include <velorn/flight/Georeference.h>
 
 using namespace Velorn::Flights;
 
 namespace {
 
 struct GeoreferenceCall {
-  GeoreferencingJob job;
+  GeoreferencingInput input;
   std::vector<int> selected;
   bool inPlace = false, quiet = false;
 };
 
 void checkWhere(const GeoreferenceCall& call) {
-  if (call.inPlace == call.job.outputFolder.empty()) return;
+  if (call.inPlace == call.input.outputFolder.empty()) return;
   throw Error(call.inPlace ? "--output and --in-place contradict each other"
                            : "where to? --output FOLDER, or --in-place to change the strips",
               Error::BadSettings);
 }
 
-JobResult runWithProgress(const GeoreferenceCall& call) {
-  Progress progress(call.quiet);
-  const LibraryMessages messages(progress, call.quiet);
-  return runJob(call.job, progress,
-                [&progress](const std::string& line) { progress.message(line); });
-}
-
 void georeference(GeoreferenceCall& call) {
   checkWhere(call);
-  call.job.selected = {call.selected.begin(), call.selected.end()};
-  checkJob(call.job);
-  const JobResult result = runWithProgress(call);
-  for (const auto& strip : result.unknown) {
+  call.input.selected = {call.selected.begin(), call.selected.end()};
+  const auto report = [&] {
+    Telling telling(call.quiet);
+    return georeference(call.input, telling.watch());
+  }();
+  for (const auto& strip : report.unknown) {
     fmt::print("{}: not in the adjustment; the global corrections alone act on it\n", strip);
   }
-  const std::string where = call.inPlace ? "in place" : "to " + call.job.outputFolder.string();
-  if (result.faults > 0) {
-    const std::size_t right = result.strips - result.faults;
-    throw Error(fmt::format("{} of {} strips with a fault, named above; {} without one written {}",
-                            result.faults, result.strips, right, where),
-                result.notSaved > 0 ? Error::NoSpace : Error::BadInput);
-  }
-  fmt::print("{} strips, {} points, {:.1f} s: {} coordinates written {}\n", result.strips,
-             result.points, result.seconds, call.job.inverse ? "scanner" : "world", where);
+  const std::string where = call.inPlace ? "in place" : "to " + report.folder.string();
+  fmt::print("{} strips, {} points, {:.1f} s: {} coordinates written {}\n", report.strips,
+             report.points, report.seconds, call.input.inverse ? "scanner" : "world", where);
 }
 
-void addInputs(CLI::App& command, GeoreferencingJob& job) {
-  command.add_option("STRIP", job.strips, "strip containers")->required()->type_name("FILE");
-  command.add_option("--trajectory", job.trajectories, "trajectory containers")
+void addInputs(CLI::App& command, GeoreferencingInput& input) {
+  command.add_option("STRIP", input.strips, "strip containers")->required()->type_name("FILE");
+  command.add_option("--trajectory", input.trajectories, "trajectory containers")
       ->required()
       ->type_name("FILE");
-  command.add_option("--sections", job.sections, "section file of an adjustment")
+  command.add_option("--sections", input.model.sections, "section file of an adjustment")
       ->type_name("FILE");
-  command.add_option("--parameters", job.parameters, "its parameter file")->type_name("FILE");
-  command.add_option("--strip-ids", job.stripIds, "its strip id file")->type_name("FILE");
+  command.add_option("--parameters", input.model.parameters, "its parameter file")
+      ->type_name("FILE");
+  command.add_option("--strip-ids", input.model.stripIds, "its strip id file")->type_name("FILE");
 }
 
 void addOptions(CLI::App& command, GeoreferenceCall& call) {
-  GeoreferencingJob& job = call.job;
-  addInputs(command, job);
+  GeoreferencingInput& input = call.input;
+  addInputs(command, input);
   command
-      .add_option("--output", job.outputFolder,
+      .add_option("--output", input.outputFolder,
                   "folder for the results, <strip>_SA.kx; made when missing")
       ->type_name("FOLDER");
   command.add_flag("--in-place", call.inPlace, "change the strips themselves");
-  command.add_flag("--inverse", job.inverse, "scanner coordinates from world coordinates");
+  command.add_flag("--inverse", input.inverse, "scanner coordinates from world coordinates");
   command.add_option("--select", call.selected, "only these strips of the list, counted from 0")
       ->delimiter(',')
       ->allow_extra_args(false)
       ->type_name("I,J");
-  command.add_flag("--compress", job.compress, "deflate what is written");
-  command.add_flag("--report-early-times", job.reportEarlyTimes,
+  command.add_flag("--compress", input.compress, "deflate what is written");
+  command.add_flag("--report-early-times", input.reportEarlyTimes,
                    "a time that is not after the trajectory's first is told");
-  command.add_flag("--overwrite", job.overwrite, "replace outputs of an earlier run");
+  command.add_flag("--overwrite", input.overwrite, "replace outputs of an earlier run");
   command.add_flag("--quiet", call.quiet, "no progress; warnings and results stay");
 }
 

@@ -7,32 +7,30 @@
 
 #include <fmt/format.h>
 
-#include "flight/exchange/Import.h"
 #include "host/commands/Commands.h"
 #include "host/project/Bounds.h"
-#include "host/terminal/LibraryMessages.h"
-#include "host/terminal/Progress.h"
+#include "host/terminal/Telling.h"
+#include <velorn/flight/Import.h>
+#include <velorn/flight/Reports.h>
 
 using namespace Velorn::Flights;
 
 namespace {
 
-
 struct ImportCall {
-  ImportOptions options;
+  ImportSettings options;
   std::vector<double> leverArm{0, 0, 0}, misalignment{0, 0, 0};
   bool quiet = false;
 };
 
-void print(const ImportReport& report, const ImportOptions& options) {
+void print(const ImportReport& report) {
   for (const auto& strip : report.strips) {
     fmt::print("{}: {} points, {}\n", strip.file.string(), strip.points,
-               timesText({strip.first, strip.last}, strip.week));
+               timesText(strip.first, strip.last, strip.week));
   }
   for (const auto& trajectory : report.trajectories) fmt::print("{}\n", trajectory.string());
-  const auto root = options.output;
   if (report.patches > 0) {
-    fmt::print("{}: {} points on {} patches\n", (root / "ground_truth.kx").string(),
+    fmt::print("{}: {} points on {} patches\n", report.groundTruth.string(),
                report.groundTruthPoints, report.patches);
   }
   fmt::print("EPSG:{}; heights count as ellipsoidal\n", report.epsg);
@@ -42,17 +40,13 @@ void import(ImportCall& call) {
   auto& options = call.options;
   options.leverArm = {call.leverArm[0], call.leverArm[1], call.leverArm[2]};
   options.misalignment = {call.misalignment[0], call.misalignment[1], call.misalignment[2]};
-  checkImport(options);
-  const ImportReport report = [&] {
-    Progress progress(call.quiet);
-    const LibraryMessages messages(progress, call.quiet);
-    return importFlight(options, progress,
-                        [&](const std::string& line) { progress.message(line); });
-  }();
-  print(report, options);
+  print([&] {
+    Telling telling(call.quiet);
+    return importFlight(options, telling.watch());
+  }());
 }
 
-void addFiles(CLI::App& command, ImportOptions& options) {
+void addFiles(CLI::App& command, ImportSettings& options) {
   command.add_option("LAS", options.strips, "point files, LAS 1.0 to 1.4")
       ->required()
       ->type_name("FILE");
@@ -90,7 +84,6 @@ void addMounting(CLI::App& command, ImportCall& call) {
 
 /// Of trajectories that are text.
 void addText(CLI::App& command, TextTrajectoryFormat& format) {
-  using Velorn::Flights::AngleUnit, NorthReference;
   const std::map<std::string, AngleUnit> units{{"degrees", AngleUnit::Degrees},
                                                {"radians", AngleUnit::Radians}};
   command
@@ -115,7 +108,7 @@ void addText(CLI::App& command, TextTrajectoryFormat& format) {
 }
 
 void addOptions(CLI::App& command, ImportCall& call) {
-  ImportOptions& options = call.options;
+  ImportSettings& options = call.options;
   addFiles(command, options);
   addMounting(command, call);
   command.add_option("--epsg", options.epsg, "projection, when the LAS files do not say it")

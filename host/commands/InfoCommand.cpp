@@ -7,9 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "flight/report/Description.h"
-#include "flight/report/Listing.h"
 #include "host/commands/Commands.h"
+#include <velorn/flight/Describe.h>
 #include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
@@ -23,18 +22,15 @@ struct InfoCall {
 
 /// Prints everything that can be read before it gives up on what cannot.
 void info(const InfoCall& call) {
-  using Json = nlohmann::ordered_json;
-  Json documents = Json::array();
   std::string faults;
-  for (const auto& file : call.files) {
-    Description one = describe(file);
-    if (!call.json) std::cout << listingOf(one.document) << std::flush;
-    if (call.json) documents.push_back(std::move(one.document));
+  const auto print = [&](const FileDescription& one) {
+    std::cout << one.text << std::flush;
     for (const auto& fault : one.faults) faults += (faults.empty() ? "" : "\n") + fault;
-  }
+  };
   if (call.json) {
-    const Json document{{"files", std::move(documents)}};
-    std::cout << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    print(documentFiles(call.files));
+  } else {
+    for (const auto& file : call.files) print(describeFile(file));
   }
   if (!faults.empty()) throw Error(faults);
 }

@@ -3,20 +3,18 @@
 //
 // The commands that take a project: run, its first steps alone, and init.
 #include <CLI/CLI.hpp>
+#include <exception>
 #include <memory>
 #include <string>
 
 #include <fmt/format.h>
 
-#include "flight/chain/Chain.h"
-#include "flight/report/SummaryText.h"
-#include "flight/strips/OutputPlaces.h"
 #include "host/commands/Commands.h"
 #include "host/project/ProjectKeys.h"
-#include "host/terminal/LibraryMessages.h"
-#include "host/terminal/Progress.h"
+#include "host/terminal/Telling.h"
 #include "platform/plome/ReplacedFile.h"
 #include <velorn/flight/Error.h>
+#include <velorn/flight/Flight.h>
 
 using namespace Velorn::Flights;
 
@@ -24,47 +22,53 @@ namespace {
 
 /// A command with its project; the keys refer to both.
 struct ProjectCall {
-  explicit ProjectCall(CLI::App& app) : command(app), keys(app, project) {}
+  explicit ProjectCall(CLI::App& app) : command(app), keys(app, settings) {}
 
   CLI::App& command;
-  Project project;
+  std::filesystem::path file;  ///< empty: all was said by flags
+  FlightSettings settings;
   ProjectKeys keys;
-  bool overwrite = false;
+  bool overwrite = false, quiet = false;
 };
 
 std::shared_ptr<ProjectCall> addProjectCommand(CLI::App& app, const char* name, const char* what) {
   auto& command = *app.add_subcommand(name, what);
   auto call = std::make_shared<ProjectCall>(command);
-  command.add_option("PROJECT", call->project.file, "project file, see `velorn init`")
-      ->type_name("FILE");
+  command.add_option("PROJECT", call->file, "project file, see `velorn init`")->type_name("FILE");
   return call;
 }
 
 void addSwitches(ProjectCall& call) {
   call.command
-      .add_flag("--force", call.project.force, "do also what an earlier run has done already")
+      .add_flag("--force", call.settings.force, "do also what an earlier run has done already")
       ->configurable(false);
-  call.command.add_flag("--quiet", call.project.quiet, "no progress; warnings and results stay")
+  call.command.add_flag("--quiet", call.quiet, "no progress; warnings and results stay")
       ->configurable(false);
 }
 
-/// The bar is off the terminal when this returns.
-Json runWithProgress(const Project& project) {
-  const auto progress = std::make_shared<Progress>(project.quiet);
-  const LibraryMessages messages(*progress, project.quiet);
-  const RunOutput output{progress, [&](const std::string& line) {
-                           if (!project.quiet) progress->message(line);
-                         }};
-  return run(project, output);
+/// Also of a run whose solver did not converge.
+RunReport reportOf(Flight& flight, std::exception_ptr& notConverged) {
+  try {
+    return flight.run();
+  } catch (const Error& error) {
+    if (error.kind() != Error::NoConvergence && error.kind() != Error::SolverFailed) throw;
+    notConverged = std::current_exception();
+    return flight.report();
+  }
 }
 
 void runSteps(ProjectCall& call) {
-  auto& project = call.project;
-  if (!project.file.empty()) call.keys.read(project.file);
-  complete(project);
-  const Json summary = runWithProgress(project);
-  fmt::print("{}", summaryText(summary));
-  orFailAsSolver(summary);
+  if (!call.file.empty()) call.keys.read(call.file);
+  std::exception_ptr notConverged;
+  const RunReport report = [&] {
+    Telling telling(call.quiet);
+    Watch watch = telling.watch();
+    if (call.quiet) watch.message = {};
+    Flight flight(call.settings, watch);
+    return reportOf(flight, notConverged);
+  }();
+  fmt::print("{}", textOf(report));
+  if (notConverged) std::rethrow_exception(notConverged);
 }
 
 void addSteps(CLI::App& app, const char* name, const char* what, const char* word) {
@@ -83,8 +87,11 @@ void addSteps(CLI::App& app, const char* name, const char* what, const char* wor
 }
 
 void writeProject(const ProjectCall& call) {
-  const auto& file = call.project.file;
-  refuseExisting(file, call.overwrite);
+  const auto& file = call.file;
+  std::error_code ignored;
+  if (!call.overwrite && std::filesystem::exists(std::filesystem::symlink_status(file, ignored))) {
+    throw Error(file.string() + ": exists; --overwrite replaces it");
+  }
   if (const auto fault = Plome::replaceFile(file, call.keys.text(file)); !fault.empty()) {
     throw Error(fault, Error::NoSpace);
   }

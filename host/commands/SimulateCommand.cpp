@@ -11,9 +11,9 @@
 
 #include <fmt/format.h>
 
-#include "flight/simulation/Simulation.h"
 #include "host/commands/Commands.h"
 #include <velorn/flight/Error.h>
+#include <velorn/flight/Simulate.h>
 
 using namespace Velorn::Flights;
 
@@ -21,7 +21,7 @@ namespace {
 
 struct Call {
   std::string folder, correspondences;
-  Velorn::Flights::Simulation::Options options;
+  SimulationSettings options;
   bool noErrors = false, overwrite = false, quiet = false;
 };
 
@@ -39,13 +39,13 @@ void run(Call call) {
     call.options.correspondences = correspondencesIn(call.correspondences);
   }
   const auto begin = std::chrono::steady_clock::now();
-  const auto tell = [&call](const std::string& line) {
+  Watch watch;
+  watch.message = [&call](const std::string& line) {
     if (call.quiet) return;
     fmt::print("{}\n", line);
     std::fflush(stdout);
   };
-  const auto made =
-      Velorn::Flights::Simulation::simulate(call.folder, call.options, call.overwrite, tell);
+  const auto made = simulate(call.folder, call.options, call.overwrite, watch);
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
   fmt::print(
       "{}: {} strips with {} points, ground truth of {} patches, {} planes; {} files in {:.1f} s\n",
@@ -61,7 +61,8 @@ void addSimulate(CLI::App& app) {
   auto* command = app.add_subcommand(
       "simulate", "Writes a synthetic flight: strips, trajectory, ground truth and all its errors");
   command->add_option("OUT", call->folder, "folder to write into; it is made if needed")
-      ->required();
+      ->required()
+      ->type_name("FOLDER");
   command->add_option("--points", options.points, "laser pulses in all")->capture_default_str();
   command->add_option("--seed", options.seed, "the same seed gives the same bytes")
       ->capture_default_str();
@@ -98,8 +99,8 @@ void addSimulate(CLI::App& app) {
   command->add_flag("--overwrite", call->overwrite, "replace the flight that OUT holds");
   command->add_flag("--quiet", call->quiet, "only the last line, none per strip");
   command->footer(
-      "Example:\n  velorn simulate demo --points 500000 --seed 7\n"
-      "writes demo/strip_01.kx ..., trajectory.kx, ground_truth.kx and truth.json;\n"
+      "Example: velorn simulate demo --points 500000 --seed 7\n\n"
+      "This writes demo/strip_01.kx ..., trajectory.kx, ground_truth.kx and truth.json;\n"
       "docs/simulation.md says what they hold.");
   command->callback([call] { run(*call); });
 }

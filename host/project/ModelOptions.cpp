@@ -6,7 +6,7 @@
 
 #include "host/project/Bounds.h"
 
-void addModelOptions(CLI::App& command, Velorn::Flights::Model& model) {
+void addModelOptions(CLI::App& command, Velorn::Flights::ModelSettings& model) {
   auto& configuration = model.configuration;
   command
       .add_option("--model", configuration.TypeModel,

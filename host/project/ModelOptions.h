@@ -4,10 +4,10 @@
 // The flags of what is estimated, which are keys of a project file, too.
 #pragma once
 
-#include "flight/settings/ModelSettings.h"
+#include <velorn/flight/Settings.h>
 
 namespace CLI {
 class App;
 }
 
-void addModelOptions(CLI::App& command, Velorn::Flights::Model& model);
+void addModelOptions(CLI::App& command, Velorn::Flights::ModelSettings& model);

@@ -11,6 +11,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "host/commandline/Nearest.h"
 #include "host/project/Bounds.h"
 #include "host/project/ModelOptions.h"
 #include <velorn/flight/Error.h>
@@ -25,7 +26,7 @@ constexpr const char* raster = "Rasterize";
 constexpr const char* matching = "Match";
 constexpr const char* adjusting = "Adjust";
 
-void addFiles(CLI::App& command, Project& project) {
+void addFiles(CLI::App& command, Velorn::Flights::FlightSettings& project) {
   command
       .add_option("--strips", project.strips,
                   "strip containers; * and ? stand for any letters and any letter")
@@ -45,7 +46,7 @@ void addFiles(CLI::App& command, Project& project) {
       ->capture_default_str();
 }
 
-void addChain(CLI::App& command, Project& project) {
+void addChain(CLI::App& command, Velorn::Flights::FlightSettings& project) {
   command
       .add_option("--steps", project.steps,
                   "what is done: +rasterize +correspondences +optimization +adjustment")
@@ -71,7 +72,7 @@ void addChain(CLI::App& command, Project& project) {
       ->group(chain);
 }
 
-void addRaster(CLI::App& command, Project& project) {
+void addRaster(CLI::App& command, Velorn::Flights::FlightSettings& project) {
   auto& configuration = project.configuration();
   auto& options = project.raster;
   command.add_option("--min-cell-size", configuration.MinCellSize, "smallest raster cell, metres")
@@ -123,7 +124,7 @@ void addRaster(CLI::App& command, Project& project) {
       ->capture_default_str();
 }
 
-void addMatching(CLI::App& command, Project& project) {
+void addMatching(CLI::App& command, Velorn::Flights::FlightSettings& project) {
   auto& configuration = project.configuration();
   auto& options = project.match;
   command
@@ -201,6 +202,14 @@ std::string keyOf(const CLI::Option& option) {
   return option.get_lnames().empty() ? "" : option.get_lnames().front();
 }
 
+std::vector<std::string> keysOf(const CLI::App& command) {
+  std::vector<std::string> keys;
+  for (const auto* option : command.get_options()) {
+    if (option->get_configurable() && !option->get_lnames().empty()) keys.push_back(keyOf(*option));
+  }
+  return keys;
+}
+
 /// Paths of flags count from where the user is, those of a project file from its folder.
 std::vector<std::string> seenFrom(const std::filesystem::path& folder,
                                   std::vector<std::string> paths) {
@@ -264,7 +273,7 @@ std::vector<CLI::ConfigItem> itemsOf(const std::filesystem::path& file) {
 
 }  // namespace
 
-ProjectKeys::ProjectKeys(CLI::App& command, Project& project)
+ProjectKeys::ProjectKeys(CLI::App& command, Velorn::Flights::FlightSettings& project)
     : command_(command),
       project_(project),
       pathKeys_{"strips", "trajectory", "ground-truth", "root"} {
@@ -283,8 +292,10 @@ void ProjectKeys::read(const std::filesystem::path& file) const {
   for (auto& item : itemsOf(file)) {
     const std::string where = fmt::format("{}: {}", file.string(), item.name);
     CLI::Option* const option = command_.get_option_no_throw("--" + item.name);
-    if (!option || !option->get_configurable())
-      throw Error(where + ": no such key", Error::BadSettings);
+    if (!option || !option->get_configurable()) {
+      const auto nearest = CommandLine::nearestOf(keysOf(command_), item.name);
+      throw Error(where + ": no such key" + CommandLine::didYouMean(nearest), Error::BadSettings);
+    }
     if (option->count() > 0) continue;
     if (item.inputs.empty() || std::ranges::count(item.inputs, std::string()) > 0) {
       throw Error(where + " has no value", Error::BadSettings);

@@ -8,7 +8,7 @@
 #include <set>
 #include <string>
 
-#include "flight/settings/Settings.h"
+#include <velorn/flight/Settings.h>
 
 namespace CLI {
 class App;
@@ -17,7 +17,7 @@ class App;
 class ProjectKeys {
  public:
   /// Adds all keys as flags to a command; both must outlive this object.
-  ProjectKeys(CLI::App& command, Velorn::Flights::Project& project);
+  ProjectKeys(CLI::App& command, Velorn::Flights::FlightSettings& project);
 
   /// Reads a project file: lines "key = value", lists in brackets, # begins a comment. A key that
   /// was given as a flag keeps the flag's value. Relative paths count from the file's folder.
@@ -33,6 +33,6 @@ class ProjectKeys {
 
  private:
   CLI::App& command_;
-  Velorn::Flights::Project& project_;
+  Velorn::Flights::FlightSettings& project_;
   std::set<std::string> pathKeys_;
 };

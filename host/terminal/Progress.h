@@ -15,11 +15,9 @@
 #include <string>
 #include <string_view>
 
-#include "platform/kestrum/LoaderProgress.h"
-
 /// Counts one thing after the other; a new text or a smaller count begins anew. Reports may come as
 /// often as they like: a bar is drawn ten times a second at most, a line written every ten seconds.
-class Progress final : public Kestrum::LoaderProgress {
+class Progress {
  public:
   using Output = std::function<void(std::string_view)>;
   using Clock = std::function<double()>;  ///< [s], never goes back
@@ -29,9 +27,11 @@ class Progress final : public Kestrum::LoaderProgress {
   explicit Progress(bool quiet = false);
   Progress(Output output, bool terminal, Clock clock);
   /// Takes the bar off the terminal.
-  ~Progress() override;
+  ~Progress();
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
 
-  void report(const std::string& text, std::size_t current, std::size_t total) override;
+  void report(const std::string& text, std::size_t current, std::size_t total);
 
   /// Writes a line of its own, where a bar stands above it. May be called from any thread.
   void message(std::string_view line);

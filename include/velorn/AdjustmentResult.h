@@ -14,16 +14,18 @@ namespace Velorn {
 
 /// How the solver ended. The default holds until it has.
 struct SolverEnd {
-  std::string termination;  ///< "CONVERGENCE", "NO_CONVERGENCE", "FAILURE", ...; empty: not run
-  std::string message;      ///< the solver's own words
+  /// "CONVERGENCE", "NO_CONVERGENCE", "FAILURE", "USER_FAILURE" (cancelled), ...; empty: not run
+  std::string termination;
+  std::string message;                        ///< the solver's own words
   double initialCost = 0.0, finalCost = 0.0;  ///< half the sum of squares, after the loss function
   int successfulSteps = 0, unsuccessfulSteps = 0;
   double seconds = 0.0;
-  int residuals = 0, parameters = 0;  ///< as the solver counts them; -1 when it refused its options
+  int residuals = 0, parameters = 0;  ///< as the solver counts them; -1 when it did not begin
   int estimated = 0;  ///< of the parameters: neither held constant nor without a place in the model
 
   bool hasRun() const { return !termination.empty(); }
   bool isConvergence() const { return termination == "CONVERGENCE"; }
+  bool isCancelled() const { return termination == "USER_FAILURE"; }
 };
 
 /// A section, and why its unknowns were held constant, if they were.
@@ -40,7 +42,8 @@ struct SectionState {
 /// All of it. The default is "not run".
 struct AdjustmentResult {
   std::vector<unsigned int> correspondencesPerClass;  ///< of the check, by TerrainType
-  std::vector<SectionState> sections;                 ///< of the check, by strip and time
+  std::uint64_t withoutNormal = 0;  ///< of those the ones with a zero normal: their residual is 0
+  std::vector<SectionState> sections;  ///< of the check, by strip and time
   SolverEnd end;
   PhaseFigures before, after;  ///< of all correspondences; empty unless the statistics were made
 };

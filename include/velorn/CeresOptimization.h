@@ -9,6 +9,7 @@
 //     if (fault.empty() && adjustment->result().end.isConvergence()) ...
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -35,6 +36,9 @@ struct AdjustmentSettings {
   /// Correspondences with the ground truth that a run needs. 0 makes a relative adjustment:
   /// nothing then controls absolute position and tilt.
   unsigned int fewestGroundTruth = 100;
+  /// Asked before the solver begins and after each of its steps, on the caller's thread; true ends
+  /// the run. Must not throw. Empty: never.
+  std::function<bool()> isCancelled;
 };
 
 /// The driver. It keeps references only: all four must outlive it. It runs on the caller's thread;
@@ -51,13 +55,15 @@ class VELORN_EXPORT CeresOptimization : public Kestrum::ReferenceBase<CeresOptim
 
   /// Checks the correspondences, solves, writes the parameter file, the solver's status and the
   /// statistics. A second call goes on from the unknowns that the first one left.
+  /// A cancelled run writes no result and leaves the unknowns as they were.
   /// @return empty, or the first fault. A solver that fails for another reason than its number of
-  ///         iterations counts as finished: result() tells.
+  ///         iterations, so for want of a thread, counts as finished, and the unknowns that are
+  ///         written are those before it: the console is warned, and result() tells.
   /// @throws std::filesystem::filesystem_error, std::ios_base::failure and std::out_of_range for a
   ///         folder or a file that cannot be used, and a number in a file name that does not fit
   std::string run();
 
-  /// False once a run's solver has ended with anything but "NO_CONVERGENCE".
+  /// False once a run's solver has ended with anything but "NO_CONVERGENCE" and a cancellation.
   bool failed() const { return !solved; }
 
   /// Reads all correspondences and counts them per section and class; writes the section listing
@@ -88,9 +94,11 @@ class VELORN_EXPORT CeresOptimization : public Kestrum::ReferenceBase<CeresOptim
   void reportNumbers(const Counts& counts) const;
   std::string solve(const std::vector<unsigned>& correspondencesPerSection,
                     std::string& fullReport);
+  void warnOfFailure() const;
   void warnOfResidualRatio() const;
   std::string computeStatistics(AdjustmentResult& figures) const;
   void writeStatus(const std::string& name, const std::string& text, bool echo = false) const;
+  void removeStatus(const std::string& name) const;
 
   SolverParameters& solverParameters;
   const Trajectory& trajectory;

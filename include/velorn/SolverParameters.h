@@ -43,7 +43,7 @@ class VELORN_EXPORT SolverParameters {
                    const InputParameter& parameter);
 
   /// Divides every strip, from its first to its last GPS time, into equal sections no longer than
-  /// the interval of its model; sizes the vector of unknowns; writes the section file; sets lever
+  /// the interval of its model; sizes the vector of unknowns; saves the section file; sets lever
   /// arm and misalignment. Of a strip only the range of its GPS times is read. Called once: a
   /// second call goes on with the section numbers and lays the new vector over the old one, whose
   /// global entries thereby become entries of sections.
@@ -54,7 +54,7 @@ class VELORN_EXPORT SolverParameters {
   /// @param intervals        not read: the configuration's DefaultInterval counts [s]
   /// @param leverArm         [length unit of the points]
   /// @param misalignment     [degree]
-  /// @param sectionFileName  end of the section file's name; empty: no file
+  /// @param sectionFileName  end of the section file's name; empty: no file. See saveSectionFile.
   /// @param toLinear         strips that get linear sections: strip to longest section [s]
   /// @param toSpline         strips that get spline sections, over toLinear. Under HYBRID both
   ///                         change the interval only; strips beyond the list mean nothing.
@@ -155,6 +155,13 @@ class VELORN_EXPORT SolverParameters {
   /// @{
   void writeSectionFile(const std::string& name) const;
   void writeParameterFile(const std::string& name) const;
+  /// @}
+
+  /// The same, but the folder is made when it is missing, and a file that cannot be opened is told
+  /// on the console.
+  /// @{
+  void saveSectionFile(const std::string& name) const;
+  void saveParameterFile(const std::string& name) const;
   /// @}
 
   /// Writes the unknowns bit by bit to `parameterFile` + ".exact", which restore reads beside the

@@ -53,10 +53,17 @@ struct VELORN_PLATFORM_EXPORT point {
 inline bool isFinite(const point& p) {
   return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
+inline bool isFinite(const vector& v) {
+  return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
+}
 
 /// Scalar product.
 constexpr double dot(const vector& a, const vector& b) {
   return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+inline double lengthOf(const vector& v) {
+  return std::sqrt(dot(v, v));
 }
 
 // A column of these goes to disk and back in one call.

@@ -14,11 +14,11 @@
 #include <gtest/gtest.h>
 #include <omp.h>
 
-#include "flight/chain/Adjustment.h"
 #include "platform/plome/StringList.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include <velorn/CeresOptimization.h>
 #include <velorn/Georeferencing.h>
+#include <velorn/flight/Adjust.h>
 
 /// Sums of squares over points of a flight, or their root means [m].
 struct WorldError {
@@ -42,23 +42,24 @@ struct WorldError {
 };
 
 /// The adjustment of a simulated flight, in its own folder.
-inline Velorn::Flights::AdjustmentJob jobOf(const std::filesystem::path& folder) {
-  Velorn::Flights::AdjustmentJob job;
-  job.strips = stripsIn(folder);
-  job.trajectories = {folder / "trajectory.kx"};
-  job.groundTruth = folder / "ground_truth.kx";
-  job.correspondences = folder / "03_correspondences";
-  job.configuration.RootPath = folder;
-  return job;
+inline Velorn::Flights::AdjustmentInput inputOf(const std::filesystem::path& folder) {
+  Velorn::Flights::AdjustmentInput input;
+  input.strips = stripsIn(folder);
+  input.trajectories = {folder / "trajectory.kx"};
+  input.groundTruth = folder / "ground_truth.kx";
+  input.correspondences = folder / "03_correspondences";
+  input.configuration.RootPath = folder;
+  return input;
 }
 
 /// The library's own objects of one adjustment.
 struct Library {
-  explicit Library(const Velorn::Flights::AdjustmentJob& job) : configuration(job.configuration) {
+  explicit Library(const Velorn::Flights::AdjustmentInput& input)
+      : configuration(input.configuration) {
     const auto strips = std::make_shared<Plome::StringList>();
-    for (const auto& strip : job.strips) strips->add(strip.string());
+    for (const auto& strip : input.strips) strips->add(strip.string());
     Velorn::Flights::orFail(
-        files.add(strips, job.groundTruth.string(), job.trajectories[0].string()));
+        files.add(strips, input.groundTruth.string(), input.trajectories[0].string()));
     trajectory = Velorn::Trajectory(files.getTrajectories());
     Velorn::Flights::orFail(trajectory.importTrajectory());
     std::filesystem::create_directories(configuration.RootPath / "00_parameter");

@@ -5,10 +5,13 @@
 // by where the points of the strips lie: single corrections are only partly separable.
 #include <gmock/gmock.h>
 
-#include "flight/chain/StripsGeoreferencing.h"
+#include "flight/records/FinishedRun.h"
+#include "flight/strips/AdjustedName.h"
 #include "tests/flight/simulation/TrueWorld.h"
 #include "tests/flights/AdjustedFlight.h"
-#include "tests/support/NoProgress.h"
+#include "tests/support/Refusal.h"
+#include <velorn/flight/Containers.h>
+#include <velorn/flight/Georeference.h>
 
 using namespace Velorn::Flights;
 
@@ -36,41 +39,29 @@ class AdjustedFlight : public testing::Test {
 
   void simulate() {
     make(folder.path(), flight);
-    job = jobOf(folder.path());
-  }
-
-  AdjustmentOutcome adjusted() {
-    checkJob(job);
-    return adjust(job, std::make_shared<NoProgress>());
+    input = inputOf(folder.path());
   }
 
   /// Of the strips georeferenced with the files of the adjustment, against where the same noisy
   /// measurements lie under the truth.
-  WorldError worldError() const {
-    const auto& suffix = job.configuration.FileSuffix;
-    GeoreferencingJob georeferencing;
-    georeferencing.strips = job.strips;
-    georeferencing.trajectories = job.trajectories;
+  WorldError worldError(const ModelFiles& model) const {
+    GeoreferencingInput georeferencing;
+    georeferencing.strips = input.strips;
+    georeferencing.trajectories = input.trajectories;
     georeferencing.outputFolder = folder / "adjusted";
-    georeferencing.overwrite = true;
-    georeferencing.sections = folder / "00_parameter" / ("Sections" + suffix);
-    georeferencing.parameters = folder / "00_parameter" / ("Parameter" + suffix);
-    georeferencing.stripIds = folder / "00_parameter" / ("StripID" + suffix);
-    NoProgress progress;
-    checkJob(georeferencing);
-    runJob(georeferencing, progress, [](const std::string& text) { ADD_FAILURE() << text; });
+    georeferencing.model = model;
+    georeference(georeferencing, {});
     WorldError error;
-    for (std::size_t i = 0; i < job.strips.size(); ++i) {
-      error.add(
-          OneGridFile(outputOf(georeferencing, i)).world<Geomra::PhysicalSpace::point>("Positions"),
-          trueWorld(folder.path(), i));
+    for (std::size_t i = 0; i < input.strips.size(); ++i) {
+      error.add(loadStrip(folder / "adjusted" / adjustedNameOf(input.strips[i])).world,
+                trueWorld(folder.path(), i));
     }
     return error.rms();
   }
 
   TemporaryFolder folder;
-  Simulation::Options flight;
-  AdjustmentJob job;
+  SimulationSettings flight;
+  AdjustmentInput input;
 };
 
 }  // namespace
@@ -81,8 +72,8 @@ TEST_F(AdjustedFlight, WithoutNoiseLiesWhereItTrulyIs) {
   flight.rangeNoise = flight.angleNoise = 0;
   flight.slowErrors = false;
   simulate();
-  job.configuration.NumberOfIterations = fullRun;
-  Library library(job);
+  input.configuration.NumberOfIterations = fullRun;
+  Library library(input);
   library.run();
   const auto& end = library.optimization.result().end;
   EXPECT_THAT(end.termination, testing::AnyOf("CONVERGENCE", "NO_CONVERGENCE"));
@@ -94,8 +85,8 @@ TEST_F(AdjustedFlight, WithoutNoiseLiesWhereItTrulyIs) {
 
 TEST_F(AdjustedFlight, IsWrittenWithNothingButAnErrorFileWhenTheSolverRunsOutOfSteps) {
   simulate();
-  job.configuration.NumberOfIterations = 1;
-  Library library(job);
+  input.configuration.NumberOfIterations = 1;
+  Library library(input);
   EXPECT_EQ(library.run(), "NO_CONVERGENCE");
   EXPECT_TRUE(library.optimization.failed());
   EXPECT_TRUE(fs::exists(folder / "01_status" / "03_SolverStatus_Error.txt"));
@@ -104,21 +95,28 @@ TEST_F(AdjustedFlight, IsWrittenWithNothingButAnErrorFileWhenTheSolverRunsOutOfS
   for (const auto& entry : fs::directory_iterator(folder / "00_parameter")) {
     EXPECT_THAT(entry.path().filename().string(), testing::StartsWith("Sections"));
   }
+
+  EXPECT_EQ(adjust(input, {}).solver.termination, "NO_CONVERGENCE");
+  EXPECT_THAT(refusalOf([&] { FinishedRun{folder.path()}; }),
+              testing::HasSubstr("failed: the solver ended with NO_CONVERGENCE"));
 }
 
 TEST_F(AdjustedFlight, WithNoiseFitsToTheNoiseAndLiesWithinCentimetresOfTheTruth) {
   flight.slowErrors = false;
   simulate();
-  const auto outcome = adjusted();
-  EXPECT_EQ(outcome.result.end.termination, "CONVERGENCE");
-  const auto& result = outcome.result;
-  const auto error = worldError();
-  EXPECT_GT(result.before.pairs.moments.rms, 0.1);
-  EXPECT_LT(result.after.pairs.moments.rms, 0.03);  // 2 cm of range noise on either side
+  const auto report = adjust(input, {});
+  EXPECT_EQ(report.solver.termination, "CONVERGENCE");
+  EXPECT_TRUE(report.heldSections.empty());
+  EXPECT_GT(report.before.pairs.rms, 0.1);
+  EXPECT_LT(report.after.pairs.rms, 0.03);  // 2 cm of range noise on either side
+  EXPECT_GE(report.after.groundTruth.count, 100U);
+  EXPECT_NEAR(report.globals.misalignment[0], 0.26, 0.1);  // the true roll [degree]
+  EXPECT_EQ(FinishedRun(folder.path()).model(), report.files);
+  const auto error = worldError(report.files);
   EXPECT_LT(error.horizontal, 0.05);
   EXPECT_LT(error.vertical, 0.01);
-  const auto& folders = job.configuration;
   EXPECT_TRUE(fs::exists(folder / "01_status" / "03_SolverStatus.txt"));
   EXPECT_TRUE(fs::exists(folder / "04_statistic" / "Offset_q90_z.pdf"));
-  EXPECT_TRUE(fs::exists(folder / "00_parameter" / ("Configuration" + folders.FileSuffix)));
+  EXPECT_TRUE(
+      fs::exists(folder / "00_parameter" / ("Configuration" + input.configuration.FileSuffix)));
 }

@@ -15,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include "adjustment/georef/TrajectoryCorrection.h"
+#include "flight/simulation/Options.h"
 #include "tests/flights/AdjustedFlight.h"
 
 using namespace Velorn::Flights;
@@ -75,7 +76,7 @@ class VariantsOfAnAdjustment : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     flightFolder = std::make_unique<TemporaryFolder>();
-    Simulation::Options flight;
+    SimulationSettings flight;
     flight.points = 30'000;
     flight.strips = 2;
     flight.length = 800;
@@ -87,31 +88,31 @@ class VariantsOfAnAdjustment : public testing::Test {
   /// Pairs differ by the noise of two ranges along the beam, so by less where it hits at a slant;
   /// that of the angles adds little.
   static void expectNoiseAlone(const Velorn::PhaseFigures& figures) {
-    const double noise = std::numbers::sqrt2 * Simulation::Options().rangeNoise;
+    const double noise = std::numbers::sqrt2 * SimulationSettings().rangeNoise;
     EXPECT_GT(figures.pairs.moments.rms, 0.7 * noise);
     EXPECT_LT(figures.pairs.moments.rms, noise);
   }
 
-  VariantsOfAnAdjustment() : job(jobOf(flightFolder->path())) {
-    job.configuration.RootPath = out.path();
-    job.configuration.CorrespondencePath = job.correspondences;
+  VariantsOfAnAdjustment() : input(inputOf(flightFolder->path())) {
+    input.configuration.RootPath = out.path();
+    input.configuration.CorrespondencePath = input.correspondences;
   }
 
   /// The correspondences but those of the files that `isLeftOut` tells.
   void leaveOut(const std::function<bool(const std::string&)>& isLeftOut) {
     const auto fewer = out / "fewer";
     fs::create_directories(fewer);
-    for (const auto& entry : fs::directory_iterator(job.correspondences)) {
+    for (const auto& entry : fs::directory_iterator(input.correspondences)) {
       if (!isLeftOut(entry.path().filename().string())) fs::copy(entry.path(), fewer);
     }
-    job.configuration.CorrespondencePath = fewer;
+    input.configuration.CorrespondencePath = fewer;
   }
 
   static fs::path flight() { return flightFolder->path(); }
 
   static std::unique_ptr<TemporaryFolder> flightFolder;
   TemporaryFolder out;
-  AdjustmentJob job;
+  AdjustmentInput input;
 };
 
 std::unique_ptr<TemporaryFolder> VariantsOfAnAdjustment::flightFolder;
@@ -161,14 +162,14 @@ INSTANTIATE_TEST_SUITE_P(Each, ModelOfSections, testing::ValuesIn(variants),
 
 TEST_P(ModelOfSections, FitsToTheNoiseAndMovesOnlyTheCoefficientsThatItHas) {
   const Variant& variant = GetParam();
-  auto& configuration = job.configuration;
+  auto& configuration = input.configuration;
   configuration.TypeModel = variant.model;
   if (!variant.intervals.empty()) configuration.DefaultInterval = variant.intervals;
   configuration.SplitBackStrips = variant.splits;
   configuration.OverwriteToLinear = variant.toLinear;
   configuration.OverwriteToSpline = variant.toSpline;
   if (!variant.toSpline.empty()) configuration.NumberOfIterations = 100;
-  Library library(job);
+  Library library(input);
   EXPECT_EQ(typesOf(library.parameters), variant.types);
   EXPECT_EQ(library.run(), "");
   const auto& result = library.optimization.result();
@@ -182,9 +183,9 @@ TEST_P(ModelOfSections, FitsToTheNoiseAndMovesOnlyTheCoefficientsThatItHas) {
 }
 
 TEST_F(VariantsOfAnAdjustment, LockedStripsStayWhereTheyStartAndTheOthersMove) {
-  job.configuration.LockedStrips = {1, 3};
-  job.configuration.DefaultInterval = {8, 8, 8};
-  Library library(job);
+  input.configuration.LockedStrips = {1, 3};
+  input.configuration.DefaultInterval = {8, 8, 8};
+  Library library(input);
   EXPECT_EQ(library.run(), "");
   const auto& result = library.optimization.result();
   EXPECT_EQ(result.end.termination, "CONVERGENCE");
@@ -201,10 +202,10 @@ TEST_F(VariantsOfAnAdjustment, LockedStripsStayWhereTheyStartAndTheOthersMove) {
 }
 
 TEST_F(VariantsOfAnAdjustment, WeakSectionsStayWhereTheyStartAndAreTold) {
-  job.configuration.TypeModel = "BIAS";
-  job.configuration.DefaultInterval = {1, 1, 1};
-  job.configuration.NumberOfIterations = 100;
-  Library library(job);
+  input.configuration.TypeModel = "BIAS";
+  input.configuration.DefaultInterval = {1, 1, 1};
+  input.configuration.NumberOfIterations = 100;
+  Library library(input);
   EXPECT_EQ(library.run(), "");
   const auto& result = library.optimization.result();
   EXPECT_EQ(result.end.termination, "CONVERGENCE");
@@ -222,7 +223,7 @@ TEST_F(VariantsOfAnAdjustment, AStripWithoutCorrespondencesKeepsItsTrajectoryAnd
   leaveOut([](const std::string& name) {
     return std::regex_match(name, std::regex("c(3_.*|[0-9]+_3)(_GroundTruth)?\\.kx"));
   });
-  Library library(job);
+  Library library(input);
   EXPECT_EQ(library.run(), "");
   const auto& result = library.optimization.result();
   EXPECT_EQ(result.end.termination, "CONVERGENCE");
@@ -255,7 +256,7 @@ TEST_F(VariantsOfAnAdjustment, UnknownsNotEstimatedStayWhereTheyStart) {
   };
   for (const auto& held : blocks) {
     SCOPED_TRACE(held.name);
-    Library library(job);
+    Library library(input);
     const auto start = library.parameters;
     library.optimization.settings.*held.isEstimated = false;
     EXPECT_EQ(library.run(), "");
@@ -274,7 +275,7 @@ TEST_F(VariantsOfAnAdjustment, UnknownsNotEstimatedStayWhereTheyStart) {
 
 TEST_F(VariantsOfAnAdjustment, WithoutGroundTruthThePairsFitButOnlyWhenThatIsAskedFor) {
   leaveOut([](const std::string& name) { return name.find("_GroundTruth") != name.npos; });
-  Library library(job);
+  Library library(input);
   EXPECT_NE(library.run(), "");
   EXPECT_FALSE(library.optimization.result().end.hasRun());
   for (unsigned int section = 0; section < 4; ++section) {
@@ -296,7 +297,7 @@ namespace {
 class OneKindOfErrors : public testing::TestWithParam<std::string_view> {
  protected:
   OneKindOfErrors() {
-    Simulation::Options flight;
+    SimulationSettings flight;
     flight.points = 20'000;
     flight.strips = 2;
     flight.length = 800;
@@ -307,10 +308,10 @@ class OneKindOfErrors : public testing::TestWithParam<std::string_view> {
     make(folder.path(), flight);
   }
 
-  AdjustmentJob job() const {
-    auto job = jobOf(folder.path());
-    job.configuration.NumberOfIterations = 10;
-    return job;
+  AdjustmentInput input() const {
+    auto input = inputOf(folder.path());
+    input.configuration.NumberOfIterations = 10;
+    return input;
   }
 
   /// Runs; the solver may end for want of steps where rounding alone is left.
@@ -337,14 +338,14 @@ INSTANTIATE_TEST_SUITE_P(Each, OneKindOfErrors, testing::ValuesIn(Simulation::er
 }  // namespace
 
 TEST_P(OneKindOfErrors, IsFoundAgainAmongAllUnknownsAndByThoseOfItsSideAlone) {
-  Library all(job());
+  Library all(input());
   expectFound(all);
 
   const bool isOfTrajectory = GetParam() == "position" || GetParam() == "attitude";
-  auto locked = job();
+  auto locked = input();
   if (!isOfTrajectory) locked.configuration.LockedStrips = {0, 1, 2, 3};
   Library library(locked);
-  if (isOfTrajectory) library.optimization.settings = {false, false, false, false};
+  if (isOfTrajectory) library.optimization.settings = {false, false, false, false, 100, {}};
   expectFound(library);
   for (unsigned int section = 0; section < 4; ++section) {
     EXPECT_EQ(isUntouched(library.parameters, section), !isOfTrajectory) << section;

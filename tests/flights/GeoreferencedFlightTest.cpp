@@ -4,13 +4,15 @@
 // A flight is simulated, and its strips are georeferenced as `velorn georeference` does it.
 #include <gmock/gmock.h>
 
-#include "flight/chain/StripsGeoreferencing.h"
+#include "flight/strips/AdjustedName.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
-#include "tests/support/NoProgress.h"
+#include <velorn/flight/Containers.h>
+#include <velorn/flight/Georeference.h>
 
 using namespace Velorn::Flights;
 
-using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using Geomra::PhysicalSpace::point;
+using Geomra::PhysicalSpace::vector;
 
 namespace {
 
@@ -27,32 +29,26 @@ double farthestApart(const std::vector<point>& a, const std::vector<point>& b) {
 TEST(GeoreferencedFlight, HasTheSimulatorsWorldPointsAndGoesBackToItsMeasurements) {
   const TemporaryFolder folder;
   make(folder.path(), smallFlight());
-  GeoreferencingJob job;
-  job.strips = stripsIn(folder.path());
-  job.trajectories = {folder / "trajectory.kx"};
-  job.outputFolder = folder / "out";
-  NoProgress progress;
+  GeoreferencingInput input;
+  input.strips = stripsIn(folder.path());
+  input.trajectories = {folder / "trajectory.kx"};
+  input.outputFolder = folder / "out";
   std::string messages;
-  const auto run = [&] {
-    checkJob(job);
-    runJob(job, progress, [&](const std::string& text) { messages += text; });
-  };
-  run();
+  Watch watch;
+  watch.message = [&](const std::string& text) { messages += text; };
+  georeference(input, watch);
   std::vector<std::filesystem::path> outputs;
-  for (std::size_t i = 0; i < job.strips.size(); ++i) {
-    outputs.push_back(outputOf(job, i));
-    const OneGridFile given(job.strips[i]), made(outputs[i]);
-    EXPECT_LT(farthestApart(given.world<point>("Positions"), made.world<point>("Positions")), 1e-6);
+  for (const auto& strip : input.strips) {
+    outputs.push_back(input.outputFolder / adjustedNameOf(strip));
+    EXPECT_LT(farthestApart(loadStrip(strip).world, loadStrip(outputs.back()).world), 1e-6);
   }
-  job.strips = outputs;
-  job.outputFolder = folder / "back";
-  job.inverse = true;
-  run();
-  for (std::size_t i = 0; i < outputs.size(); ++i) {
-    const OneGridFile given(outputs[i]), made(outputOf(job, i));
-    EXPECT_LT(farthestApart(given.column<point>(Strandel::scannerChartName, "Positions"),
-                            made.column<point>(Strandel::scannerChartName, "Positions")),
-              1e-6);
+  input.strips = outputs;
+  input.outputFolder = folder / "back";
+  input.inverse = true;
+  georeference(input, watch);
+  for (const auto& output : outputs) {
+    const auto made = loadStrip(input.outputFolder / adjustedNameOf(output));
+    EXPECT_LT(farthestApart(loadStrip(output).scanner, made.scanner), 1e-6);
   }
   EXPECT_EQ(messages, "");
 }

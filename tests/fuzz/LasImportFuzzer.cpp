@@ -2,26 +2,21 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A LAS file is imported with a sound trajectory, or refused.
-#include "flight/exchange/Import.h"
 #include "flight/formats/TrajectoryExport.h"
 #include "platform/morvane/Console.h"
+#include "tests/flight/exchange/TenSeconds.h"
 #include "tests/fuzz/FileInMemory.h"
-#include "tests/support/NoProgress.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/flight/Error.h>
+#include <velorn/flight/Import.h>
 
 using namespace Velorn::Flights;
 
 namespace {
 
-/// Ten seconds over the middle of zone 32, as the files of the corpus have them.
+/// The time and place of the corpus' files.
 void writeTrajectory(const std::filesystem::path& file) {
-  constexpr double begin = 407100.0;
-  std::vector<SbetRecord> records;
-  for (int k = 0; k <= 100; ++k) {
-    records.push_back({begin + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0.01, -0.02, 6.28});
-  }
-  writeSbet(file, records);
+  writeSbet(file, tenSeconds(407100.0));
 }
 
 }  // namespace
@@ -31,15 +26,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   static const Morvane::ConsoleRedirection silence([](std::string_view) {});
   static const bool written = (writeTrajectory(folder / "flight.sbet"), true);
   const FileInMemory las(bytes, size);
-  ImportOptions options;
+  ImportSettings options;
   options.strips = {las.path()};
   options.trajectory.files = {folder / "flight.sbet"};
   options.output = folder / "imported";
   options.leverArm = {0.1, -0.2, 0.3};
   options.misalignment = {0.1, 0.2, -0.3};
-  NoProgress progress;
   try {
-    importFlight(options, progress, [](const std::string&) {});
+    importFlight(options, {});
   } catch (const Error&) {
     // refused
   }

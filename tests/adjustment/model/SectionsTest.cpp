@@ -174,6 +174,23 @@ TEST_F(Sections, TellTheirProgressWhileSomebodyListens) {
   EXPECT_EQ(divide(parameters, "LINEAR"), "");
 }
 
+TEST_F(Sections, AreSavedInAFreshRootOrTold) {
+  const auto made = folder / "00_parameter";
+  std::filesystem::remove(made);
+  addStrip("a.kx", {1000.0, 1250.0});
+  auto parameters = model();
+  EXPECT_EQ(divide(parameters, "LINEAR"), "");
+  EXPECT_THAT(sectionFile(), StartsWith("StripID: 0, sectionID: 0, t: 1000."));
+  EXPECT_THAT(console, IsEmpty());
+  std::filesystem::remove_all(made);
+  writeContent(made, "in the way");
+  EXPECT_EQ(divide(parameters, "LINEAR"), "");
+  parameters.saveParameterFile(".txt");
+  EXPECT_THAT(console,
+              ElementsAre(HasSubstr("open the file:" + (made / "Sections.txt").string()),
+                          HasSubstr("open the file:" + (made / "Parameter.txt").string())));
+}
+
 TEST_F(Sections, OfAnEmptyModelAreOnePerStrip) {
   strips = {"a.kx", "b.kx"};  // nobody reads them
   auto parameters = model();

@@ -27,11 +27,10 @@ class Correspondences : public testing::Test {
     configuration.RootPath = folder.path();
     std::filesystem::create_directory(folder / "03_correspondences");
     std::filesystem::create_directory(folder / "01_status");
-    for (const char* name : {"a.kx", "b.kx", "c.kx", "g.kx", "t.kx"}) {
-      writeContent(folder / name, "");
-    }
+    for (const char* name : {"g.kx", "t.kx"}) writeContent(folder / name, "");
     Plome::StringList names;
-    for (const char* name : {"a.kx", "b.kx", "c.kx"}) {
+    for (const char* name : {"a.kx", "b.kx", "c $(exit 1)`exit 1`\"\\$PATH.kx"}) {
+      writeContent(folder / name, "");
       strips.push_back(folder / name);
       names.add((folder / name).string());
     }

@@ -190,11 +190,9 @@ TEST_F(Statistics, ABlockThatIsRefusedIsNotTakenInAtAll) {
             "Error in scanner2world: Code: 1");
   EXPECT_THAT(lines_.back(), AllOf(HasSubstr("c.kx"), HasSubstr("strip 1")));
 
-  for (const vector& normal : {vector{0, 0, 0}, vector{0, 0, std::nan("")}}) {
-    const auto block = blockOf(false, 0, 1, 5);
-    (*block.sideI().normals)[4] = normal;
-    EXPECT_THAT(add(after_, block, 0, 1), AllOf(HasSubstr("c.kx"), HasSubstr("correspondence 4")));
-  }
+  const auto noNormal = blockOf(false, 0, 1, 5);
+  (*noNormal.sideI().normals)[4] = {0, 0, std::nan("")};
+  EXPECT_THAT(add(after_, noNormal, 0, 1), AllOf(HasSubstr("c.kx"), HasSubstr("correspondence 4")));
   const auto unequal = blockOf(false, 0, 1, 5), columns = blockOf(false, 0, 1, 5);
   unequal.sideJ().world->pop_back();
   EXPECT_EQ(add(after_, unequal, 0, 7), "AdjustmentStatistic::addData differnet size");

@@ -69,10 +69,7 @@ TEST(PointMeasures, PointToPlaneHasTheSignOfTheNormalAndNotItsLength) {
                   7.0F / std::sqrt(3.0F));
   EXPECT_EQ(pointToPlane({-1e300, 0, 0}, {0, 0, 0}, {1, 0, 0}),
             -std::numeric_limits<float>::infinity());
-  EXPECT_FALSE(hasDirection({0, -0.0, 0}));
-  EXPECT_FALSE(hasDirection({0, 1, notANumber}));
-  EXPECT_FALSE(hasDirection({-infinity, 0, 0}));
-  EXPECT_TRUE(hasDirection({0, -5e-324, 0}));
+  EXPECT_TRUE(std::isnan(pointToPlane(above, on, {0, -0.0, 0})));
 }
 
 TEST(StatisticFolder, OnlyRegularFilesWhoseWholeNameFitsAreRemoved) {

@@ -1,19 +1,23 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+#include <set>
+
 #include <gmock/gmock.h>
 #include <omp.h>
 
-#include "flight/chain/Adjustment.h"
-#include "flight/report/AdjustmentText.h"
+#include "flight/records/FinishedRun.h"
+#include "flight/strips/OrFail.h"
 #include "platform/morvane/Console.h"
 #include "tests/adjustment/trajectory/TrajectoryFile.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/CorrespondenceBlock.h>
-#include <velorn/flight/Error.h>
+#include <velorn/flight/Adjust.h>
+#include <velorn/flight/Containers.h>
 
 using namespace Velorn::Flights;
 
-using testing::HasSubstr;
+using testing::HasSubstr, testing::IsSupersetOf;
 namespace fs = std::filesystem;
 
 namespace {
@@ -23,80 +27,73 @@ class Adjusting : public testing::Test {
  protected:
   Adjusting() {
     for (const char* name : {"a.kx", "b.kx"}) {
-      Strandel::Bundle bundle;
-      const auto chart =
-          bundle.makeSlice(0)->makeGrid("strip")->makeChart(Strandel::scannerChartName);
-      chart->makeField("GPSTime", Strandel::ValueType::Double)
-          ->setValues<double>({0}, std::vector<double>{1001, 1009});
-      orFail(Strandel::MyStorage(0, 0, 1, 1).save(bundle, folder / name, "wd"));
-      job.strips.push_back(folder / name);
+      StripColumns strip;
+      strip.times = {1001, 1009};
+      strip.world = strip.scanner = {{}, {}};
+      saveStrip(folder / name, strip);
+      input.strips.push_back(folder / name);
     }
     writeContent(folder / "ground.kx", "");
-    job.groundTruth = folder / "ground.kx";
-    job.trajectories = {TrajectoryFile({recordsAt({1000, 1005, 1010})}).save(folder / "t.kx")};
-    job.correspondences = folder / "blocks";
-    job.configuration.RootPath = folder / "out";
-    fs::create_directory(job.correspondences);
+    input.groundTruth = folder / "ground.kx";
+    input.trajectories = {TrajectoryFile({recordsAt({1000, 1005, 1010})}).save(folder / "t.kx")};
+    input.correspondences = folder / "blocks";
+    input.configuration.RootPath = folder / "out";
+    fs::create_directory(input.correspondences);
   }
 
   void writePairs(double time, unsigned week = 2318) const {
-    Velorn::CorrespondenceBlock block(job.correspondences / "c0_1.kx", false, week, week,
-                                      job.configuration.Storage);
+    Velorn::CorrespondenceBlock block(input.correspondences / "c0_1.kx", false, week, week,
+                                      input.configuration.Storage);
     const Velorn::SphericalBeing being({1, 2, 3}, {600, 1, 2}, time, {0, 0, 1}, {0, 0, 1}, 11);
     for (int i = 0; i < 3; ++i) block.add(being, being);
     orFail(block.save());
   }
 
-  std::string failure(int status = Error::BadInput) const {
-    try {
-      checkJob(job);
-      adjust(job, nullptr);
-    } catch (const Error& fault) {
-      EXPECT_EQ(fault.kind(), status) << fault.what();
-      return fault.what();
-    }
-    return "no failure";
+  std::string failure(Error::Kind kind = Error::BadInput) const {
+    return refusalOf([this] { adjust(input, {}); }, kind);
   }
 
   TemporaryFolder folder;
-  AdjustmentJob job;
+  AdjustmentInput input;
   Morvane::ConsoleRedirection silence{[](std::string_view) {}};
 };
 
 }  // namespace
 
 TEST_F(Adjusting, RefusesFilesThatAreMissingOrCannotBeToldApart) {
-  const auto good = job;
-  job.strips.push_back(folder / "no.kx");
+  const auto good = input;
+  input.strips.push_back(folder / "no.kx");
   EXPECT_EQ(failure(), (folder / "no.kx").string() + ": no such file");
-  job = good;
+  input = good;
   fs::create_directory(folder / "other");
   fs::copy(folder / "a.kx", folder / "other");
-  job.strips.push_back(folder / "other" / "a.kx");
+  input.strips.push_back(folder / "other" / "a.kx");
   EXPECT_THAT(failure(), HasSubstr("two strips of one name"));
-  job = good;
-  job.groundTruth = folder.path();
+  input = good;
+  input.groundTruth = folder.path();
   EXPECT_EQ(failure(), folder.path().string() + ": is not a file");
-  job = good;
+  input = good;
   fs::copy(folder / "t.kx", folder / "t,2.kx");
-  job.trajectories = {folder / "t,2.kx"};
+  input.trajectories = {folder / "t,2.kx"};
   EXPECT_THAT(failure(), HasSubstr("must not hold a comma"));
-  job = good;
-  job.correspondences = folder / "nowhere";
+  input = good;
+  input.correspondences = folder / "nowhere";
   EXPECT_THAT(failure(), HasSubstr("nowhere: no such folder"));
-  job = good;
-  writeContent(job.correspondences / "unfinished", "");
+  input = good;
+  writeContent(input.correspondences / "unfinished", "");
   EXPECT_THAT(failure(), HasSubstr("blocks: the matching that writes it was not finished"));
-  fs::remove(job.correspondences / "unfinished");
+  fs::remove(input.correspondences / "unfinished");
   EXPECT_FALSE(fs::exists(folder / "out"));
 }
 
 TEST_F(Adjusting, NamesBlocksWithTimesThatTheTrajectoryDoesNotCover) {
   for (const auto& [time, week] : {std::pair{1000.0, 2318U}, {999.0, 2318U}, {1005.0, 2317U}}) {
     writePairs(time, week);
-    EXPECT_THAT(failure(), HasSubstr("c0_1.kx: 6 points were measured before the trajectory"));
+    const auto why = HasSubstr("c0_1.kx: 6 points were measured before the trajectory");
+    EXPECT_THAT(failure(), why);
+    EXPECT_THAT(RunState::in(folder / "out").message, why);
   }
-  EXPECT_FALSE(fs::exists(folder / "out"));
+  EXPECT_FALSE(fs::exists(folder / "out/00_parameter"));
 }
 
 TEST_F(Adjusting, SaysHowMuchGroundTruthThereIsWhenItIsTooLittle) {
@@ -111,37 +108,50 @@ TEST_F(Adjusting, SaysHowMuchGroundTruthThereIsWhenItIsTooLittle) {
 TEST_F(Adjusting, RefusesARootInWhichNoFolderCanBeMade) {
   writePairs(1005);
   writeContent(folder / "out", "a file");
-  EXPECT_THAT(failure(Error::NoSpace), HasSubstr("out/00_parameter: cannot be made a folder"));
+  EXPECT_THAT(failure(Error::NoSpace), HasSubstr("out: cannot be made a folder"));
 }
 
-TEST(RequireConvergence, TellsHowTheSolverEndedByStatusAndWords) {
-  const auto failureOf = [](const char* termination) {
-    try {
-      requireConvergence({termination, "Words.", 0, 0, 0, 0, 0, 0, 0}, "try more");
-    } catch (const Error& failure) {
-      return std::pair(failure.kind(), std::string(failure.what()));
-    }
-    return std::pair(0, std::string());
+TEST_F(Adjusting, CancelledAtAnyTimeLeavesAnInterruptedRunInsteadOfAnEarlierResult) {
+  writePairs(1005);
+  input.settings.fewestGroundTruth = 0;
+  EXPECT_EQ(adjust(input, {}).heldSections.size(), 2U);
+  const fs::path root = folder / "out";
+  EXPECT_TRUE(fs::exists(FinishedRun(root).model().parameters));
+  std::set<std::string> ends;
+  for (int questions = 0; questions < 100; ++questions) {
+    Watch watch;
+    watch.isCancelled = [left = questions]() mutable { return --left < 0; };
+    const auto end = refusalOf([&] { adjust(input, watch); }, Error::Interrupted);
+    if (end == "not refused") break;
+    ends.insert(end);
+    EXPECT_EQ(RunState::in(root).phase, RunState::Phase::interrupted);
+    EXPECT_THAT(refusalOf([&] { FinishedRun{root}; }), HasSubstr("was interrupted"));
+  }
+  EXPECT_THAT(ends, IsSupersetOf({"cancelled while setSection #",
+                                  "cancelled while the solver was at work"}));
+  EXPECT_EQ(RunState::in(root).phase, RunState::Phase::finished);
+}
+
+TEST(RequireConvergence, TellsHowTheSolverEndedByKindAndWords) {
+  const auto failureOf = [](const char* termination, std::optional<Error::Kind> kind) {
+    const Velorn::SolverEnd end{termination, "Words."};
+    return refusalOf([&] { requireConvergence(end, "try more"); }, kind);
   };
-  EXPECT_EQ(failureOf("CONVERGENCE").first, 0);
-  EXPECT_EQ(
-      failureOf("NO_CONVERGENCE"),
-      std::pair(Error::NoConvergence, std::string("the solver ended with NO_CONVERGENCE: Words.; "
-                                                  "the unknowns are not to be used; try more")));
-  EXPECT_EQ(failureOf("FAILURE"),
-            std::pair(Error::SolverFailed, std::string("the solver ended with FAILURE: Words.; the "
-                                                       "unknowns are not to be used")));
+  EXPECT_EQ(failureOf("CONVERGENCE", {}), "not refused");
+  EXPECT_EQ(failureOf("NO_CONVERGENCE", Error::NoConvergence),
+            "the solver ended with NO_CONVERGENCE: Words.; the unknowns are not to be used; try "
+            "more");
+  EXPECT_EQ(failureOf("FAILURE", Error::SolverFailed),
+            "the solver ended with FAILURE: Words.; the unknowns are not to be used");
 }
 
-TEST_F(Adjusting, SumsUpHowTheSolverEndedAndWhatWasHeld) {
-  AdjustmentOutcome outcome{{"a.kx", "b.kx"}, {}, {}, {}};
-  outcome.result.end.termination = "FAILURE";
-  outcome.result.sections = {
-      {0, 0, 500, false, false}, {1, 1, 7, true, false}, {1, 2, 9, true, true}};
-  const auto text = summaryOf(outcome, false);
+TEST(AdjustmentText, SumsUpHowTheSolverEndedAndWhatWasHeld) {
+  AdjustmentReport report;
+  report.solver.termination = "FAILURE";
+  report.heldSections = {{"b.kx", 1, 7, true, false}, {"b.kx", 2, 9, true, true}};
+  const auto text = textOf(report, false);
   EXPECT_THAT(text, HasSubstr("solver: FAILURE after 0 steps"));
   EXPECT_THAT(text, HasSubstr("section 1 of b.kx (7 correspondences): too few"));
   EXPECT_THAT(text, HasSubstr("section 2 of b.kx (9 correspondences): locked, and weak"));
-  EXPECT_THAT(text, testing::Not(HasSubstr("a.kx")));
   EXPECT_THAT(text, HasSubstr("not controlled"));
 }

@@ -6,14 +6,15 @@
 
 #include <gmock/gmock.h>
 
-#include "flight/chain/Chain.h"
+#include "flight/records/FinishedRun.h"
 #include "flight/report/SummaryText.h"
-#include "flight/strips/Containers.h"
 #include "platform/morvane/Console.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include "tests/flight/simulation/TrueWorld.h"
 #include "tests/support/TemporaryFolder.h"
+#include <velorn/flight/Containers.h>
 #include <velorn/flight/Error.h>
+#include <velorn/flight/Flight.h>
 
 using namespace Velorn::Flights;
 
@@ -24,17 +25,12 @@ using Geomra::PhysicalSpace::point;
 using testing::AllOf;
 using testing::HasSubstr;
 
-struct Silent : Kestrum::LoaderProgress {
-  void report(const std::string& /*text*/, std::size_t /*current*/,
-              std::size_t /*total*/) override {}
-};
-
-/// A project over a copy of a small flight with one parallel and two crossing strips.
+/// Settings for a copy of a small flight with one parallel and two crossing strips.
 class SmallRun : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     pristine = new TemporaryFolder;
-    Velorn::Flights::Simulation::Options options;
+    SimulationSettings options;
     options.points = 300'000;
     options.strips = 2;
     options.length = 500;
@@ -47,31 +43,27 @@ class SmallRun : public testing::Test {
 
   SmallRun() {
     fs::copy(pristine->path(), flight(), fs::copy_options::recursive);
-    for (const auto& strip : stripsIn(flight())) project.strips.push_back(strip.string());
-    project.trajectories = {(flight() / "trajectory.kx").string()};
-    project.groundTruth = (flight() / "ground_truth.kx").string();
-    project.configuration().RootPath = folder / "out";
-    project.match.maxCorrespondences = 1500;
-    project.rounds = 2;
+    for (const auto& strip : stripsIn(flight())) settings.strips.push_back(strip.string());
+    settings.trajectories = {(flight() / "trajectory.kx").string()};
+    settings.groundTruth = (flight() / "ground_truth.kx").string();
+    settings.configuration().RootPath = folder / "out";
+    settings.match.maxCorrespondences = 1500;
+    settings.rounds = 2;
   }
 
   fs::path flight() const { return folder / "flight"; }
 
-  Json done() {
+  RunReport done() {
     lines.clear();
-    Project its = project;
-    complete(its);
-    Json summary = run(its, output);
-    orFailAsSolver(summary);
-    return summary;
+    return Flight(settings, watch).run();
   }
 
-  std::string refusal(int status = Error::BadInput) {
+  std::string refusal(Error::Kind kind = Error::BadInput) {
     try {
       done();
-    } catch (const Error& failure) {
-      EXPECT_EQ(failure.kind(), status);
-      return failure.what();
+    } catch (const Error& error) {
+      EXPECT_EQ(error.kind(), kind);
+      return error.what();
     }
     return "none";
   }
@@ -86,19 +78,19 @@ class SmallRun : public testing::Test {
   void change(std::size_t strip, const char* name, const Change& to) {
     Strandel::Bundle bundle;
     const Strandel::MyStorage storage(0, 0, 1, 1);
-    orFail(storage.load(project.strips[strip], bundle));
+    orFail(storage.load(settings.strips[strip], bundle));
     const auto field = bundle.grids().at(0)->cartesian()->field(name);
     auto values = *field->values<T>({0}).values;
     to(values);
     orFail(field->setValues<T>({0}, std::move(values)));
-    orFail(storage.save(bundle, project.strips[strip], "wd"));
+    orFail(storage.save(bundle, settings.strips[strip], "wd"));
   }
 
   static TemporaryFolder* pristine;
   TemporaryFolder folder;
-  Project project;
+  FlightSettings settings;
   std::vector<std::string> lines;
-  RunOutput output{std::make_shared<Silent>(), [this](const auto& line) { lines.push_back(line); }};
+  Watch watch{{}, [this](const auto& line) { lines.push_back(line); }, {}};
   Morvane::ConsoleRedirection silence{[](std::string_view) {}};
 };
 
@@ -116,43 +108,42 @@ class SeveralRuns : public SmallRun {
 
 TEST_F(SeveralRuns, AdjustsAFlightAndSkipsWhatIsDone) {
   const auto summary = done();
-  EXPECT_EQ(summary["adjustment"]["solver"]["termination"], "CONVERGENCE");
-  const auto& fit = summary["adjustment"];
-  EXPECT_GT(fit["before"]["pairs"]["rms"], 0.1);
-  EXPECT_LT(fit["after"]["pairs"]["rms"], 0.03);
-  EXPECT_EQ(summary["rounds"].size(), 2U);
+  EXPECT_EQ(summary.adjustment->solver.termination, "CONVERGENCE");
+  const auto& fit = *summary.adjustment;
+  EXPECT_GT(fit.before.pairs.rms, 0.1);
+  EXPECT_LT(fit.after.pairs.rms, 0.03);
+  EXPECT_EQ(summary.rounds.size(), 2U);
   EXPECT_EQ(skipped(), 0U);
   // "Before" is the delivered state in every round.
   const auto before = [&](std::size_t round) {
-    return summary["rounds"][round]["adjustment"]["before"]["pairs"]["rms"].get<double>();
+    return summary.rounds[round].adjustment->before.pairs.rms;
   };
   EXPECT_NEAR(before(1), before(0), 0.05 * before(0));
-  EXPECT_TRUE(summary["datum"]["warnings"].empty());
+  EXPECT_TRUE(summary.datum->warnings.empty());
   const auto text = contentOf(folder / "out" / "summary.txt");
-  EXPECT_EQ(text, summaryText(summary));
+  EXPECT_EQ(text, textOf(summary));
   EXPECT_THAT(text, AllOf(HasSubstr("strip pairs"), HasSubstr("candidates"), HasSubstr("datum: ")));
-  EXPECT_EQ(Json::parse(contentOf(folder / "out" / "summary.json")), summary);
+  EXPECT_EQ(textOf(RunFolder(folder / "out").readSummary()), text);
 
   const auto adjusted = fs::last_write_time(folder / "out/05_adjusted/strip_01_SA.kx");
   const auto again = done();
   EXPECT_EQ(skipped(), lines.size());
-  EXPECT_EQ(again["adjustment"], summary["adjustment"]);
+  EXPECT_EQ(textOf(*again.adjustment, true), textOf(*summary.adjustment, true));
   EXPECT_EQ(fs::last_write_time(folder / "out/05_adjusted/strip_01_SA.kx"), adjusted);
 
   fs::remove(folder / "out/05_adjusted/strip_02_SA.kx");
   done();
   EXPECT_EQ(lines.size() - skipped(), 1U);  // georeferenced alone
-  project.model.configuration.ThresholdMaxAngle = 4;
+  settings.model.configuration.ThresholdMaxAngle = 4;
   done();
-  EXPECT_EQ(skipped(), project.strips.size());  // rasterized strips
-  project.force = true;
+  EXPECT_EQ(skipped(), settings.strips.size());  // rasterized strips
+  settings.force = true;
   done();
   EXPECT_EQ(skipped(), 0U);
 }
 
 TEST_F(SeveralRuns, GoesFromCoarseToFineWhereStripsLieFarApart) {
-  Velorn::Flights::Simulation::Options
-      options;  // of one wrong misalignment: 10 m apart where points are 1 m
+  SimulationSettings options;  // of one wrong misalignment: 10 m apart where points are 1 m
   options.points = 300'000;
   options.strips = 2;
   options.length = 500;
@@ -160,55 +151,55 @@ TEST_F(SeveralRuns, GoesFromCoarseToFineWhereStripsLieFarApart) {
   options.errorScale = 10.0;
   fs::remove_all(flight());
   make(flight(), options);
-  project.model.held = {"offsets", "scales", "lever-arm"};
-  project.model.locked = {0, 1, 2, 3};  // or the strips' rolls and pitches take what they like
-  project.rounds = 3;
-  const auto farthest = [](const Json& summary) {  // from the truth [degree]
-    const auto& angles = summary["adjustment"]["globals"]["misalignment"];
+  settings.model.held = {"offsets", "scales", "lever-arm"};
+  settings.model.locked = {0, 1, 2, 3};  // or the strips' rolls and pitches take what they like
+  settings.rounds = 3;
+  const auto farthest = [](const RunReport& summary) {  // from the truth [degree]
+    const auto& angles = summary.adjustment->globals.misalignment;
     const std::array<double, 3> truth{0.71, -0.67, 1.44};
     double most = 0.0;
     for (std::size_t k = 0; k < 3; ++k) {
-      most = std::max(most, std::abs(angles[k].get<double>() - truth[k]));
+      most = std::max(most, std::abs(angles[k] - truth[k]));
     }
     return most;
   };
-  project.coarseRounds = 9;  // of which the first see no planes
+  settings.coarseRounds = 9;  // of which the first see no planes
   const auto summary = done();
   EXPECT_LT(farthest(summary), 0.02);
-  EXPECT_LT(summary["adjustment"]["after"]["pairs"]["rms"], 0.02);
-  EXPECT_FALSE(summary["rounds"][0].contains("adjustment"));
-  EXPECT_THAT(summaryText(summary), HasSubstr("round 1, coarse: search radius"));
+  EXPECT_LT(summary.adjustment->after.pairs.rms, 0.02);
+  EXPECT_FALSE(summary.rounds[0].adjustment.has_value());
+  EXPECT_THAT(textOf(summary), HasSubstr("round 1, coarse: search radius"));
   const auto again = done();
   EXPECT_EQ(skipped(), lines.size());
-  EXPECT_EQ(again["adjustment"], summary["adjustment"]);
+  EXPECT_EQ(textOf(*again.adjustment, true), textOf(*summary.adjustment, true));
 }
 
 TEST_F(SeveralRuns, MatchesAsUsualWhereNoCoarseRoundComesFirst) {
-  project.steps = {"+rasterize", "+correspondences"};
-  const auto usual = done()["rounds"][0]["matching"];
-  project.coarseRounds = 2;
-  EXPECT_EQ(done()["rounds"][0]["matching"], usual);
+  settings.steps = {"+rasterize", "+correspondences"};
+  const auto usual = done().rounds[0].matching->correspondences;
+  settings.coarseRounds = 2;
+  EXPECT_EQ(done().rounds[0].matching->correspondences, usual);
 }
 
 TEST_F(SeveralRuns, SaysWhatNothingControls) {
-  project.model.configuration.CellSizeWeights[0] = 1;
-  project.rounds = 1;
-  EXPECT_THAT(summaryText(done()), HasSubstr("WARNING: LINEAR sections with weight 1"));
-  project.groundTruth.clear();
-  project.model.isRelative = true;
+  settings.model.configuration.CellSizeWeights[0] = 1;
+  settings.rounds = 1;
+  EXPECT_THAT(textOf(done()), HasSubstr("WARNING: LINEAR sections with weight 1"));
+  settings.groundTruth.clear();
+  settings.model.isRelative = true;
   const auto summary = done();
-  EXPECT_THAT(summaryText(summary), HasSubstr("WARNING: No ground truth"));
-  EXPECT_LT(summary["adjustment"]["after"]["pairs"]["rms"], 0.03);
+  EXPECT_THAT(textOf(summary), HasSubstr("WARNING: No ground truth"));
+  EXPECT_LT(summary.adjustment->after.pairs.rms, 0.03);
 }
 
 TEST_F(SmallRun, GoesOnWithAStripThatHasNoPlanarSurface) {
   change<std::uint8_t>(0, "Classification",
                        [](auto& classes) { classes.assign(classes.size(), 5); });
   const auto summary = done();
-  EXPECT_EQ(summary["rasterize"]["strips"][0]["no_terrain"],
-            summary["rasterize"]["strips"][0]["points"].get<std::size_t>() -
-                summary["rasterize"]["strips"][0]["not_planar"].get<std::size_t>());
-  EXPECT_THAT(summaryText(summary), HasSubstr("of strip_01.kx with 0 correspondences"));
+  EXPECT_EQ(summary.rasterizing->strips[0].counts.notTerrain,
+            summary.rasterizing->strips[0].counts.points -
+                summary.rasterizing->strips[0].counts.notPlanar);
+  EXPECT_THAT(textOf(summary), HasSubstr("of strip_01.kx with 0 correspondences"));
 }
 
 TEST_F(SmallRun, RefusesFilesThatDoNotBelongTogether) {
@@ -222,52 +213,54 @@ TEST_F(SmallRun, RefusesFilesThatDoNotBelongTogether) {
     times[7] = std::numeric_limits<double>::quiet_NaN();
   });
   EXPECT_THAT(refusal(), HasSubstr("strip_01.kx: a GPS time is no number"));
-  saveStrip(project.strips[0], {});
+  saveStrip(settings.strips[0], {});
   EXPECT_THAT(refusal(), HasSubstr("strip_01.kx: holds no points"));
   StripColumns other;
   other.week = 2000;
   other.world = {{1, 2, 3}, {4, 5, 6}};
   other.times = {302410, 302411};
-  saveStrip(project.strips[0], other);
+  saveStrip(settings.strips[0], other);
   EXPECT_THAT(refusal(), HasSubstr("strip_01.kx: StandardCartesianChart3D/Amplitude: missing"));
   other.returnNumber = other.numberOfReturns = other.classification = {1, 1};
   other.amplitude = {20, 20};
   other.scanner = {{500, 0, 0}, {500, 0, 1}};
-  saveStrip(project.strips[0], other);
+  saveStrip(settings.strips[0], other);
   EXPECT_THAT(refusal(),
               HasSubstr("strip_01.kx: ScannerCoordinateSystem/Waveforms.DirectionDelta: missing"));
   other.directions = {{0, 0, 1}, {0, 0, 1}};
   other.scanner[1].y = std::nan("");
-  saveStrip(project.strips[0], other);
+  saveStrip(settings.strips[0], other);
   EXPECT_THAT(refusal(), HasSubstr("strip_01.kx: a scanner coordinate is no number"));
   other.scanner[1].y = 0;
-  saveStrip(project.strips[0], other);
+  saveStrip(settings.strips[0], other);
   EXPECT_THAT(refusal(), HasSubstr("of week 2000, but the trajectory has only the GPS weeks 2318"));
-  writeContent(project.strips[0], "no container");
+  writeContent(settings.strips[0], "no container");
   EXPECT_THAT(refusal(), HasSubstr("strip_01.kx"));
+  settings.configuration().SelectionStr = "Amplitude > ";
+  EXPECT_THAT(refusal(Error::BadSettings), HasSubstr("Amplitude > "));
 }
 
 TEST_F(SmallRun, RefusesAStepWithoutTheOneBefore) {
-  project.steps = {"+correspondences"};
+  settings.steps = {"+correspondences"};
   EXPECT_THAT(refusal(), HasSubstr("strip_01.kx: no such raster; rasterize first"));
-  project.steps = {"+optimization"};
+  settings.steps = {"+optimization"};
   EXPECT_THAT(refusal(), HasSubstr("03_correspondences: holds no blocks of correspondences"));
 }
 
 TEST_F(SmallRun, RefusesGroundTruthElsewhereAndStripsApart) {
-  const auto truth = project.groundTruth;
-  project.groundTruth = (folder / "far.kx").string();
-  saveGroundTruth(project.groundTruth, {{{1e5, 2e6, 100}}, {{0, 0, 1}}, {2}});
+  const auto truth = settings.groundTruth;
+  settings.groundTruth = (folder / "far.kx").string();
+  saveGroundTruth(settings.groundTruth, {{{1e5, 2e6, 100}}, {{0, 0, 1}}, {2}});
   EXPECT_THAT(refusal(), AllOf(HasSubstr("far.kx: lies at E 100000"), HasSubstr("another zone")));
-  project.groundTruth = truth;
-  for (std::size_t strip = 0; strip < project.strips.size(); ++strip) {
+  settings.groundTruth = truth;
+  for (std::size_t strip = 0; strip < settings.strips.size(); ++strip) {
     change<point>(strip, "Positions", [&](auto& places) {
       for (point& place : places) place.x += 5000.0 * static_cast<double>(strip);
     });
   }
   EXPECT_THAT(refusal(), HasSubstr("overlap"));
-  const auto summary = Json::parse(contentOf(folder / "out/summary.json"));
-  EXPECT_GT(summary["rasterize"]["strips"][0]["points"], 1000U);
+  const auto summary = RunFolder(folder / "out").readSummary();
+  EXPECT_GT(summary.rasterizing->strips[0].counts.points, 1000U);
   EXPECT_THAT(contentOf(folder / "out/summary.txt"), HasSubstr("FAILED: no two of"));
 }
 
@@ -276,8 +269,8 @@ TEST_F(SeveralRuns, LeavesOutPointsThatAreNoNumbers) {
     for (std::size_t i = 0; i < places.size(); i += 10) places[i].z = std::nan("");
   });
   const auto summary = done();
-  EXPECT_GT(summary["rasterize"]["strips"][1]["not_finite"], 1000U);
-  EXPECT_LT(summary["adjustment"]["after"]["pairs"]["rms"], 0.03);
+  EXPECT_GT(summary.rasterizing->strips[1].counts.notFinite, 1000U);
+  EXPECT_LT(summary.adjustment->after.pairs.rms, 0.03);
 }
 
 TEST(IdleScale, IsToldWhereNoSensorHasOneSoLargeAndItMovesNothing) {
@@ -293,23 +286,55 @@ TEST(IdleScale, IsToldWhereNoSensorHasOneSoLargeAndItMovesNothing) {
 
 TEST_F(SeveralRuns, TakesFileNamesThatAreNoUtf8) {
   const std::string renamed = (flight() / "streifen_\xE4.kx").string();
-  fs::rename(project.strips.back(), renamed);
-  project.strips.back() = renamed;
+  fs::rename(settings.strips.back(), renamed);
+  settings.strips.back() = renamed;
   const auto summary = done();
-  EXPECT_EQ(summary["rounds"].size(), 2U);
+  EXPECT_EQ(summary.rounds.size(), 2U);
   EXPECT_TRUE(fs::exists(folder / "out/05_adjusted/streifen_\xE4_SA.kx"));
 }
 
+TEST_F(SmallRun, ThatIsCancelledCannotBeUsedAndGoesOn) {
+  const auto root = folder / "out";
+  settings.rounds = 1;
+  std::size_t asked = 0, last = 60;
+  watch.isCancelled = [&] { return ++asked > last; };
+  EXPECT_THAT(refusal(Error::Interrupted), HasSubstr("cancelled while"));
+  EXPECT_EQ(RunState::in(root).phase, RunState::Phase::interrupted);
+  EXPECT_THROW(FinishedRun{root}, Error);
+  watch.isCancelled = {};
+  done();
+  EXPECT_GT(skipped(), 0U) << "what was done before counts";
+  EXPECT_EQ(FinishedRun(root).adjustedStrips().size(), settings.strips.size());
+  EXPECT_EQ(FinishedRun(root).strips().size(), settings.strips.size());
+  settings.steps = {"+rasterize"};
+  done();
+  EXPECT_FALSE(FinishedRun(root).modelIfAny());
+  EXPECT_THROW(FinishedRun(root).adjustedStrips(), Error);
+  EXPECT_THROW(FinishedRun(root).model(), Error);
+}
+
+TEST_F(SeveralRuns, DoesItsStepsOneByOneToo) {
+  Flight flight(settings, watch);
+  EXPECT_EQ(flight.strips().size(), settings.strips.size());
+  EXPECT_THROW(flight.georeference(), Error);
+  EXPECT_GT(flight.rasterize().strips[0].counts.points, 1000U);
+  EXPECT_GT(flight.match().correspondences, 500U);
+  EXPECT_TRUE(flight.adjust().solver.isConvergence());
+  EXPECT_EQ(flight.georeference().strips, settings.strips.size());
+  EXPECT_EQ(FinishedRun(folder / "out").adjustedStrips().size(), settings.strips.size());
+}
+
 TEST_F(SeveralRuns, EndsWithTheStatusOfItsKind) {
-  project.rounds = 1;
-  project.model.configuration.NumberOfIterations = 1;
+  settings.rounds = 1;
+  settings.model.configuration.NumberOfIterations = 1;
   EXPECT_THAT(refusal(Error::NoConvergence), HasSubstr("raise iterations"));
   EXPECT_THAT(contentOf(folder / "out/summary.txt"), HasSubstr("NO_CONVERGENCE"));
   EXPECT_FALSE(fs::exists(folder / "out/05_adjusted"));
-  project.model.configuration.NumberOfIterations = 30;
-  saveGroundTruth(project.groundTruth, {});
+  EXPECT_EQ(RunState::in(folder / "out").phase, RunState::Phase::failed);
+  settings.model.configuration.NumberOfIterations = 30;
+  saveGroundTruth(settings.groundTruth, {});
   EXPECT_THAT(refusal(Error::TooLittleControl), HasSubstr("100 are needed"));
-  project.configuration().RootPath = "/proc/nowhere";
+  settings.configuration().RootPath = "/proc/nowhere";
   EXPECT_THAT(refusal(Error::NoSpace), HasSubstr("/proc/nowhere"));
 }
 

@@ -10,13 +10,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "flight/chain/StripsGeoreferencing.h"
 #include "platform/plome/StringList.h"
 #include "tests/adjustment/trajectory/TrajectoryFile.h"
+#include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/FileContainer.h>
 #include <velorn/Georeferencing.h>
-#include <velorn/flight/Error.h>
+#include <velorn/flight/Containers.h>
+#include <velorn/flight/Georeference.h>
 
 using namespace Velorn::Flights;
 
@@ -31,119 +32,6 @@ using testing::IsEmpty;
 namespace {
 
 constexpr unsigned week = 2318;
-const Strandel::MyStorage storage(0, 0, 1, 1);
-
-struct NoProgress : Kestrum::LoaderProgress {
-  void report(const std::string&, std::size_t current, std::size_t total) override {
-    seen.emplace_back(current, total);
-  }
-  std::vector<std::pair<std::size_t, std::size_t>> seen;
-};
-
-/// A folder with a trajectory and two strips, and a job for them.
-class JobTest : public testing::Test {
- protected:
-  JobTest() {
-    std::vector<Record> path;
-    path.reserve(21);
-    for (int i = 0; i < 21; ++i) {
-      path.push_back({100.0 + i, {500000.0 + i, 5.3e6 + 60.0 * i, 1500.0}, {1.0, 2.0, 0.1 * i}});
-    }
-    job.trajectories = {TrajectoryFile({path}, week).save(folder / "trajectory.kx")};
-    job.strips = {writeStrip("b.kx", 101.0), writeStrip("a.kx", 110.0)};
-    job.outputFolder = folder / "new/out";
-  }
-
-  static std::vector<double> timesFrom(double first) {
-    std::vector<double> times;
-    times.reserve(100);
-    for (int i = 0; i < 100; ++i) times.push_back(first + 0.08 * i);
-    return times;
-  }
-
-  static std::vector<point> scannerPoints() {
-    std::vector<point> points;
-    points.reserve(100);
-    for (int i = 0; i < 100; ++i) points.push_back({800.0 + i, 0.2 * i - 7, 9.0 * (i - 50)});
-    return points;
-  }
-
-  fs::path writeStrip(const std::string& name, double firstTime, std::int64_t itsWeek = week) {
-    Strandel::Bundle bundle;
-    const auto grid = bundle.makeSlice(0)->makeGrid("strip");
-    grid->attributes().set("WeekNumber", itsWeek);
-    const auto scanner = grid->makeChart(Strandel::scannerChartName);
-    scanner->makeField("Positions", Strandel::ValueType::Point)
-        ->setValues<point>({0}, scannerPoints());
-    const auto times = scanner->makeField("GPSTime", Strandel::ValueType::Double);
-    times->setValues<double>({0}, timesFrom(firstTime));
-    grid->makeChart(Strandel::worldChartName)->shareField(times);
-    if (const auto fault = storage.save(bundle, folder / name, "wd"); !fault.empty()) {
-      throw std::runtime_error(fault);
-    }
-    return folder / name;
-  }
-
-  static std::vector<point> positionsIn(const fs::path& file, const char* chart) {
-    Strandel::Bundle bundle;
-    EXPECT_EQ(storage.load(file, bundle), "");
-    const auto field = bundle.grids().front()->chart(chart)->field("Positions");
-    return *field->values<point>({0}).values;
-  }
-
-  /// World points by the list operation, with this mounting and nothing else.
-  std::vector<point> expectedWorld(double firstTime, const point& leverArm,
-                                   const point& misalignment) const {
-    Velorn::Trajectory trajectory(job.trajectories);
-    EXPECT_EQ(trajectory.importTrajectory(), "");
-    Velorn::SolverParameters parameters({"strip.kx"}, Velorn::InputParameter());
-    EXPECT_EQ(parameters.setEmptySections(leverArm, misalignment), "");
-    std::vector<point> world(100);
-    std::vector<vector> directions(100);
-    EXPECT_EQ(Velorn::scanner2world(parameters, trajectory, scannerPoints(), timesFrom(firstTime),
-                                    week, 0, world, directions, 0.0, false),
-              "");
-    return world;
-  }
-
-  JobResult run() {
-    checkJob(job);
-    return runJob(job, progress, [this](const std::string& line) { told.push_back(line); });
-  }
-
-  std::string refusal() const {
-    try {
-      checkJob(job);
-    } catch (const Error& failure) {
-      return failure.what();
-    }
-    return "not refused";
-  }
-
-  /// Divides the strips and writes the files of an adjustment with this mounting.
-  void writeAdjustment(const point& leverArm, const point& misalignment) {
-    Velorn::InputParameter configuration;
-    configuration.ParameterPath = folder.path();
-    configuration.DefaultInterval = {3, 3, 3};
-    const auto names = std::make_shared<Plome::StringList>();
-    for (const auto& strip : job.strips) names->add(strip.string());
-    const auto truth = writeStrip("truth.kx", 101.0).string();
-    Velorn::FileContainer files;  // sorts them: the user's order is another one
-    ASSERT_EQ(files.add(names, truth, job.trajectories[0].string()), "");
-    files.writeStripID(folder / "StripID.txt", false);
-    Velorn::SolverParameters parameters(files.getStripFiles(), configuration);
-    ASSERT_EQ(parameters.setSections("LINEAR", {}, leverArm, misalignment, ".txt", {}, {}), "");
-    parameters.writeParameterFile(".txt");
-    job.sections = folder / "Sections.txt";
-    job.parameters = folder / "Parameter.txt";
-    job.stripIds = folder / "StripID.txt";
-  }
-
-  const TemporaryFolder folder;
-  GeoreferencingJob job;
-  NoProgress progress;
-  std::vector<std::string> told;
-};
 
 /// [m]; infinite for lists of unequal length and for NaN.
 double largestDistance(const std::vector<point>& a, const std::vector<point>& b) {
@@ -162,127 +50,229 @@ constexpr double sameModel = 1e-8;
 constexpr point trajectoryLeverArm{0.1, 0.2, 0.3};  // as TrajectoryFile has them
 constexpr point trajectoryMisalignment{0.5, -0.25, 90.0};
 
+/// A folder with a trajectory and two strips, and how to georeference them.
+class GeoreferencedStrips : public testing::Test {
+ protected:
+  GeoreferencedStrips() {
+    std::vector<Record> path;
+    path.reserve(21);
+    for (int i = 0; i < 21; ++i) {
+      path.push_back({100.0 + i, {500000.0 + i, 5.3e6 + 60.0 * i, 1500.0}, {1.0, 2.0, 0.1 * i}});
+    }
+    input.trajectories = {TrajectoryFile({path}, week).save(folder / "trajectory.kx")};
+    input.strips = {writeStrip("b.kx", 101.0), writeStrip("a.kx", 110.0)};
+    input.outputFolder = folder / "new/out";
+  }
+
+  static std::vector<double> timesFrom(double first) {
+    std::vector<double> times(100);
+    for (int i = 0; i < 100; ++i) times[i] = first + 0.08 * i;
+    return times;
+  }
+
+  static std::vector<point> scannerPoints() {
+    std::vector<point> points;
+    points.reserve(100);
+    for (int i = 0; i < 100; ++i) points.push_back({800.0 + i, 0.2 * i - 7, 9.0 * (i - 50)});
+    return points;
+  }
+
+  fs::path writeStrip(const std::string& name, double firstTime, std::int64_t itsWeek = week) {
+    StripColumns strip;
+    strip.week = itsWeek;
+    strip.world.resize(100);
+    strip.scanner = scannerPoints();
+    strip.times = timesFrom(firstTime);
+    saveStrip(folder / name, std::move(strip));
+    return folder / name;
+  }
+
+  /// World points by the list operation, with this mounting and nothing else.
+  std::vector<point> expectedWorld(double firstTime, const point& leverArm,
+                                   const point& misalignment) const {
+    Velorn::Trajectory trajectory(input.trajectories);
+    EXPECT_EQ(trajectory.importTrajectory(), "");
+    Velorn::SolverParameters parameters({"strip.kx"}, Velorn::InputParameter());
+    EXPECT_EQ(parameters.setEmptySections(leverArm, misalignment), "");
+    std::vector<point> world(100);
+    std::vector<vector> directions(100);
+    EXPECT_EQ(Velorn::scanner2world(parameters, trajectory, scannerPoints(), timesFrom(firstTime),
+                                    week, 0, world, directions, 0.0, false),
+              "");
+    return world;
+  }
+
+  void expectWorld(const std::string& name, double firstTime, const point& leverArm,
+                   const point& misalignment) const {
+    EXPECT_LT(largestDistance(loadStrip(folder / "new/out" / name).world,
+                              expectedWorld(firstTime, leverArm, misalignment)),
+              sameModel)
+        << name;
+  }
+
+  GeoreferencingReport run() {
+    told.clear();
+    seen.clear();
+    Watch watch;
+    watch.message = [this](const std::string& line) { told.push_back(line); };
+    watch.progress = [this](const std::string&, auto... counts) { seen.emplace_back(counts...); };
+    return georeference(input, watch);
+  }
+
+  std::string refusal() {
+    return refusalOf([this] { run(); }, {});
+  }
+
+  /// Divides the strips and writes the files of an adjustment with this mounting.
+  /// @param interval  longest section [s]
+  void writeAdjustment(const point& leverArm, const point& misalignment, double interval = 3) {
+    Velorn::InputParameter configuration;
+    configuration.ParameterPath = folder.path();
+    configuration.DefaultInterval = {interval, interval, interval};
+    const auto names = std::make_shared<Plome::StringList>();
+    for (const auto& strip : input.strips) names->add(strip.string());
+    const auto truth = writeStrip("truth.kx", 101.0).string();
+    Velorn::FileContainer files;  // sorts them: the user's order is another one
+    ASSERT_EQ(files.add(names, truth, input.trajectories[0].string()), "");
+    files.writeStripID(folder / "StripID.txt", false);
+    Velorn::SolverParameters parameters(files.getStripFiles(), configuration);
+    ASSERT_EQ(parameters.setSections("LINEAR", {}, leverArm, misalignment, ".txt", {}, {}), "");
+    parameters.writeParameterFile(".txt");
+    input.model = {folder / "Sections.txt", folder / "Parameter.txt", folder / "StripID.txt"};
+  }
+
+  const TemporaryFolder folder;
+  GeoreferencingInput input;
+  std::vector<std::string> told;
+  std::vector<std::pair<std::size_t, std::size_t>> seen;
+};
+
 }  // namespace
 
-TEST_F(JobTest, StripsGoToANewFolderWithTheMountingOfTheTrajectory) {
+TEST_F(GeoreferencedStrips, GoToANewFolderWithTheMountingOfTheTrajectory) {
   const std::string before = contentOf(folder / "a.kx");
   const auto result = run();
   EXPECT_THAT(told, IsEmpty());
   EXPECT_EQ(result.strips, 2u);
   EXPECT_EQ(result.points, 200u);
-  EXPECT_EQ(result.faults, 0u);
-  EXPECT_THAT(progress.seen, ElementsAre(std::pair(0, 2), std::pair(1, 2)));
-  EXPECT_LT(largestDistance(positionsIn(folder / "new/out/b_SA.kx", Strandel::worldChartName),
-                            expectedWorld(101.0, trajectoryLeverArm, trajectoryMisalignment)),
-            sameModel);
-  EXPECT_LT(largestDistance(positionsIn(folder / "new/out/a_SA.kx", Strandel::worldChartName),
-                            expectedWorld(110.0, trajectoryLeverArm, trajectoryMisalignment)),
-            sameModel);
+  EXPECT_THAT(seen, ElementsAre(std::pair(0, 2), std::pair(1, 2)));
+  expectWorld("b_SA.kx", 101.0, trajectoryLeverArm, trajectoryMisalignment);
+  expectWorld("a_SA.kx", 110.0, trajectoryLeverArm, trajectoryMisalignment);
   EXPECT_EQ(contentOf(folder / "a.kx"), before);
 }
 
-TEST_F(JobTest, TheInverseInPlaceLeadsBackToTheScannerCoordinates) {
-  job.outputFolder.clear();
-  job.selected = {1};
+TEST_F(GeoreferencedStrips, TheInverseInPlaceLeadsBackToTheScannerCoordinates) {
+  input.outputFolder.clear();
+  input.selected = {1};
   const std::string unselected = contentOf(folder / "b.kx");
   EXPECT_EQ(run().points, 100u);
-  Strandel::Bundle bundle;
-  ASSERT_EQ(storage.load(folder / "a.kx", bundle), "");
-  bundle.grids()
-      .front()
-      ->chart(Strandel::scannerChartName)
-      ->field("Positions")
-      ->setValues<point>({0}, std::vector<point>(100));
-  ASSERT_EQ(storage.save(bundle, folder / "a.kx", "wd"), "");
+  auto strip = loadStrip(folder / "a.kx");
+  strip.scanner.assign(100, {});
+  saveStrip(folder / "a.kx", strip);
 
-  job.inverse = true;
+  input.inverse = true;
   run();
   EXPECT_THAT(told, IsEmpty());
-  const auto points = positionsIn(folder / "a.kx", Strandel::scannerChartName);
+  const auto points = loadStrip(folder / "a.kx").scanner;
   EXPECT_LT(largestDistance(points, scannerPoints()), 2e-8);  // the model's bound, there and back
   EXPECT_EQ(contentOf(folder / "b.kx"), unselected);
 }
 
-TEST_F(JobTest, TheResultOfAnAdjustmentCountsInsteadOfTheTrajectorysMounting) {
+TEST_F(GeoreferencedStrips, ByTheModelOfAnAdjustmentAreWhereItsMountingPutsThem) {
   constexpr point leverArm{1.0, -2.0, 0.5};
   constexpr point misalignment{0.25, 0.5, -0.75};
   writeAdjustment(leverArm, misalignment);
-  run();
+  input.strips.insert(input.strips.begin(), writeStrip("c.kx", 104.0));
+  EXPECT_THAT(run().unknown, ElementsAre("c.kx")) << "the global corrections alone act on it";
   EXPECT_THAT(told, IsEmpty());
-  EXPECT_LT(largestDistance(positionsIn(folder / "new/out/b_SA.kx", Strandel::worldChartName),
-                            expectedWorld(101.0, leverArm, misalignment)),
-            sameModel);
-  EXPECT_LT(largestDistance(positionsIn(folder / "new/out/a_SA.kx", Strandel::worldChartName),
-                            expectedWorld(110.0, leverArm, misalignment)),
-            sameModel);
-}
+  expectWorld("b_SA.kx", 101.0, leverArm, misalignment);
+  expectWorld("a_SA.kx", 110.0, leverArm, misalignment);
+  expectWorld("c_SA.kx", 104.0, leverArm, misalignment);
 
-TEST_F(JobTest, AStripThatTheAdjustmentDidNotKnowGetsItsGlobalCorrectionsAndIsNamed) {
-  constexpr point leverArm{1.0, -2.0, 0.5};
-  constexpr point misalignment{0.25, 0.5, -0.75};
-  writeAdjustment(leverArm, misalignment);
-  job.strips.insert(job.strips.begin(), writeStrip("c.kx", 104.0));
-  EXPECT_THAT(run().unknown, ElementsAre("c.kx"));
-  EXPECT_THAT(told, IsEmpty());
-  EXPECT_LT(largestDistance(positionsIn(folder / "new/out/c_SA.kx", Strandel::worldChartName),
-                            expectedWorld(104.0, leverArm, misalignment)),
-            sameModel);
-
-  job.overwrite = true;
-  job.selected = {1};
+  input.overwrite = true;
+  input.selected = {1};
   EXPECT_THAT(run().unknown, IsEmpty());
-  job.strips.erase(job.strips.begin() + 2);  // one that the adjustment did know
+  input.strips.erase(input.strips.begin() + 2);  // one that the adjustment did know
   EXPECT_THROW(run(), Error);
 }
 
-TEST_F(JobTest, AStripWithAMessageDoesNotStopTheOthers) {
-  writeStrip("b.kx", 101.0, 1999);
+TEST_F(GeoreferencedStrips, OneWithAFaultIsToldAndDoesNotStopTheOthers) {
   writeContent(folder / "c.kx", "no container");
-  job.strips = {folder / "b.kx", folder / "c.kx", folder / "a.kx"};
-  const auto result = run();
-  EXPECT_EQ(result.strips, 3u);
-  EXPECT_EQ(result.faults, 2u);
-  EXPECT_THAT(told,
-              ElementsAre(AllOf(HasSubstr((folder / "b.kx").string() + ": "), HasSubstr("1999")),
-                          HasSubstr((folder / "c.kx").string() + ": ")));
+  input.strips = {folder / "c.kx", folder / "a.kx"};
+  EXPECT_THAT(refusal(), HasSubstr("1 of 2 strips with a fault, named above; 1 without one"));
+  EXPECT_THAT(told, ElementsAre(HasSubstr((folder / "c.kx").string() + ": ")));
   EXPECT_TRUE(fs::exists(folder / "new/out/a_SA.kx"));
 }
 
-TEST_F(JobTest, WhatCannotGoWellIsRefusedByNameBeforeAnyWork) {
+TEST_F(GeoreferencedStrips, AreRefusedWhereTheTrajectoryHasNoRecord) {
+  input.strips = {folder / "c.kx"};
+  for (const auto& [first, itsWeek, message] :
+       {std::tuple(115.0, week,
+                   "c.kx: measured from 115.000 to 122.920 s of week 2318, but the "
+                   "trajectory is from 100.000 to 120.000 s of week 2318"),
+        {99.99, week, "measured from 99.990"},
+        {92.0, week, "18 s of leap seconds would make them fit"},
+        {110.0, week + 1, "to 117.920 s of week 2319, but the trajectory has no record"}}) {
+    writeStrip("c.kx", first, itsWeek);
+    EXPECT_THAT(refusal(), HasSubstr(message));
+    EXPECT_THAT(told, IsEmpty());
+  }
+  input.strips.push_back(folder / "a.kx");
+  input.selected = {1};
+  EXPECT_EQ(refusal(), "not refused") << "the other one is not selected";
+  input.selected = {0};
+  writeStrip("c.kx", 100.0);
+  EXPECT_EQ(refusal(), "not refused");
+  input.overwrite = input.reportEarlyTimes = true;
+  EXPECT_THAT(refusal(), HasSubstr("1 of 1 strips with a fault"));
+}
+
+TEST_F(GeoreferencedStrips, AreRefusedWithTheModelOfAnotherTime) {
+  writeAdjustment({}, {}, 86400);
+  input.overwrite = true;
+  writeStrip("a.kx", 109.9);  // its section begins at 110 s
+  EXPECT_THAT(refusal(),
+              HasSubstr("a.kx: measured from 109.900 to 117.820 s of week 2318, but its "
+                        "sections in the model begin at 110.000 s: the model of another"));
+  writeStrip("a.kx", 112.0);  // what is left of a strip that was cut
+  EXPECT_EQ(refusal(), "not refused");
+  writeStrip("b.kx", 112.0);  // its section begins at 101 s, and it lasts 8 s
+  EXPECT_THAT(refusal(), HasSubstr("b.kx: measured from 112.000"));
+}
+
+TEST_F(GeoreferencedStrips, WhatCannotGoWellIsRefusedByNameBeforeAnyWork) {
   writeStrip("a_SA.kx", 101.0);
   fs::create_directory(folder / "other");
   writeStrip("other/a.kx", 101.0);
   writeContent(folder / "flight.sbet", std::string(136, '\0'));
-  const GeoreferencingJob good = job;
+  const GeoreferencingInput good = input;
   struct Case {
     std::function<void()> spoil;
     const char* told;
   };
   for (const auto& [spoil, message] : std::vector<Case>{
-           {[&] { job.strips.emplace_back("none.kx"); }, "none.kx: no such file"},
-           {[&] { job.strips.push_back(folder.path()); }, ": is not a file"},
-           {[&] { job.trajectories = {folder / "flight.sbet"}; }, "flight.sbet: is an SBET file"},
-           {[&] { job.strips.push_back(folder / "other/a.kx"); }, "other/a.kx: two strips of one"},
-           {[&] {
-              job.selected = {0, 2};
-            },
-            "--select 2: there are 2 strips, counted from 0"},
-           {[&] { job.selected = {-1}; }, "--select -1"},
-           {[&] { job.sections = folder / "a.kx"; }, "give all three or none"},
-           {[&] { job.outputFolder = folder / "a.kx"; }, "a.kx: cannot be made a folder"},
+           {[&] { input.strips.emplace_back("none.kx"); }, "none.kx: no such file"},
+           {[&] { input.strips.push_back(folder.path()); }, ": is not a file"},
+           {[&] { input.trajectories = {folder / "flight.sbet"}; }, "flight.sbet: is an SBET file"},
+           {[&] { input.strips.push_back(folder / "other/a.kx"); },
+            "other/a.kx: two strips of one"},
+           {[&] { input.selected.insert(2); }, "--select 2: there are 2 strips, counted from 0"},
+           {[&] { input.selected = {-1}; }, "--select -1"},
+           {[&] { input.model.sections = folder / "a.kx"; }, "give all three or none"},
+           {[&] { input.outputFolder = folder / "a.kx"; }, "a.kx: cannot be made a folder"},
            {[&] {  // would replace an input, which --overwrite does not mean
-              job.overwrite = true;
-              job.strips.push_back(folder / "a_SA.kx");
-              job.outputFolder = folder / "other/..";
+              input.overwrite = true;
+              input.strips.push_back(folder / "a_SA.kx");
+              input.outputFolder = folder / "other/..";
             },
             "would replace the input"},
-           {[&] { job.outputFolder = folder.path(); },
+           {[&] { input.outputFolder = folder.path(); },
             "a_SA.kx: exists; --overwrite replaces it"}}) {
-    job = good;
+    input = good;
     spoil();
     EXPECT_THAT(refusal(), HasSubstr(message));
     EXPECT_FALSE(fs::exists(folder / "new"));
   }
-  job.overwrite = true;  // of the last case
+  input.overwrite = true;  // of the last case
   EXPECT_EQ(refusal(), "not refused");
 }

@@ -8,16 +8,20 @@
 
 #include <gmock/gmock.h>
 
-#include "flight/comparison/Comparison.h"
 #include "flight/comparison/TrueWorld.h"
 #include "flight/comparison/WorldErrors.h"
-#include "flight/strips/Containers.h"
+#include "flight/records/RunFolder.h"
+#include "flight/records/RunState.h"
 #include "flight/strips/OrFail.h"
 #include "platform/plome/StringList.h"
 #include "tests/flight/simulation/TrueWorld.h"
-#include "tests/support/NoProgress.h"
 #include "tests/support/Refusal.h"
+#include <velorn/CorrespondenceBlock.h>
 #include <velorn/FileContainer.h>
+#include <velorn/SolverParameters.h>
+#include <velorn/flight/Compare.h>
+#include <velorn/flight/Containers.h>
+#include <velorn/flight/Error.h>
 
 using namespace Velorn::Flights;
 
@@ -80,15 +84,10 @@ class Comparing : public testing::Test {
     parameters.writeParameterFile(suffix);
   }
 
-  Comparison::Report compared() const {
-    NoProgress progress;
-    return Comparison::compare(flight, run.path(), run / "05_adjusted", progress);
-  }
+  ComparisonReport compared() const { return compare(flight, run.path(), {}, {}); }
 
-  std::string refusal(const fs::path& truthFolder, const fs::path& result) const {
-    NoProgress progress;
-    return refusalOf(
-        [&] { Comparison::compare(truthFolder, result, result / "05_adjusted", progress); });
+  static std::string refusal(const fs::path& truthFolder, const fs::path& result) {
+    return refusalOf([&] { compare(truthFolder, result, {}, {}); }, {});
   }
 
   inline static TemporaryFolder* flightFolder = nullptr;
@@ -125,7 +124,7 @@ TEST_F(Comparing, TheTruthItselfHasNoErrorAndFitsToTheNoise) {
   EXPECT_EQ(report.pairs.rawTrue, report.pairs.rawAfter);
   EXPECT_NEAR(report.pairs.blockTrue, report.pairs.rawTrue, 1e-9);  // not moved onto planes
   EXPECT_FALSE(report.files);
-  EXPECT_THAT(Comparison::textOf(report), HasSubstr("no parameter files"));
+  EXPECT_THAT(textOf(report), HasSubstr("no parameter files"));
 }
 
 TEST_F(Comparing, AShiftIsFoundAndTakenOff) {
@@ -150,6 +149,11 @@ TEST_F(Comparing, TheModelOfTheDeliveredFilesGivesTheDeliveredFitAndMounting) {
     saveResult(i, OneGridFile(truth.strips[i].file).world<point>("Positions"));
   }
   writeNominalModel("_1.txt");
+  writeNominalModel("_newer.txt");
+  RunState state;
+  state.phase = RunState::Phase::finished;
+  state.model = RunFolder({}).modelOf("_1.txt");
+  state.write(run.path());
   const auto report = compared();
   EXPECT_EQ(report.world.kinds[0].after.rms.vertical, report.world.kinds[0].before.rms.vertical);
   EXPECT_EQ(report.pairs.rawAfter, report.pairs.rawBefore);
@@ -165,11 +169,15 @@ TEST_F(Comparing, TheModelOfTheDeliveredFilesGivesTheDeliveredFitAndMounting) {
   EXPECT_NEAR(report.sums[0].real, 0.26 + 0.01 + 0.009 + 0.0314, 0.01);
   EXPECT_NEAR(report.sums[2].real, 0.44 + 0.1, 0.01);
 
-  const auto json = nlohmann::json::parse(Comparison::jsonOf(report));
+  const auto json = nlohmann::json::parse(documentOf(report));
   EXPECT_EQ(json["pairs"]["measured"]["after_m"], report.pairs.rawAfter);
   EXPECT_EQ(json["world"]["surfaces"][0]["name"], "all");
   EXPECT_EQ(json["globals"].size(), 12u);
   EXPECT_EQ(json["parameters"], (run / "00_parameter").string() + "/Parameter_1.txt");
+  fs::remove(run / "00_parameter/StripID_1.txt");
+  EXPECT_THAT(refusal(flight, run.path()), HasSubstr("StripID_1.txt: no such file"));
+  RunState{}.write(run.path());
+  EXPECT_THAT(refusal(flight, run.path()), HasSubstr("a run is going on there"));
 }
 
 TEST_F(Comparing, PointsThatTheBlocksHaveMovedAreJudgedAsMeasuredToo) {
@@ -195,29 +203,6 @@ TEST_F(Comparing, PointsThatTheBlocksHaveMovedAreJudgedAsMeasuredToo) {
   EXPECT_LT(pairs.blockTrue, std::hypot(0.1, asMeasured.blockTrue));  // 10 cm along the beam
 }
 
-TEST_F(Comparing, ReadsTheFilesThatTheSummaryNamesAndOtherwiseTheNewest) {
-  writeNominalModel("_old.txt");
-  writeNominalModel("_new.txt");
-  writeContent(run / "00_parameter/Parameter_incomplete.txt", "");
-  const auto parameters = [this](const char* suffix) {
-    return run / "00_parameter" / (std::string("Parameter") + suffix);
-  };
-  fs::last_write_time(parameters("_old.txt"),
-                      fs::file_time_type::clock::now() - std::chrono::hours(1));
-  EXPECT_EQ(Comparison::modelFilesOf(run.path())->parameters, parameters("_new.txt"));
-  writeContent(run / "summary.json",
-               R"({"files": {"sections": "00_parameter/Sections_old.txt",
-                   "parameters": "00_parameter/Parameter_old.txt",
-                   "strip_ids": "00_parameter/StripID_old.txt"}})");
-  EXPECT_EQ(Comparison::modelFilesOf(run.path())->parameters, parameters("_old.txt"));
-  fs::remove(parameters("_old.txt"));
-  EXPECT_THROW(Comparison::modelFilesOf(run.path()), Error);
-  writeContent(run / "summary.json", "{}");  // as a run without an adjustment leaves it
-  EXPECT_EQ(Comparison::modelFilesOf(run.path())->parameters, parameters("_new.txt"));
-  writeContent(run / "summary.json", "{");
-  EXPECT_THROW(Comparison::modelFilesOf(run.path()), Error);
-}
-
 TEST_F(Comparing, NamesStripsWithoutResultAndLeavesTheirCorrespondencesOut) {
   writeResult({0, 0, 0}, 1);
   const auto report = compared();
@@ -225,7 +210,7 @@ TEST_F(Comparing, NamesStripsWithoutResultAndLeavesTheirCorrespondencesOut) {
   EXPECT_EQ(report.world.strips.size(), 3u);
   EXPECT_GT(report.pairs.notFound, 100u);
   EXPECT_GT(report.pairs.correspondences, 100u);
-  EXPECT_THAT(Comparison::textOf(report),
+  EXPECT_THAT(textOf(report),
               AllOf(HasSubstr("not adjusted: strip_01.kx"), HasSubstr(" left out: ")));
 }
 

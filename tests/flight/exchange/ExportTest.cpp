@@ -45,22 +45,53 @@ TEST_F(ExportedFlight, BecomesLasFilesThatDifferFromTheirSourcesByTheAdjustedCoo
 }
 
 TEST_F(ExportedFlight, IsFoundInTheRootOfItsRun) {
-  const fs::path steps = folder.path() / Velorn::InputParameter().getStatusPath() / "steps";
-  fs::create_directories(steps);
-  nlohmann::json record;
-  for (const auto& file : imported.trajectories) {
-    record["key"]["trajectory"].push_back({{"path", file.string()}});
-  }
-  writeContent(steps / "adjust_1.json", record.dump());
-  writeContent(steps / "match_1.json", "{\"key\": {}}");
-  options.strips.clear();
-  completeFromRoot(options, folder.path(), folder / "05_adjusted");
-  EXPECT_EQ(options.strips.size(), 2U);
-  EXPECT_EQ(options.trajectories, imported.trajectories);
+  takeRoot();
   EXPECT_EQ(done().files.size(), 6U);
+  const auto trajectory = contentOf(options.output / "trajectory.txt");
+  // Mounting and trajectory need no adjusted strips.
+  state.isGeoreferenced = false;
+  state.write(folder.path());
+  EXPECT_THAT(refusal(), HasSubstr("05_adjusted: holds no strips that the last run there has"));
+  options.wishes = Wishes{false, true, true};
+  options.output = folder / "no strips";
+  EXPECT_EQ(done().files.size(), 4U);
+  EXPECT_EQ(contentOf(options.output / "trajectory.txt"), trajectory);
   fs::remove(imported.trajectories[0]);
-  options.trajectories.clear();
-  EXPECT_THROW(completeFromRoot(options, folder.path(), folder / "05_adjusted"), Error);
+  EXPECT_THAT(refusal(), HasSubstr("no such file; the run used it. --trajectory names where"));
+}
+
+TEST_F(ExportedFlight, IsRefusedFromARunThatDidNotFinishThoughAnOlderModelLiesThere) {
+  takeRoot();
+  const auto refusalOf = [&](RunState::Phase phase) {
+    state.phase = phase;
+    state.write(folder.path());
+    return refusal();
+  };
+  EXPECT_THAT(refusalOf(RunState::Phase::running),
+              AllOf(HasSubstr("a run is going on there"), HasSubstr("when it has finished")));
+  auto json = nlohmann::json::parse(contentOf(folder / "run.json"));
+  json["process"]["start"] = "1";  // the number of its process went to this one
+  writeContent(folder / "run.json", json.dump());
+  const auto goesOn = AllOf(HasSubstr("was interrupted"), HasSubstr("`velorn run` goes on"));
+  EXPECT_THAT(refusal(), goesOn);
+  json["process"]["number"] = 1 << 30;
+  writeContent(folder / "run.json", json.dump());
+  EXPECT_THAT(refusal(), goesOn);
+  EXPECT_THAT(refusalOf(RunState::Phase::interrupted), goesOn);
+  state.message = "the disk is full";
+  EXPECT_THAT(refusalOf(RunState::Phase::failed),
+              AllOf(HasSubstr("failed: the disk is full"), HasSubstr("run again")));
+  state.model.reset();
+  state.steps = "+rasterize";
+  options.strips = {folder / "05_adjusted/a_SA.kx"};
+  EXPECT_THAT(refusalOf(RunState::Phase::finished),
+              AllOf(HasSubstr("did \"+rasterize\" and adjusted nothing"),
+                    HasSubstr("`velorn run` does all steps")));
+  writeContent(folder / "run.json", "{}");
+  EXPECT_THAT(refusal(), HasSubstr("run.json: does not tell the state of a run"));
+  fs::remove(folder / "run.json");
+  EXPECT_THAT(refusal(), HasSubstr("has no run.json"));
+  EXPECT_FALSE(fs::exists(options.output));
 }
 
 TEST_F(ExportedFlight, IsRefusedWithoutItsSourcesAndLeavesThemAlone) {
@@ -110,9 +141,9 @@ TEST_F(ExportedFlight, IsRefusedForPointsThatAreNotThoseOfItsSource) {
 
 TEST_F(ExportedFlight, IsRefusedWithoutWhatItsAdjustmentUsed) {
   options.wishes = Wishes{false, true, true};
-  EXPECT_THAT(refusal(Error::BadSettings), HasSubstr("--strip-ids"));
+  EXPECT_THAT(refusal(), HasSubstr("--strip-ids"));
   options.model = model;
-  EXPECT_THAT(refusal(Error::BadSettings), HasSubstr("--trajectory"));
+  EXPECT_THAT(refusal(), HasSubstr("--trajectory"));
   options.trajectories = {imported.trajectories.at(0)};
   EXPECT_THAT(refusal(),
               AllOf(HasSubstr("b_SA.kx: measured from"), HasSubstr("the trajectory is")));

@@ -15,19 +15,23 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include "flight/chain/StripsGeoreferencing.h"
-#include "flight/exchange/Export.h"
-#include "flight/exchange/Import.h"
+#include "flight/exchange/FlightTrajectory.h"
 #include "flight/formats/LasFile.h"
 #include "flight/formats/TrajectoryExport.h"
+#include "flight/records/RunState.h"
 #include "flight/strips/GridFile.h"
 #include "platform/morvane/Console.h"
 #include "platform/tessaly/TransverseMercator.h"
+#include "tests/flight/exchange/TenSeconds.h"
 #include "tests/support/LasBytes.h"
-#include "tests/support/NoProgress.h"
 #include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
+#include <velorn/flight/Containers.h>
+#include <velorn/flight/Error.h>
+#include <velorn/flight/Export.h>
+#include <velorn/flight/Georeference.h>
+#include <velorn/flight/Import.h>
 
 using namespace Velorn::Flights;
 namespace fs = std::filesystem;
@@ -64,9 +68,6 @@ inline std::array<double, 24> correctionsOf(std::size_t strip) {
 class ExportedFlight : public testing::Test {
  protected:
   ExportedFlight() {
-    for (int k = 0; k <= 100; ++k) {
-      flown.push_back({begin + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0.01, -0.02, 6.28});
-    }
     writeSbet(folder / "flight.sbet", flown);
     saveLas("a.las", 1.0);
     saveLas("b.las", 6.0);
@@ -91,12 +92,11 @@ class ExportedFlight : public testing::Test {
   }
 
   void import() {
-    ImportOptions from;
+    ImportSettings from;
     from.strips = {folder / "a.las", folder / "b.las"};
     from.trajectory.files = {folder / "flight.sbet"};
     from.output = folder / "flight";
-    NoProgress silent;
-    imported = importFlight(from, silent, [](const std::string&) {});
+    imported = importFlight(from, {});
   }
 
   /// @param locked  the trajectory stays as it is
@@ -131,16 +131,12 @@ class ExportedFlight : public testing::Test {
   }
 
   void georeference() {
-    GeoreferencingJob job;
-    for (const auto& strip : imported.strips) job.strips.push_back(strip.file);
-    job.trajectories = imported.trajectories;
-    job.outputFolder = folder / "05_adjusted";
-    job.sections = model.sections;
-    job.parameters = model.parameters;
-    job.stripIds = model.stripIds;
-    checkJob(job);
-    NoProgress silent;
-    EXPECT_EQ(runJob(job, silent, [](const auto&) {}).faults, 0U);
+    GeoreferencingInput input;
+    for (const auto& strip : imported.strips) input.strips.push_back(strip.file);
+    input.trajectories = imported.trajectories;
+    input.outputFolder = folder / "05_adjusted";
+    input.model = model;
+    Velorn::Flights::georeference(input, {});
   }
 
   void takeModel() {
@@ -148,13 +144,27 @@ class ExportedFlight : public testing::Test {
     options.trajectories = imported.trajectories;
   }
 
-  ExportReport done() {
-    told.clear();
-    NoProgress silent;
-    return exportFlight(options, silent, [this](const auto& line) { told.push_back(line); });
+  /// Makes the folder the root of a run that did all steps, and names nothing else of it.
+  void takeRoot() {
+    state.phase = RunState::Phase::finished;
+    state.model = {"00_parameter/Sections.txt", "00_parameter/Parameter.txt",
+                   "00_parameter/StripID.txt"};
+    for (const auto& strip : imported.strips) state.strips.push_back(strip.file);
+    state.trajectories = imported.trajectories;
+    state.isGeoreferenced = true;
+    state.write(folder.path());
+    options.root = folder.path();
+    options.strips.clear();
   }
 
-  std::string refusal(Error::Kind kind = Error::BadInput) {
+  ExportReport done() {
+    told.clear();
+    Watch watch;
+    watch.message = [this](const auto& line) { told.push_back(line); };
+    return exportFlight(options, watch);
+  }
+
+  std::string refusal(std::optional<Error::Kind> kind = {}) {
     return refusalOf([this] { done(); }, kind);
   }
 
@@ -172,11 +182,12 @@ class ExportedFlight : public testing::Test {
 
   TemporaryFolder folder;
   const double begin = week - 4.5;
-  std::vector<SbetRecord> flown;
+  const std::vector<SbetRecord> flown = tenSeconds(begin);
   ImportReport imported;
   std::vector<double> starts;  // of the sections [s of week]
   ModelFiles model;
-  ExportOptions options;
+  RunState state;
+  ExportSettings options;
   std::vector<std::string> told;
   Morvane::ConsoleRedirection silence{[](std::string_view) {}};
 };

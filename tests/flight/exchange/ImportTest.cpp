@@ -8,15 +8,16 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include "flight/exchange/Import.h"
 #include "flight/formats/TrajectoryExport.h"
 #include "flight/strips/GridFile.h"
 #include "platform/morvane/Console.h"
+#include "tests/flight/exchange/TenSeconds.h"
 #include "tests/support/LasBytes.h"
-#include "tests/support/NoProgress.h"
 #include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 #include <velorn/Georeferencing.h>
+#include <velorn/flight/Error.h>
+#include <velorn/flight/Import.h>
 
 using namespace Velorn::Flights;
 
@@ -37,7 +38,7 @@ double length(const vector& v) {
 class Flight : public testing::Test {
  protected:
   Flight() {
-    write(recordsFrom(begin));
+    write(tenSeconds(begin));
     options.strips = {folder / "a.las"};
     options.trajectory.files = {folder / "flight.sbet"};
     options.output = folder / "out";
@@ -47,14 +48,6 @@ class Flight : public testing::Test {
     save(sample);
   }
 
-  /// Of ten seconds to the north.
-  static std::vector<SbetRecord> recordsFrom(double time) {
-    std::vector<SbetRecord> records;
-    for (int k = 0; k <= 100; ++k) {
-      records.push_back({time + 0.1 * k, 0.8412 + 1e-6 * k, 0.15708, 800.0, 0.01, -0.02, 6.28});
-    }
-    return records;
-  }
   void write(const std::vector<SbetRecord>& records) { writeSbet(folder / "flight.sbet", records); }
 
   static LasSample sampleOf(int count) {
@@ -72,17 +65,17 @@ class Flight : public testing::Test {
 
   ImportReport done() {
     told.clear();
-    NoProgress silent;
-    checkImport(options);
-    return importFlight(options, silent, [this](const auto& line) { told.push_back(line); });
+    Watch watch;
+    watch.message = [this](const auto& line) { told.push_back(line); };
+    return importFlight(options, watch);
   }
 
-  std::string refusal(Error::Kind kind = Error::BadInput) {
+  std::string refusal(std::optional<Error::Kind> kind = {}) {
     return refusalOf([this] { done(); }, kind);
   }
 
   TemporaryFolder folder;
-  ImportOptions options;
+  ImportSettings options;
   LasSample sample;
   std::vector<std::string> told;
   Morvane::ConsoleRedirection silence{[](std::string_view) {}};
@@ -142,7 +135,7 @@ TEST_F(Flight, IsPartedBySourceAndGap) {
 }
 
 TEST_F(Flight, OverTheEndOfAWeekBecomesAStripAndATrajectoryOfEach) {
-  write(recordsFrom(week - 5));
+  write(tenSeconds(week - 5));
   for (auto& one : sample.points) one.time += week - 5 - begin + 3;  // 4 s after the first record
   save(sample);
   const auto report = done();
@@ -211,7 +204,7 @@ TEST_F(Flight, IsRefusedForWhatItDoesNotSay) {
 }
 
 TEST_F(Flight, TellsOfRepairsAndGapsOfItsTrajectory) {
-  auto records = recordsFrom(begin);
+  auto records = tenSeconds(begin);
   records.erase(records.begin() + 21, records.begin() + 35);
   std::swap(records[3], records[4]);
   records.push_back(records.back());
@@ -256,14 +249,11 @@ TEST_F(Flight, IsDecompressedByACommand) {
   EXPECT_THAT(refusal(), HasSubstr("no-such-program cannot be started: "));
   options.decompress = "cp {in}";
   EXPECT_THAT(refusal(Error::BadSettings), HasSubstr("must hold {in} and {out}"));
-  struct Impatient : Kestrum::LoaderProgress {
-    int reports = 0;
-    void report(const std::string&, std::size_t, std::size_t) override {
-      if (++reports == 5) throw Error("enough", Error::Interrupted);
-    }
-  } impatient;
   options.decompress = "tail -f {in} {out}";  // does not end by itself
-  EXPECT_THROW(importFlight(options, impatient, [](const auto&) {}), Error);
+  Watch impatient;
+  impatient.isCancelled = [questions = 0]() mutable { return ++questions == 5; };
+  EXPECT_THAT(refusalOf([&] { importFlight(options, impatient); }, Error::Interrupted),
+              HasSubstr("cancelled while"));
   EXPECT_EQ(namesIn(options.output / "decompressed").size(), 1U);  // nothing unfinished is left
 }
 

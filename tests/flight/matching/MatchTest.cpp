@@ -21,8 +21,8 @@ using Geomra::PhysicalSpace::point;
 using testing::HasSubstr;
 
 /// Three strips with some three points per square of 4 m, without errors but the noise.
-Simulation::Options denseFlight() {
-  Simulation::Options options;
+Velorn::Flights::SimulationSettings denseFlight() {
+  Velorn::Flights::SimulationSettings options;
   options.points = 40'000;
   options.strips = 2;
   options.length = 500.0;

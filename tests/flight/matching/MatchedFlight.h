@@ -12,9 +12,9 @@
 #include <utility>
 
 #include "flight/matching/Match.h"
+#include "flight/strips/Watcher.h"
 #include "tests/flight/matching/MatchFiles.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
-#include "tests/support/NoProgress.h"
 #include <velorn/CorrespondenceBlock.h>
 
 class MatchedFlight {
@@ -22,7 +22,7 @@ class MatchedFlight {
   using point = Geomra::PhysicalSpace::point;
   using vector = Geomra::PhysicalSpace::vector;
 
-  explicit MatchedFlight(const Velorn::Flights::Simulation::Options& simulated)
+  explicit MatchedFlight(const Velorn::Flights::SimulationSettings& simulated)
       : groundTruth(folder / "ground_truth.kx") {
     make(folder.path(), simulated);
     strips = stripsIn(folder.path());
@@ -40,8 +40,8 @@ class MatchedFlight {
   }
 
   Velorn::Flights::MatchReport match(const Velorn::Flights::Solution* solution = nullptr) {
-    NoProgress progress;
-    return Velorn::Flights::match(configuration, files, options, solution, progress);
+    Velorn::Flights::Watcher silent{{}};
+    return Velorn::Flights::match(configuration, files, options, solution, silent);
   }
 
   std::filesystem::path rasters() const { return folder / "02_raster"; }

@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include <gmock/gmock.h>
 
-#include "flight/report/Description.h"
-#include "flight/report/Listing.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/platform/strandel/Processes.h"
 #include "tests/support/SmallStrip.h"
 #include "tests/support/TemporaryFolder.h"
+#include <velorn/flight/Describe.h>
 
 using namespace Velorn::Flights;
 
@@ -21,6 +21,17 @@ namespace {
 
 void save(Strandel::Bundle bundle, const std::filesystem::path& path) {
   ASSERT_EQ(Strandel::MyStorage(0, 0, 1, 1).save(bundle, path, "wd"), "");
+}
+
+struct Document {
+  Json document;
+  std::vector<std::string> faults;
+};
+
+/// Of one file.
+Document describe(const std::filesystem::path& file) {
+  const auto documents = documentFiles({file});
+  return {Json::parse(documents.text).at("files").at(0), documents.faults};
 }
 
 const Json& named(const Json& list, const std::string& name) {
@@ -98,7 +109,8 @@ TEST(Info, AFieldThatCannotBeReadIsNamedAndTheOthersAreShown) {
   }
   EXPECT_TRUE(
       named(named(charts, "StandardCartesianChart3D").at("fields"), "U32").contains("minimum"));
-  EXPECT_THAT(listingOf(document), testing::AllOf(HasSubstr("UNREADABLE"), HasSubstr(faults[0])));
+  EXPECT_THAT(describeFile(folder / "strip.kx").text,
+              testing::AllOf(HasSubstr("UNREADABLE"), HasSubstr(faults[0])));
 }
 
 TEST(Info, TheListingIsAlignedAndHarmless) {
@@ -113,8 +125,7 @@ TEST(Info, TheListingIsAlignedAndHarmless) {
   rays->setValues<Geomra::PhysicalSpace::vector>({0}, {{-1, 0, 3}, {0, 2, 3}});
   rays->attributes().set("Unit", std::string("m"));
   save(bundle, folder / "a.kx");
-  EXPECT_EQ(listingOf(describe(folder / "a.kx").document),
-            (folder / "a.kx").string() + R"(: container
+  EXPECT_EQ(describeFile(folder / "a.kx").text, (folder / "a.kx").string() + R"(: container
   slice at time 0.5
   grid g, 1002 points
     chart c
@@ -137,17 +148,23 @@ TEST(Info, AnSbetTrajectoryIsDescribedByItsRanges) {
   // numpy: min and max of the columns, numpy.degrees of the angles
   EXPECT_EQ(document.at("time_s"), Json::parse("[400825.0013129992, 400825.9965316785]"));
   EXPECT_NEAR(document.at("longitude_deg")[0].get<double>(), -119.02382360363723, 1e-12);
-  EXPECT_THAT(listingOf(document), HasSubstr("  records    200\n"));
+  EXPECT_THAT(describeFile(VELORN_TEST_DATA "/line/sbet.out").text,
+              HasSubstr("  records    200\n"));
 }
 
 TEST(Info, AFileThatCannotBeReadIsNamed) {
   const TemporaryFolder folder;
   writeContent(folder / "foreign.kx", "no container");
+  const auto all = documentFiles(
+      {folder / "foreign.kx", VELORN_TEST_DATA "/line/sbet.out", folder / "missing.sbet"});
+  ASSERT_EQ(all.faults.size(), 2u);
+  const auto files = Json::parse(all.text).at("files");
+  EXPECT_EQ(files.at(0).at("error"), all.faults[0]);
+  EXPECT_EQ(files.at(1).at("records"), 200);
+  EXPECT_EQ(files.at(2).at("error"), all.faults[1]);
   for (const char* name : {"foreign.kx", "missing.kx", "missing.sbet"}) {
-    const auto [document, faults] = describe(folder / name);
-    ASSERT_EQ(faults.size(), 1u) << name;
-    EXPECT_THAT(faults[0], HasSubstr((folder / name).string()));
-    EXPECT_EQ(document.at("error"), faults[0]);
-    EXPECT_THAT(listingOf(document), HasSubstr("UNREADABLE"));
+    const auto [text, faults] = describeFile(folder / name);
+    EXPECT_THAT(faults, ElementsAre(HasSubstr((folder / name).string())));
+    EXPECT_THAT(text, HasSubstr("UNREADABLE"));
   }
 }

@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 
 constexpr unsigned groundTruthId = 4;  // of a small flight
 
-Simulation::Options pairedFlight() {
+Velorn::Flights::SimulationSettings pairedFlight() {
   auto options = smallFlight();
   options.correspondences = 3000;
   return options;

@@ -12,27 +12,26 @@
 #include <string>
 #include <vector>
 
-#include "flight/simulation/Simulation.h"
 #include "flight/strips/OrFail.h"
 #include "platform/geomra/Degree.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/support/TemporaryFolder.h"
+#include <velorn/flight/Simulate.h>
 
 /// Few points, three strips of which one crosses; everything else as by default.
-inline Velorn::Flights::Simulation::Options smallFlight() {
-  Velorn::Flights::Simulation::Options options;
+inline Velorn::Flights::SimulationSettings smallFlight() {
+  Velorn::Flights::SimulationSettings options;
   options.points = 20'000;
   options.strips = 2;
   options.length = 800.0;
   return options;
 }
 
-inline Velorn::Flights::Simulation::Summary make(
-    const std::filesystem::path& folder, const Velorn::Flights::Simulation::Options& options,
-    bool overwrite = false) {
-  return Velorn::Flights::Simulation::simulate(folder, options, overwrite,
-                                               [](const std::string&) {});
+inline Velorn::Flights::SimulationReport make(const std::filesystem::path& folder,
+                                              const Velorn::Flights::SimulationSettings& settings,
+                                              bool overwrite = false) {
+  return Velorn::Flights::simulate(folder, settings, overwrite, {});
 }
 
 /// The single grid of a container; throws the message when it cannot be read.

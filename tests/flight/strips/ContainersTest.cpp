@@ -1,22 +1,26 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+#include <tuple>
+
 #include <gmock/gmock.h>
 
+#include "adjustment/correspondence/SideColumns.h"
 #include "flight/strips/BlockName.h"
-#include "flight/strips/Containers.h"
 #include "flight/strips/GridFile.h"
 #include "flight/strips/OrFail.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
+#include <velorn/CorrespondenceBlock.h>
+#include <velorn/flight/Containers.h>
 
 using namespace Velorn::Flights;
 
 namespace {
 
-using Geomra::PhysicalSpace::point;
-using testing::AllOf, testing::HasSubstr;
+using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
+using testing::AllOf, testing::ElementsAre, testing::HasSubstr;
 
 StripColumns twoPoints() {
   StripColumns columns;
@@ -26,42 +30,81 @@ StripColumns twoPoints() {
   return columns;
 }
 
-Strandel::GridPtr gridIn(const std::filesystem::path& file, Strandel::Bundle& bundle) {
-  orFail(Strandel::MyStorage(0, 0, 0, 1).load(file, bundle));
-  return bundle.slices().at(0)->uniqueGrid();
-}
-
-TEST(Containers, AStripHasTheFieldsThatWereGivenAndOneTimeForBothCharts) {
+TEST(Containers, AStripComesBackAsItWasWithOneTimeForBothCharts) {
   const TemporaryFolder folder;
+  const auto file = folder / "strip.kx";
+  const auto comesBack = [&](const StripColumns& columns) {
+    saveStrip(file, columns);
+    const auto read = loadStrip(file);
+    const auto fieldsOf = [](const StripColumns& c) {
+      return std::tie(c.week, c.world, c.scanner, c.times, c.directions, c.normals, c.returnNumber,
+                      c.numberOfReturns, c.classification, c.amplitude, c.pointSourceId,
+                      c.sourceIndex, c.sourceFile);
+    };
+    return fieldsOf(read) == fieldsOf(columns);
+  };
   auto columns = twoPoints();
+  EXPECT_TRUE(comesBack(columns)) << "missing fields are empty columns";
   columns.scanner = {{7, 8, 9}, {1, 2, 3}};
+  columns.directions = {{0, 0, 1}, {0, 0, 2}};
+  columns.normals = {{0, 0, 1}, {0, 1, 0}};
+  columns.returnNumber = {1, 2};
+  columns.numberOfReturns = {3, 4};
   columns.classification = {2, 6};
-  saveStrip(folder / "strip.kx", columns);
+  columns.amplitude = {0.5, 1.5};
+  columns.pointSourceId = {7, 65535};
+  columns.sourceIndex = {1ULL << 40U, 0};
+  columns.sourceFile = "a.las";
+  EXPECT_TRUE(comesBack(columns));
   Strandel::Bundle bundle;
-  const auto grid = gridIn(folder / "strip.kx", bundle);
-  EXPECT_EQ(grid->attributes().integer("WeekNumber"), 2318);
-  const auto world = grid->cartesian(), scanner = grid->chart(Strandel::scannerChartName);
-  EXPECT_EQ(world->fields().size(), 3);
-  EXPECT_EQ(scanner->fields().size(), 2);
-  EXPECT_EQ(world->field("GPSTime"), scanner->field("GPSTime"));
-  EXPECT_EQ(*scanner->field("Positions")->values<Geomra::PhysicalSpace::point>({0}).values,
-            columns.scanner);
+  orFail(Strandel::MyStorage(0, 0, 0, 1).load(file, bundle));
+  const auto grid = bundle.grids().front();
+  EXPECT_EQ(grid->cartesian()->field("GPSTime"),
+            grid->chart(Strandel::scannerChartName)->field("GPSTime"));
 }
 
-TEST(Containers, AStripWithoutScannerCoordinatesHasOneChart) {
+TEST(Containers, ABlockComesBackUnlessItsSidesDifferInLength) {
   const TemporaryFolder folder;
-  saveStrip(folder / "strip.kx", twoPoints());
-  Strandel::Bundle bundle;
-  EXPECT_EQ(gridIn(folder / "strip.kx", bundle)->charts().size(), 1);
+  const auto storage = std::make_shared<Strandel::MyStorage>(0, 0, 0, 1);
+  for (const bool isGroundTruth : {false, true}) {
+    Velorn::CorrespondenceBlock block(folder / "c0_1.kx", isGroundTruth, 2318, 2319, storage);
+    for (const double x : {100.0, 200.0}) {
+      block.add({{x, 1, 2}, {x, 3, 4}, x, {x, 5, 6}, {x, 7, 8}, 11},
+                {{x, 9, 0}, {x, 1, 3}, x + 5, {x, 2, 4}, {x, 3, 5}, 12});
+    }
+    orFail(block.save());
+    const auto [i, j, readGroundTruth, classes] = loadCorrespondences(block.path());
+    EXPECT_EQ(readGroundTruth, isGroundTruth);
+    EXPECT_THAT(classes, ElementsAre(11, 11));
+    EXPECT_EQ(i.week, 2318U);
+    EXPECT_THAT(i.times, ElementsAre(100, 200));
+    EXPECT_THAT(i.world, ElementsAre(point{100, 1, 2}, point{200, 1, 2}));
+    EXPECT_THAT(i.normals, ElementsAre(vector{100, 5, 6}, vector{200, 5, 6}));
+    EXPECT_THAT(j.world, ElementsAre(point{100, 9, 0}, point{200, 9, 0}));
+    EXPECT_THAT(j.normals, ElementsAre(vector{100, 2, 4}, vector{200, 2, 4}));
+    if (!isGroundTruth) {
+      EXPECT_EQ(j.week, 2319U);
+      EXPECT_THAT(j.times, ElementsAre(105, 205));
+      EXPECT_THAT(j.scanner, ElementsAre(point{100, 1, 3}, point{200, 1, 3}));
+      EXPECT_THAT(j.directions, ElementsAre(vector{100, 3, 5}, vector{200, 3, 5}));
+    }
+    Velorn::forEachColumn(block.sideJ(), [](const char*, auto& column) { column->pop_back(); });
+    orFail(block.save());
+    EXPECT_THAT(refusalOf([&] { loadCorrespondences(block.path()); }),
+                HasSubstr("c0_1.kx: its sides have 2 and 1 points"));
+  }
 }
 
 TEST(Containers, ColumnsOfUnequalLengthAreRefusedAndTheFileStaysAsItWas) {
   const TemporaryFolder folder;
   writeContent(folder / "strip.kx", "before");
-  auto columns = twoPoints();
+  auto columns = twoPoints(), beamsAlone = columns;
   columns.amplitude = {1.0};
   EXPECT_THAT(refusalOf([&] { saveStrip(folder / "strip.kx", columns); }),
               AllOf(HasSubstr("strip.kx"), HasSubstr("Amplitude")));
+  beamsAlone.directions.resize(2);  // belong to scanner coordinates
+  EXPECT_THAT(refusalOf([&] { saveStrip(folder / "strip.kx", beamsAlone); }),
+              HasSubstr("strip.kx: not written: "));
   EXPECT_EQ(contentOf(folder / "strip.kx"), "before");
 }
 

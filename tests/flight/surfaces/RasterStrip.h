@@ -9,7 +9,6 @@
 #include <random>
 #include <string>
 
-#include "flight/strips/Containers.h"
 #include "flight/strips/OrFail.h"
 #include "flight/surfaces/Rasterize.h"
 #include "platform/strandel/Bundle.h"
@@ -17,6 +16,7 @@
 #include "tests/support/NoProgress.h"
 #include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
+#include <velorn/flight/Containers.h>
 
 /// 3600 points, half a metre apart.
 inline Velorn::Flights::StripColumns rasterStrip() {

@@ -266,7 +266,7 @@ TEST_F(Rasterize, ThatIsInterruptedLeavesTheStripAsItIs) {
 }
 
 TEST(RasterCheck, NamesTheSettingBeyondSense) {
-  const auto refused = [](RasterOptions options) {
+  const auto refused = [](RasterSettings options) {
     return refusalOf([&] { check(rasterConfiguration(), options); }, Error::BadSettings);
   };
   EXPECT_THAT(refused({.neighbours = 5}),
@@ -333,7 +333,7 @@ Shares sharesOf(const std::filesystem::path& folder, const std::string& strip) {
 // Of a flight over known planes.
 TEST(RasterizedFlight, HasTheClassesAndNormalsOfItsPlanes) {
   const TemporaryFolder folder;
-  Simulation::Options options = smallFlight();
+  SimulationSettings options = smallFlight();
   options.points = 200'000;
   options.height = 150.0;  // half a point per square metre
   make(folder.path(), options);

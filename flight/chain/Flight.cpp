@@ -1,0 +1,218 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include <chrono>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "flight/chain/AdjustedStrips.h"
+#include "flight/chain/Datum.h"
+#include "flight/chain/PeakMemory.h"
+#include "flight/chain/Rasterizing.h"
+#include "flight/chain/RoundWork.h"
+#include "flight/chain/RunRecording.h"
+#include "flight/surfaces/Rasterize.h"
+#include <velorn/flight/Adjust.h>
+#include <velorn/flight/Error.h>
+#include <velorn/flight/Flight.h>
+
+namespace Velorn::Flights {
+namespace {
+
+constexpr const char* whenOutOfSteps =
+    "raise iterations, or with many short sections raise interval";
+
+FlightSettings completed(FlightSettings settings) {
+  complete(settings);
+  check(settings.configuration(), settings.raster);
+  return settings;
+}
+
+/// The same settings with other steps.
+FlightSettings withSteps(FlightSettings settings, std::vector<std::string> steps) {
+  settings.steps = std::move(steps);
+  settings.configuration().Options =
+      Plome::FlagList(fmt::format("{}", fmt::join(settings.steps, " ")), ' ');
+  return settings;
+}
+
+}  // namespace
+
+class Flight::Chain {
+ public:
+  Chain(FlightSettings settings, Watch watch)
+      : watch_(std::move(watch)), context_(completed(std::move(settings)), watch_) {}
+
+  const RunContext& context() const { return context_; }
+  const RunReport& report() const { return report_; }
+  const FlightSettings& settings() const { return context_.settings; }
+
+  /// Does some of the steps; the summary and the state of the root folder tell how it ended.
+  void run(const std::vector<std::string>& steps) {
+    const auto all = settings().steps;
+    context_.settings = withSteps(context_.settings, steps);
+    begin_ = std::chrono::steady_clock::now();
+    report_ = {};
+    report_.program = VELORN_VERSION;
+    report_.steps = context_.configuration().Options.text();
+    report_.root = context_.folder.root();
+    report_.strips = context_.strips;
+    try {
+      RunRecording recording(context_.folder.root(), report_.steps, *context_.watcher);
+      recording.during([&](RunState& state) {
+        doSteps();
+        writeSummary();
+        if (report_.adjustment) requireConvergence(report_.adjustment->solver, whenOutOfSteps);
+        state.model = report_.model;
+        state.strips = context_.files.getStripFiles();
+        state.trajectories = context_.files.getTrajectories();
+        state.isGeoreferenced = report_.georeferencing.has_value();
+        return true;
+      });
+    } catch (...) {
+      context_.settings = withSteps(context_.settings, all);
+      throw;
+    }
+    context_.settings = withSteps(context_.settings, all);
+  }
+
+  const GeoreferencingReport& georeference() {
+    if (!model_) {
+      throw Error(
+          "georeference: this flight has no adjusted model yet; adjust() or run() makes one",
+          Error::BadSettings);
+    }
+    RunRecording recording(context_.folder.root(), "+adjustment", *context_.watcher);
+    recording.during([&](RunState& state) {
+      report_.georeferencing = georeferenceAll(context_, *model_, watch_);
+      writeSummary();
+      state.model = context_.folder.fromRoot(model_->files);
+      state.strips = context_.files.getStripFiles();
+      state.trajectories = context_.files.getTrajectories();
+      state.isGeoreferenced = true;
+      return true;
+    });
+    return *report_.georeferencing;
+  }
+
+ private:
+  /// What the steps find is in the report also when a later one throws.
+  void doSteps() {
+    try {
+      if (context_.does("+rasterize")) report_.rasterizing = rasterizeAll(context_);
+      doRounds();
+      if (context_.does("+adjustment") && model_) {
+        report_.georeferencing = georeferenceAll(context_, *model_, watch_);
+      } else {
+        tellOfEarlierStrips();
+      }
+    } catch (const std::exception& error) {
+      report_.failure = error.what();
+      writeSummaryOfFailure();
+      throw;
+    }
+  }
+
+  void doRounds() {
+    const bool matches = context_.does("+correspondences"),
+               adjusts = context_.does("+optimization");
+    if (!matches && !adjusts) return;
+    RoundsResult rounds;
+    RoundWork work(context_);
+    const RoundPlan plan{matches, adjusts, settings().coarseRounds, settings().rounds,
+                         context_.configuration().SearchRadius};
+    try {
+      runRounds(plan, work, rounds);
+    } catch (...) {
+      addRounds(rounds);
+      throw;
+    }
+    addRounds(rounds);
+  }
+
+  /// What the last round found stands by itself, so that nobody has to look for it.
+  void addRounds(const RoundsResult& rounds) {
+    report_.rounds = rounds.reports;
+    if (context_.does("+optimization")) model_ = rounds.model;
+    if (rounds.model) report_.model = context_.folder.fromRoot(rounds.model->files);
+    if (rounds.reports.empty()) return;
+    const auto& last = rounds.reports.back();
+    report_.adjustment = last.adjustment;
+    if (last.matching) report_.datum = datumOf(*last.matching, settings(), context_.strips);
+  }
+
+  void tellOfEarlierStrips() const {
+    std::error_code fault;
+    const auto folder = context_.folder.adjusted();
+    if (!std::filesystem::exists(folder, fault)) return;
+    context_.tell(fmt::format("{}: its strips are those of an earlier run", folder.string()));
+  }
+
+  void writeSummary() {
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin_;
+    report_.seconds = elapsed.count();
+    report_.peakMemory = peakMemory();
+    context_.folder.writeSummary(report_, textOf(report_));
+  }
+
+  /// Leaves no summary of an earlier run beside the results of this one, and hides no fault of the
+  /// steps behind one of its own.
+  void writeSummaryOfFailure() {
+    try {
+      writeSummary();
+    } catch (const Error& second) {
+      context_.tell(second.what());
+    }
+  }
+
+  Watch watch_;
+  RunContext context_;
+  RunReport report_;
+  std::optional<RoundModel> model_;
+  std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+};
+
+Flight::Flight(FlightSettings settings, Watch watch)
+    : chain_(std::make_unique<Chain>(std::move(settings), std::move(watch))) {}
+
+Flight::~Flight() = default;
+Flight::Flight(Flight&& other) noexcept = default;
+Flight& Flight::operator=(Flight&& other) noexcept = default;
+
+const FlightSettings& Flight::settings() const {
+  return chain_->settings();
+}
+
+const std::vector<StripFacts>& Flight::strips() const {
+  return chain_->context().strips;
+}
+
+const RunReport& Flight::run() {
+  chain_->run(chain_->settings().steps);
+  return chain_->report();
+}
+
+const RasterizingReport& Flight::rasterize() {
+  chain_->run({"+rasterize"});
+  return *chain_->report().rasterizing;
+}
+
+const MatchReport& Flight::match() {
+  chain_->run({"+correspondences"});
+  return *chain_->report().rounds.back().matching;
+}
+
+const AdjustmentReport& Flight::adjust() {
+  chain_->run({"+optimization"});
+  return *chain_->report().adjustment;
+}
+
+const GeoreferencingReport& Flight::georeference() {
+  return chain_->georeference();
+}
+
+const RunReport& Flight::report() const {
+  return chain_->report();
+}
+
+}  // namespace Velorn::Flights

@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// The steps of the rounds as they are done: matching and adjusting the strips of a run.
+#pragma once
+
+#include <optional>
+
+#include "flight/chain/RoundRules.h"
+#include "flight/chain/RunContext.h"
+
+namespace Velorn::Flights {
+
+class RoundWork final : public RoundSteps {
+ public:
+  explicit RoundWork(const RunContext& run) : run_(run) {}
+
+  std::optional<RoundReport> finished(const Round& round) override;
+  MatchReport match(const Round& round) override;
+  AdjustmentReport adjust(const Round& round) override;
+  void keep(const Round& round, const RoundReport& report) override;
+  std::string digestOf(const Round& round) override;
+  void tell(const std::string& line) override { run_.tell(line); }
+
+ private:
+  StepKey matchKey(const Round& round) const;
+  StepKey adjustKey(const Round& round) const;
+  StepRecord adjustRecord(const Round& round) const;
+  bool usesCoarseRounds() const;
+  double spacing();
+  MatchReport matchAnew(const Round& round);
+
+  const RunContext& run_;
+  std::optional<double> spacing_;  // of the strips' points [m]: measured once, when it is needed
+};
+
+}  // namespace Velorn::Flights

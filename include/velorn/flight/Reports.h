@@ -1,0 +1,225 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the steps of a run found. Lengths are metres and angles degrees; a figure that is not known
+// is NaN. docs/run.md describes the same as summary.json.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <velorn/AdjustmentResult.h>
+#include <velorn/flight/Visibility.h>
+
+namespace Velorn::Flights {
+
+inline constexpr double unknownFigure = std::numeric_limits<double>::quiet_NaN();
+
+/// Points or correspondences by class: ground truth, roof, slope, bed points, flat.
+using PerClass = std::array<std::size_t, 5>;
+
+/// Bounds of points [m]; of no use where a coordinate is no number.
+struct Box {
+  std::array<double, 3> low{}, high{};
+};
+
+/// What a strip's container says without its points being read.
+struct StripFacts {
+  std::uint32_t id = 0;  ///< file id, its place in the list of strips
+  std::filesystem::path file;
+  std::size_t points = 0;
+  std::uint32_t week = 0;          ///< GPS week
+  double first = 0.0, last = 0.0;  ///< time [s of week]
+  Box box;
+  double farthestForward = 0.0;  ///< largest amount of a forward scanner coordinate [m]
+};
+
+/// Where the points of a strip went.
+struct RasterCounts {
+  std::size_t points = 0;
+  std::size_t notFinite = 0;     ///< a coordinate or the time is not finite
+  std::size_t notFirst = 0;      ///< another point stands for its cube
+  std::size_t notLast = 0;       ///< an echo that is not the last of its pulse
+  std::size_t notPlanar = 0;     ///< no plane through the neighbours, or a rough one
+  std::size_t notTerrain = 0;    ///< vegetation, water, noise and the like by the file's classes
+  std::size_t notSelected = 0;   ///< by the selection or the amplitude limits
+  PerClass surface{};            ///< the rest: planar points of each class
+  PerClass representatives{};    ///< of these, those in the raster
+  double medianRoughness = 0.0;  ///< of the planar points [m]; 0 without any
+};
+
+/// Of one strip, or the ground truth.
+struct RasterReport {
+  std::string name;        ///< of the file
+  bool isSkipped = false;  ///< an earlier run had done it
+  RasterCounts counts;
+};
+
+struct RasterizingReport {
+  std::vector<RasterReport> strips;
+  RasterReport groundTruth;
+  double seconds = 0.0;
+};
+
+/// Where the candidates of one class went.
+struct Funnel {
+  std::size_t candidates = 0;     ///< representatives within the other's bounding polygon
+  std::size_t tooFar = 0;         ///< nothing of the class within the search radius
+  std::size_t angle = 0;          ///< normals disagree
+  std::size_t roughness = 0;      ///< one of the two neighbourhoods is no plane, or a rough one
+  std::size_t outlier = 0;        ///< distance along the normal beyond median ± 3 NMAD
+  std::size_t thinned = 0;        ///< given up for the sake of memory
+  std::size_t kept = 0;           ///< correspondences
+  double median = unknownFigure;  ///< distance along the normal [m]
+  double nmad = unknownFigure;    ///< before the rejection [m]
+
+  /// Of the counts; median and NMAD become NaN.
+  Funnel& operator+=(const Funnel& other) {
+    candidates += other.candidates;
+    tooFar += other.tooFar;
+    angle += other.angle;
+    roughness += other.roughness;
+    outlier += other.outlier;
+    thinned += other.thinned;
+    kept += other.kept;
+    median = nmad = unknownFigure;
+    return *this;
+  }
+};
+
+/// Two strips, or a strip and the ground truth, whose bounding polygons overlap.
+struct PairReport {
+  std::uint32_t i = 0, j = 0;  ///< file ids
+  bool isGroundTruth = false;
+  std::array<Funnel, 5> classes;  ///< ground truth, roof, slope, bed points, flat
+
+  Funnel sum() const {
+    Funnel sum;
+    for (const Funnel& one : classes) sum += one;
+    return sum;
+  }
+};
+
+struct MatchReport {
+  std::vector<PairReport> pairs;       ///< by i and j, the ground truth last
+  double searchRadius = 0.0;           ///< of this round [m]
+  std::size_t maxCorrespondences = 0;  ///< that were allowed
+  std::size_t correspondences = 0;     ///< in all blocks
+  std::size_t withGroundTruth = 0;     ///< of these
+  /// Median of the distances of the strip pairs kept [m].
+  double typicalDistance = unknownFigure;
+  /// Median of their absolute distances along the normal, as searched [m].
+  double disagreement = unknownFigure;
+  /// Ground-truth correspondences on planes of more than 10°.
+  std::size_t onInclinedGroundTruth = 0;
+  std::size_t groundTruthPatches = 0;  ///< groups of ground-truth points that were matched
+};
+
+/// Distances of points from the planes of their correspondences [m].
+struct Fit {
+  std::size_t count = 0;
+  double mean = unknownFigure, rms = unknownFigure, median = unknownFigure, nmad = unknownFigure,
+         q05 = unknownFigure, q25 = unknownFigure, q75 = unknownFigure, q95 = unknownFigure;
+};
+
+struct FitReport {
+  Fit pairs, groundTruth;
+};
+
+/// The corrections that all strips share.
+struct GlobalCorrections {
+  using Three = std::array<double, 3>;
+  Three offsets{};       ///< of range and two angles: [m], [degree], [degree]
+  Three scales{};        ///< of the same, as deviations from one
+  Three misalignment{};  ///< about the body's axes [degree]
+  Three leverArm{};      ///< body axes [m]
+};
+
+/// A section whose unknowns were held constant.
+struct HeldSection {
+  std::string strip;
+  std::size_t section = 0, correspondences = 0;
+  bool isLow = false;     ///< too few correspondences
+  bool isLocked = false;  ///< its strip is locked
+};
+
+/// How far an adjustment moved the points of a strip, 90 % quantiles [m].
+struct StripMovement {
+  std::string strip;
+  double horizontal = 0.0, vertical = 0.0;
+};
+
+/// The three files of an adjusted model.
+struct ModelFiles {
+  std::filesystem::path sections, parameters, stripIds;
+
+  bool operator==(const ModelFiles&) const = default;
+};
+
+struct AdjustmentReport {
+  PerClass correspondences{};
+  FitReport before, after;  ///< as delivered, and adjusted
+  GlobalCorrections globals;
+  std::vector<HeldSection> heldSections;
+  std::vector<StripMovement> movements;
+  Velorn::SolverEnd solver;
+  ModelFiles files;  ///< of the adjusted model; complete only after convergence
+};
+
+/// One round of matching and adjusting.
+struct RoundReport {
+  unsigned int number = 1;
+  double scale = 1.0;  ///< above 1: a coarse round, so many times the distance of the points
+  bool isSkipped = false;
+  std::optional<MatchReport> matching;
+  std::optional<AdjustmentReport> adjustment;
+
+  bool isCoarse() const { return scale > 1.0; }
+};
+
+/// What fixes the block in space, and what nothing controls.
+struct DatumReport {
+  std::vector<std::string> fixedBy, warnings;
+};
+
+struct GeoreferencingReport {
+  std::filesystem::path folder;
+  std::size_t strips = 0, points = 0;
+  std::vector<std::string> unknown;  ///< strips, by name, that the adjustment did not know
+  bool isSkipped = false;
+  double seconds = 0.0;
+};
+
+/// All of a run.
+struct RunReport {
+  std::string program;         ///< its version
+  std::string steps;           ///< the option words
+  std::filesystem::path root;  ///< folder of the results
+  std::vector<StripFacts> strips;
+  std::optional<RasterizingReport> rasterizing;
+  std::vector<RoundReport> rounds;
+  std::optional<AdjustmentReport> adjustment;  ///< of the last round
+  std::optional<ModelFiles> model;  ///< adjusted, as seen from the root; none without convergence
+  std::optional<DatumReport> datum;
+  std::optional<GeoreferencingReport> georeferencing;
+  std::string failure;  ///< empty: none
+  double seconds = 0.0;
+  std::uint64_t peakMemory = 0;  ///< [byte]
+};
+
+/// Tables for people.
+/// @{
+VELORN_FLIGHT_EXPORT std::string textOf(const RunReport& run);
+VELORN_FLIGHT_EXPORT std::string textOf(const AdjustmentReport& adjustment, bool isControlled);
+/// @}
+
+/// "302410.123 to 302415.456 s of week 2318".
+VELORN_FLIGHT_EXPORT std::string timesText(double first, double last, std::int64_t week);
+
+}  // namespace Velorn::Flights

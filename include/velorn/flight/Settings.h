@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// What a user chooses about a flight: the files, and how each step works.
+//
+//     Velorn::Flights::FlightSettings settings;
+//     settings.strips = {"strips/*.kx"};
+//     settings.trajectories = {"trajectory.kx"};
+//     settings.groundTruth = "control.kx";
+//     settings.configuration().RootPath = "run";
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <velorn/CeresOptimization.h>
+#include <velorn/InputParameter.h>
+#include <velorn/flight/Visibility.h>
+
+namespace Velorn::Flights {
+
+/// What a surface element is, beside what the configuration says.
+struct RasterSettings {
+  unsigned int neighbours = 16;  ///< points that a plane is fitted to, the point itself included
+  double neighbourRadius = 5.0;  ///< they lie within [m]
+  double maxRoughness = 0.05;    ///< of a planar neighbourhood, however rough those about it [m]
+  double slopeLimit = 3.0;       ///< ground steeper than that is a slope [degree]
+};
+
+/// How correspondences are found, beside what the configuration says.
+struct MatchSettings {
+  std::size_t maxCorrespondences = 0;  ///< over all strips; 0: 10,000 per strip, as memory allows
+  std::uint64_t seed = 1;              ///< of the thinning
+  /// Both points are moved along their beams onto the planes through their own neighbourhoods.
+  bool ontoPlanes = true;
+};
+
+/// What is estimated, and how.
+struct ModelSettings {
+  /// With the weight 3 of the ground truth: at 1 the noise of many pairs shrinks a block whose
+  /// sections are free, at 10 the ground truth bends it.
+  ModelSettings() { configuration.CellSizeWeights = {3, 1, 1, 1, 1}; }
+
+  /// All that the library of the adjustment knows; its lists of files, locked strips and intervals
+  /// follow from the other settings.
+  Velorn::InputParameter configuration;
+  double interval = 86400.0;      ///< longest section [s]
+  std::vector<int> locked;        ///< places of strips whose trajectory is held, from 0
+  std::vector<std::string> held;  ///< "offsets", "scales", "misalignment", "lever-arm"
+  bool isRelative = false;        ///< ground truth may be missing, or too little
+};
+
+struct FlightSettings {
+  std::vector<std::string> strips;        ///< containers; * and ? stand for any letters, any letter
+  std::vector<std::string> trajectories;  ///< containers; the same
+  std::string groundTruth;                ///< container; empty: none
+
+  ModelSettings model;
+  std::vector<std::string> steps{"+rasterize", "+correspondences", "+optimization", "+adjustment"};
+  unsigned int coarseRounds = 0;  ///< that come first, each half as coarse as the one before
+  unsigned int rounds = 5;        ///< of matching and adjusting, at most
+  RasterSettings raster;
+  MatchSettings match;
+  bool compress = false;  ///< what is newly written into adjusted strips
+  bool force = false;     ///< steps that are done already are done again
+
+  Velorn::InputParameter& configuration() { return model.configuration; }
+  const Velorn::InputParameter& configuration() const { return model.configuration; }
+};
+
+/// Expands patterns, derives what follows from other values, and refuses what is impossible, before
+/// any work: values, words, files that are missing or named twice. Strips are sorted, as their file
+/// ids are. `Flight` does it by itself.
+/// @throws Error that names the setting or the file
+VELORN_FLIGHT_EXPORT void complete(FlightSettings& settings);
+
+/// Puts the choices where the library reads them.
+/// @param strips  number of strips
+/// @throws Error for a locked strip that is not there, and for a word of `held` that is none
+VELORN_FLIGHT_EXPORT void complete(ModelSettings& model, std::size_t strips);
+
+/// Which global corrections `held` leaves free, and how much ground truth is needed.
+VELORN_FLIGHT_EXPORT Velorn::AdjustmentSettings solverSettingsOf(const ModelSettings& model);
+
+}  // namespace Velorn::Flights

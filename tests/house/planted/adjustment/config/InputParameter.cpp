@@ -1,0 +1,1 @@
+#include "adjustment/model/Sections.h"

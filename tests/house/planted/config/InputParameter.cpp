@@ -1,1 +1,0 @@
-#include "model/Sections.h"

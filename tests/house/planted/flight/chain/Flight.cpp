@@ -1,0 +1,1 @@
+#include <velorn/flight/Flight.h>

@@ -1,0 +1,2 @@
+#include "adjustment/model/LineReader.h"
+#include <nlohmann/json.hpp>

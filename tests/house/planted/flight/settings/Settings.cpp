@@ -1,0 +1,2 @@
+#include <velorn/flight/Flight.h>
+#include "../surfaces/Tiles.h"

@@ -1,1 +1,0 @@
-// georef/SensorModel.cpp

@@ -1,0 +1,1 @@
+#include "flight/chain/Inputs.h"

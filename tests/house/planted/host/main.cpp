@@ -1,1 +1,0 @@
-#include "config/InputParameterText.h"

@@ -1,2 +1,0 @@
-#include "adjustment/georef/SensorModel.h"
-#include <ceres/ceres.h>
