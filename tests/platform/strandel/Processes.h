@@ -58,11 +58,12 @@ inline std::string runPython(const std::filesystem::path& folder, const std::str
                   "' && /usr/bin/python3 script.py 2>&1");
 }
 
+#ifdef VELORN_FORMAT_PAGE
 /// The example of docs/kx-format.md, a Python script that writes strip.kx.
 inline std::string exampleOfTheManual() {
-  const auto root = std::filesystem::path(__FILE__).parent_path() / "../../..";
-  const std::string manual = contentOf(root / "docs/kx-format.md");
+  const std::string manual = contentOf(VELORN_FORMAT_PAGE);
   const std::string opening = "```python\n";
   const auto begin = manual.find(opening) + opening.size();
   return manual.substr(begin, manual.find("```\n", begin) - begin);
 }
+#endif
