@@ -266,7 +266,7 @@ AdjustmentReport adjust(const AdjustmentInput& input, const Watch& watch) {
   makeFolder(root);
   RunRecording recording(root, "+optimization", *watcher);
   return recording.during([&](RunState& state) {
-    const auto report = adjustedBy(input, watcher);
+    auto report = adjustedBy(input, watcher);
     if (!report.solver.isConvergence()) {
       state.phase = RunState::Phase::failed;
       state.message = notConverged(report.solver);

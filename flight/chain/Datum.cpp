@@ -77,9 +77,9 @@ DatumReport datumOf(const MatchReport& matching, const FlightSettings& settings,
   }
   if (settings.model.isRelative && control == 0) {
     if (configuration.LockedStrips.empty()) {
-      fixedBy.push_back("the delivered trajectory, on average");
+      fixedBy.emplace_back("the delivered trajectory, on average");
     }
-    warnings.push_back(
+    warnings.emplace_back(
         "No ground truth: nothing controls position, height, tilt and scale of the block.");
   }
   const auto parts = partsOf(matching);
@@ -93,7 +93,7 @@ DatumReport datumOf(const MatchReport& matching, const FlightSettings& settings,
   constexpr double fewestInclined = 0.1;
   if (control > 0 &&
       static_cast<double>(inclined) < fewestInclined * static_cast<double>(control)) {
-    warnings.push_back(
+    warnings.emplace_back(
         "Nearly all ground truth is flat: it controls heights; horizontal position and scale of "
         "the block are hardly controlled.");
   }

@@ -31,7 +31,7 @@ RasterSettings optionsOf(const FlightSettings& settings, const Coarseness& coars
   auto options = settings.raster;
   options.neighbourRadius = std::min(1000.0, options.neighbourRadius * coarseness.scale);
   options.maxRoughness = std::min(1000.0, options.maxRoughness * coarseness.scale);
-  options.neighbours = coarseness.neighbours(options.neighbours);
+  options.neighbours = Coarseness::neighbours(options.neighbours);
   if (coarseness.isCoarse()) options.slopeLimit = 0.0;
   return options;
 }

@@ -165,7 +165,7 @@ MatchReport RoundWork::match(const Round& round) {
     return *done;
   }
   record.begin();
-  const MatchReport report = matchAnew(round);
+  MatchReport report = matchAnew(round);
   record.finish(key, run_.folder.blockFiles(), report);
   tell(matchingLine(round.number, report, false));
   return report;
@@ -189,12 +189,12 @@ MatchReport RoundWork::matchAnew(const Round& round) {
     const Coarseness coarseness{round.scale, spacing()};
     configuration.SearchRadius = std::max(round.radius, coarseness.fewestRadius());
     files = stripsOfRound(run_, coarseness, start, configuration);
-    options.neighbours = coarseness.neighbours(options.neighbours);
+    options.neighbours = Coarseness::neighbours(options.neighbours);
     options.neighbourRadius *= round.scale;
     options.areFarApart = true;
     options.reach = run_.configuration().SearchRadius;
   }
-  const auto report = Flights::match(configuration, files, options, start, *run_.watcher);
+  auto report = Flights::match(configuration, files, options, start, *run_.watcher);
   if (!round.isCoarse()) checkMatching(report, run_);
   return report;
 }

@@ -274,7 +274,7 @@ TEST_F(VariantsOfAnAdjustment, UnknownsNotEstimatedStayWhereTheyStart) {
 }
 
 TEST_F(VariantsOfAnAdjustment, WithoutGroundTruthThePairsFitButOnlyWhenThatIsAskedFor) {
-  leaveOut([](const std::string& name) { return name.find("_GroundTruth") != name.npos; });
+  leaveOut([](const std::string& name) { return name.find("_GroundTruth") != std::string::npos; });
   Library library(input);
   EXPECT_NE(library.run(), "");
   EXPECT_FALSE(library.optimization.result().end.hasRun());

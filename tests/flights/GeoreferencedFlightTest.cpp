@@ -12,7 +12,6 @@
 using namespace Velorn::Flights;
 
 using Geomra::PhysicalSpace::point;
-using Geomra::PhysicalSpace::vector;
 
 namespace {
 

@@ -24,7 +24,6 @@ using namespace Velorn::Flights;
 namespace fs = std::filesystem;
 using Geomra::PhysicalSpace::point;
 using Geomra::PhysicalSpace::vector;
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;

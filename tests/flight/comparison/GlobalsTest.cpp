@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "flight/comparison/Globals.h"
+#include "platform/geomra/Degree.h"
 #include "tests/flight/simulation/TrueWorld.h"
 
 using namespace Velorn::Flights;
@@ -15,6 +16,8 @@ using namespace Velorn::Flights;
 using Velorn::Flights::Comparison::Points, Comparison::Truth;
 
 namespace {
+
+using Geomra::degree;
 
 class SeparableSums : public testing::Test {
  protected:

@@ -25,7 +25,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
-using testing::AllOf, testing::Each, testing::HasSubstr;
+using testing::AllOf, testing::HasSubstr;
 
 constexpr double week = 604800.0, begin = 407100.0;  // of week 2318
 constexpr double standardBegin = 2318 * week + begin - 1e9;

@@ -9,6 +9,7 @@
 #include "flight/simulation/FlightPlan.h"
 #include "flight/simulation/SensorChain.h"
 #include "flight/strips/OrFail.h"
+#include "platform/geomra/Degree.h"
 #include "platform/tessaly/PolarCoordinates.h"
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include "tests/flight/simulation/TrueWorld.h"
@@ -17,6 +18,8 @@
 using namespace Velorn::Flights;
 
 namespace {
+
+using Geomra::degree;
 
 using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
 

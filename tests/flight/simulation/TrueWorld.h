@@ -9,8 +9,6 @@
 #include "tests/flight/simulation/SimulatedFlight.h"
 #include <velorn/Trajectory.h>
 
-using Geomra::degree;
-
 /// The delivered trajectory, as the library reads and interpolates it.
 inline Velorn::Trajectory trajectoryIn(const std::filesystem::path& folder) {
   Velorn::Trajectory trajectory({folder / "trajectory.kx"});

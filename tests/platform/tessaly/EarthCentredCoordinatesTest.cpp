@@ -5,9 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/geomra/Degree.h"
 #include "platform/tessaly/EarthCentredCoordinates.h"
 #include "tests/platform/tessaly/Places.h"
 
+using Geomra::degree;
 using Geomra::PhysicalSpace::point;
 using Tessaly::cartesianToEllipsoidalWithConvergedInfo, Tessaly::Ellipsoid,
     Tessaly::ellipsoidalToCartesian;

@@ -25,7 +25,6 @@
 
 inline constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double infinity = std::numeric_limits<double>::infinity();
-using Geomra::degree;
 
 /// What one tool says of one place.
 struct Place {
@@ -55,8 +54,8 @@ inline std::vector<Place> placesOfTheTable() {
     words >> p.name >> p.tool >> p.epsg >> p.geographic.x >> p.geographic.y >> p.geographic.z >>
         p.projected.x >> p.projected.y >> p.earthCentred.x >> p.earthCentred.y >> p.earthCentred.z;
     if (!words) throw std::runtime_error("places.txt: not understood: " + line);
-    p.geographic.x *= degree;
-    p.geographic.y *= degree;
+    p.geographic.x *= Geomra::degree;
+    p.geographic.y *= Geomra::degree;
     p.projected.z = p.geographic.z;
     places.push_back(p);
   }
@@ -76,7 +75,8 @@ inline std::vector<Geomra::PhysicalSpace::point> randomPlaces(double meridian, s
   std::uniform_real_distribution<double> beside(-3.5, 3.5), latitude(0, 84), height(-100, 5000);
   std::vector<Geomra::PhysicalSpace::point> places(count);
   for (auto& place : places) {
-    place = {(meridian + beside(random)) * degree, latitude(random) * degree, height(random)};
+    place = {(meridian + beside(random)) * Geomra::degree, latitude(random) * Geomra::degree,
+             height(random)};
   }
   return places;
 }

@@ -8,10 +8,12 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/geomra/Degree.h"
 #include "platform/tessaly/TransverseMercator.h"
 #include "tests/platform/tessaly/Places.h"
 #include "tests/support/TemporaryFolder.h"
 
+using Geomra::degree;
 using Geomra::PhysicalSpace::point;
 using Tessaly::Ellipsoid, Tessaly::inverseTransverseMercatorProjection,
     Tessaly::meridianConvergence, Tessaly::transverseMercatorProjection;
