@@ -64,8 +64,11 @@ struct FlightSettings {
   unsigned int rounds = 5;        ///< of matching and adjusting, at most
   RasterSettings raster;
   MatchSettings match;
-  bool compress = false;  ///< what is newly written into adjusted strips
-  bool force = false;     ///< steps that are done already are done again
+  bool compress = false;     ///< what is newly written into adjusted strips
+  bool force = false;        ///< steps that are done already are done again
+  unsigned int threads = 0;  ///< of all work; 0: as many as there are cores
+  bool repeatable = false;   ///< the solver takes one thread: the same bytes for any `threads`
+  double memory = 0.0;  ///< [GB] that points are held in between steps; 0: half of what is free
 
   Velorn::InputParameter& configuration() { return model.configuration; }
   const Velorn::InputParameter& configuration() const { return model.configuration; }
