@@ -55,7 +55,7 @@ std::array<Vector3<double>, 4> path(const Vector3<double>& before, const Vector3
                                     const std::array<double, 12>& k, double middle, double length) {
   std::array<Vector3<double>, 4> powers;
   for (int j = 0; j < 3; ++j) {
-    const double* const c = k.data() + 4 * j;
+    const double* const c = &k[4 * static_cast<std::size_t>(j)];
     const double difference = after[j] - before[j];
     powers[0][j] = before[j] + difference / 2.0 + correction(k.data(), j, 4, middle);
     powers[1][j] = difference + length * (c[1] + middle * (2.0 * c[2] + middle * 3.0 * c[3]));

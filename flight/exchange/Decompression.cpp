@@ -65,7 +65,7 @@ bool isCompressed(const fs::path& file) {
 
 fs::path decompressed(const fs::path& file, const std::string& command, const fs::path& folder,
                       const std::function<void()>& whileRunning) {
-  const fs::path target = folder / (file.stem().string() + ".las");
+  fs::path target = folder / (file.stem().string() + ".las");
   Plome::ReplacedFile las(target, ".las");
   const auto words = wordsOf(command, file, las.temporary());
   makeFolder(folder);

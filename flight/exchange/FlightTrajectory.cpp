@@ -85,13 +85,14 @@ std::vector<std::filesystem::path> saveTrajectories(
     const Geomra::PhysicalSpace::point& leverArm, const Geomra::PhysicalSpace::point& misalignment,
     const std::filesystem::path& folder) {
   const auto weekOf = [](const SbetRecord& record) {
-    return std::floor(record.time / weekSeconds);
+    return static_cast<std::int64_t>(std::floor(record.time / weekSeconds));
   };
-  const double first = weekOf(trajectory.records.front()), last = weekOf(trajectory.records.back());
+  const auto first = weekOf(trajectory.records.front()), last = weekOf(trajectory.records.back());
   std::vector<std::filesystem::path> files;
-  for (double number = first; number <= last; ++number) {
-    const auto records = recordsOfWeek(trajectory.records, number * weekSeconds);
-    const std::int64_t its = week + static_cast<std::int64_t>(number);
+  for (std::int64_t number = first; number <= last; ++number) {
+    const auto records =
+        recordsOfWeek(trajectory.records, static_cast<double>(number) * weekSeconds);
+    const std::int64_t its = week + number;
     TrajectoryColumns columns = trajectoryColumns(records, epsg);
     columns.week = its;
     columns.epsgSpatial = epsg;

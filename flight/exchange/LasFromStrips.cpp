@@ -36,7 +36,7 @@ fs::path sourceOf(const GridFile& strip, const fs::path& sourceFolder) {
   if (!recorded || recorded->empty()) {
     strip.refuse("", fmt::format("names no SourceFile; {}", notImported));
   }
-  const fs::path there = *recorded, elsewhere = sourceFolder / there.filename();
+  fs::path there = *recorded, elsewhere = sourceFolder / there.filename();
   if (!sourceFolder.empty() && isFile(elsewhere)) return elsewhere;
   if (isFile(there)) return there;
   strip.refuse("",
@@ -134,6 +134,7 @@ void checkTimes(const GridFile& strip, const fs::path& source,
 std::vector<LasStrip> lasStripsOf(const std::vector<fs::path>& containers,
                                   const fs::path& sourceFolder, const fs::path& output) {
   std::vector<LasStrip> strips;
+  strips.reserve(containers.size());
   for (const auto& container : containers) {
     strips.push_back(lasStripOf(container, sourceFolder, output));
   }

@@ -133,8 +133,8 @@ class HeaderReader {
   std::string readCoordinates() {
     std::array<double, 3> lowest{}, highest{};
     for (std::size_t axis = 0; axis < 3; ++axis) {
-      const double scale = at<double>(LasPlaces::scale + 8 * axis);
-      const double offset = at<double>(LasPlaces::offset + 8 * axis);
+      const auto scale = at<double>(LasPlaces::scale + 8 * axis);
+      const auto offset = at<double>(LasPlaces::offset + 8 * axis);
       // With this every coordinate is a finite number, whatever its integer.
       const double reach = 2147483648.0 * std::abs(scale) + std::abs(offset);
       if (scale == 0.0 || !std::isfinite(reach)) {

@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "flight/surfaces/SelectedPoints.h"
 
+#include <fmt/format.h>
+
 #include "flight/surfaces/TerrainClasses.h"
 
 namespace Velorn::Flights {
@@ -64,7 +66,8 @@ void checkNames(const Selection& selection, const GridFile& strip) {
     for (const auto& [other, its] : strip.grid().cartesian()->fields()) {
       if (isScalar(*its)) known.append(known.empty() ? "" : ", ").append(other);
     }
-    strip.refuse("", "SelectionStr asks for " + name + "; the fields of numbers are " + known);
+    strip.refuse(
+        "", fmt::format("SelectionStr asks for {}; the fields of numbers are {}", name, known));
   }
 }
 

@@ -18,8 +18,8 @@ constexpr Real pi = std::numbers::pi_v<Real>;
 
 /// Constants of the ellipsoid, from the inverse flattening in its nine defining decimals.
 struct Ellipsoid {
-  Real a, e2, e;
-  explicit Ellipsoid(const Zone& zone) : a(zone.getEllipsoid().getSemiMajorAxis()), e2(0), e(0) {
+  Real a, e2 = 0, e = 0;
+  explicit Ellipsoid(const Zone& zone) : a(zone.getEllipsoid().getSemiMajorAxis()) {
     const Real inverse = std::round(1e9L / Real(zone.getEllipsoid().getFlattening())) / 1e9L;
     e2 = (2 - 1 / inverse) / inverse;
     e = std::sqrt(e2);

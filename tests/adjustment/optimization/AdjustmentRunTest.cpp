@@ -18,6 +18,7 @@ class AdjustmentRun : public Correspondences {
   AdjustmentRun() {
     omp_set_num_threads(2);
     std::vector<Record> records;
+    records.reserve(20);
     for (int i = 0; i < 20; ++i) records.push_back({990.0 + i, {6e5 + 60 * i, 5.25e6, 1e3}, {}});
     trajectory = Velorn::Trajectory({TrajectoryFile({records}).save(folder / "t.kx")});
     EXPECT_EQ(trajectory.importTrajectory(), "");

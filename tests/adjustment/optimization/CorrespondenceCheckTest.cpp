@@ -222,7 +222,8 @@ TEST(SectionReport, CountsWhatIsEstimatedByModelAndWithoutWhatIsHeld) {
   using Velorn::Sec_Type;
   Sec_Type type[] = {Sec_Type::BIAS, Sec_Type::LINEAR, Sec_Type::SPLINE, Sec_Type::HYBRID};
   for (std::size_t i = 0; i < 4; ++i) flight[i].sections.at(0).type = type[i];
-  const auto count = [&](std::vector<unsigned int> correspondences, const std::set<int>& locked) {
+  const auto count = [&](const std::vector<unsigned int>& correspondences,
+                         const std::set<int>& locked) {
     return Velorn::estimatedUnknowns(Velorn::sectionStates(flight, correspondences, locked), {});
   };
   EXPECT_EQ(count({100, 100, 100, 100}, {}), 12 + 6 + 12 + 24 + 9);

@@ -22,8 +22,8 @@ using Geomra::degree;
 class SeparableSums : public testing::Test {
  protected:
   SeparableSums() : truth(simulated(folder)), trajectory(trajectoryIn(folder.path())) {
-    for (std::size_t i = 0; i < truth.strips.size(); ++i) {
-      const OneGridFile file(truth.strips[i].file);
+    for (const auto& strip : truth.strips) {
+      const OneGridFile file(strip.file);
       scanner.push_back(
           file.column<Geomra::PhysicalSpace::point>("ScannerCoordinateSystem", "Positions"));
       times.push_back(file.column<double>("ScannerCoordinateSystem", "GPSTime"));

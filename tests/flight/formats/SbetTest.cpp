@@ -168,6 +168,7 @@ namespace {
 /// Records of these times; the height tells the place in the file.
 std::vector<SbetRecord> recordsAt(const std::vector<double>& times) {
   std::vector<SbetRecord> records;
+  records.reserve(times.size());
   for (const double time : times) {
     records.push_back({time, 0.8, 0.2, static_cast<double>(records.size()), 0, 0, 1});
   }

@@ -252,7 +252,8 @@ KnownPoints patchesAt(const std::vector<point>& corners, const vector& normal) {
   KnownPoints known;
   for (const point& corner : corners) {
     for (int k = 0; k < 16; ++k) {
-      const double x = k % 4, y = k / 4;
+      const int column = k % 4, row = k / 4;
+      const double x = column, y = row;
       known.places.push_back(corner + vector{x, y, -(normal.x * x + normal.y * y) / normal.z});
       known.normals.push_back(normal);
       known.codes.push_back(12);
@@ -277,7 +278,8 @@ TEST(GroundTruth, IsMatchedBesideItsPointsByNoMoreThanTheirSpacing) {
   const GroundTruth known(patchesAt({{0, 0, 100}}, normal));
   MatchPoints strip;
   for (int k = 0; k < 900; ++k) {  // 0.3 m above the plane, far beyond the patch
-    const double x = 0.37 * (k % 30) - 4, y = 0.37 * (k / 30) - 4;
+    const int column = k % 30, row = k / 30;
+    const double x = 0.37 * column - 4, y = 0.37 * row - 4;
     strip.delivered.push_back(point{x, y, 100 - 0.5 * x} + 0.3 * normal);
   }
   strip.beams.assign(900, {0, 0, 500});
