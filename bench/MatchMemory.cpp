@@ -29,18 +29,17 @@ struct Flight {
   std::filesystem::path folder = benchmarkFile("match");
 
   explicit Flight(std::size_t points) {
-    std::filesystem::create_directories(folder / "02_raster");
+    for (const char* made : {"planar", "raster"}) {
+      std::filesystem::create_directories(folder / made);
+    }
     usageOf([&] {
       for (unsigned k = 1; k <= 2; ++k) {
-        const auto name = fmt::format("strip_{}.kx", k);
-        saveMatchPoints(folder / name, waves(points, k));
-        saveMatchPoints(folder / "02_raster" / name, waves(points, k, 10));
+        saveMatchPoints(fileOf("planar", k), waves(points, k));
+        saveMatchPoints(fileOf("raster", k), waves(points, k, 10));
       }
       Strandel::Bundle nothing;
       nothing.makeSlice(0.0)->makeGrid("ground_truth");
-      for (const char* name : {"02_raster/known.kx", "known.kx", "path.kx"}) {
-        orThrow(GridEditor::storage().save(nothing, folder / name, "wd"));
-      }
+      orThrow(GridEditor::storage().save(nothing, folder / "known.kx", "wd"));
     });
   }
   ~Flight() {
@@ -50,16 +49,19 @@ struct Flight {
   Flight(const Flight&) = delete;
   Flight& operator=(const Flight&) = delete;
 
+  std::filesystem::path fileOf(const char* made, unsigned strip) const {
+    return folder / made / fmt::format("strip_{}.kx", strip);
+  }
+
   void match() const {
-    Velorn::FileContainer files;
-    const auto names = std::make_shared<Plome::StringList>();
-    for (const char* name : {"strip_1.kx", "strip_2.kx"}) names->add((folder / name).string());
-    orThrow(files.add(names, (folder / "known.kx").string(), (folder / "path.kx").string()));
     Velorn::InputParameter configuration;
     configuration.RootPath = folder;
     orThrow(configuration.check());
     NoProgress progress;
-    const auto report = Velorn::Flights::match(configuration, files, {}, nullptr, progress);
+    SurfaceStore surfaces(
+        {{fileOf("planar", 1), fileOf("raster", 1)}, {fileOf("planar", 2), fileOf("raster", 2)}},
+        folder / "known.kx", configuration, 0);
+    const auto report = Velorn::Flights::match(configuration, surfaces, {}, nullptr, progress);
     if (report.correspondences == 0) throw std::runtime_error("nothing was found");
   }
 };

@@ -59,7 +59,8 @@ void rasterize(const std::filesystem::path& folder, const std::string& selection
   Velorn::InputParameter configuration;
   configuration.SelectionStr = selection;
   orThrow(configuration.check());
-  rasterizeStrip(folder / "strip.kx", folder / "raster.kx", configuration, {}, progress);
+  rasterizeStrip(folder / "strip.kx", {folder / "planar.kx", folder / "raster.kx"}, configuration,
+                 {}, progress);
 }
 
 void measure(const Folder& folder, double millions, const std::string& selection) {

@@ -40,7 +40,10 @@ GeoreferencingReport georeferenceAll(const RunContext& run, const RoundModel& mo
   const bool isDone = report.has_value();
   if (!isDone) {
     record.begin();
-    report = georeference(input, watch);
+    run.requireInputs();
+    check(input);
+    report = georeferencedBy(input, run.trajectory, watch);
+    run.requireInputs();
     record.finish(key, outputsOf(input), *report);
   }
   report->isSkipped = isDone;

@@ -139,11 +139,13 @@ std::string notConverged(const Velorn::SolverEnd& end) {
 /// The objects of one run, in the order in which they need each other.
 class Adjustment {
  public:
-  Adjustment(const AdjustmentInput& input, const std::shared_ptr<Watcher>& watcher)
+  Adjustment(const AdjustmentInput& input, const Velorn::Trajectory& trajectory,
+             const std::shared_ptr<Watcher>& watcher)
       : input_(input),
         configuration_(input.configuration),
         files_(listOfFiles(input)),
-        trajectory_(files_.getTrajectories()),
+        trajectory_(trajectory),
+        parameters_(std::make_shared<Velorn::SolverParameters>()),
         watcher_(watcher) {
     configuration_.CorrespondencePath = fs::absolute(input.correspondences);
     configuration_.progress = watcher;
@@ -151,23 +153,22 @@ class Adjustment {
 
   void prepare() {
     orFail(configuration_.check());
-    orFail(trajectory_.importTrajectory());
     orFail(timesOutsideTrajectory(configuration_, trajectory_));
     makeFolders(configuration_);
     files_.writeStripID(parameterFile("StripID"), false);
     configuration_.write(parameterFile("Configuration"), configuration_.speak(), false, false);
-    parameters_ = Velorn::SolverParameters(files_.getStripFiles(), configuration_);
-    orFail(parameters_.setSections(configuration_.TypeModel, configuration_.DefaultInterval,
-                                   trajectory_.getLeverarm(), trajectory_.getMisalignment(),
-                                   configuration_.FileSuffix, configuration_.OverwriteToLinear,
-                                   configuration_.OverwriteToSpline));
+    *parameters_ = Velorn::SolverParameters(files_.getStripFiles(), configuration_);
+    orFail(parameters_->setSections(configuration_.TypeModel, configuration_.DefaultInterval,
+                                    trajectory_.getLeverarm(), trajectory_.getMisalignment(),
+                                    configuration_.FileSuffix, configuration_.OverwriteToLinear,
+                                    configuration_.OverwriteToSpline));
     if (!input_.start) return;
-    orFail(parameters_.restore(input_.start->sections, input_.start->parameters,
-                               input_.start->stripIds));
+    orFail(parameters_->restore(input_.start->sections, input_.start->parameters,
+                                input_.start->stripIds));
   }
 
-  AdjustmentReport run() {
-    Velorn::CeresOptimization optimization(parameters_, trajectory_, configuration_, files_);
+  Adjusted run() {
+    Velorn::CeresOptimization optimization(*parameters_, trajectory_, configuration_, files_);
     optimization.settings = input_.settings;
     optimization.settings.isCancelled = [this] { return watcher_->isCancelled(); };
     const std::string fault = solve(optimization);
@@ -178,13 +179,13 @@ class Adjustment {
     if (!result.end.hasRun()) throw refusal(fault, input_, result);
     if (!optimization.failed()) {
       orFail(fault);
-      orFail(parameters_.writeExactParameters(files().parameters), Error::NoSpace);
+      orFail(parameters_->writeExactParameters(files().parameters), Error::NoSpace);
       requireReadable();
     }
     AdjustmentReport report = reportOf(result, files_.getStripFiles());
-    report.globals = globalsOf(parameters_);
+    report.globals = globalsOf(*parameters_);
     report.files = files();
-    return report;
+    return {std::move(report), parameters_};
   }
 
  private:
@@ -213,8 +214,8 @@ class Adjustment {
   const AdjustmentInput& input_;
   InputParameter configuration_;
   Velorn::FileContainer files_;
-  Velorn::Trajectory trajectory_;
-  Velorn::SolverParameters parameters_;
+  const Velorn::Trajectory& trajectory_;
+  std::shared_ptr<Velorn::SolverParameters> parameters_;
   std::shared_ptr<Watcher> watcher_;
 };
 
@@ -253,8 +254,9 @@ void requireConvergence(const Velorn::SolverEnd& end, const std::string& whenOut
               outOfSteps ? Error::NoConvergence : Error::SolverFailed);
 }
 
-AdjustmentReport adjustedBy(const AdjustmentInput& input, const std::shared_ptr<Watcher>& watcher) {
-  Adjustment adjustment(input, watcher);
+Adjusted adjustedBy(const AdjustmentInput& input, const Velorn::Trajectory& trajectory,
+                    const std::shared_ptr<Watcher>& watcher) {
+  Adjustment adjustment(input, trajectory, watcher);
   adjustment.prepare();
   return adjustment.run();
 }
@@ -266,7 +268,9 @@ AdjustmentReport adjust(const AdjustmentInput& input, const Watch& watch) {
   makeFolder(root);
   RunRecording recording(root, "+optimization", *watcher);
   return recording.during([&](RunState& state) {
-    auto report = adjustedBy(input, watcher);
+    Velorn::Trajectory trajectory(input.trajectories);
+    orFail(trajectory.importTrajectory());
+    auto report = adjustedBy(input, trajectory, watcher).report;
     if (!report.solver.isConvergence()) {
       state.phase = RunState::Phase::failed;
       state.message = notConverged(report.solver);

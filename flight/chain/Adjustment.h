@@ -7,6 +7,8 @@
 #include <memory>
 
 #include "flight/strips/Watcher.h"
+#include <velorn/SolverParameters.h>
+#include <velorn/Trajectory.h>
 #include <velorn/flight/Adjust.h>
 
 namespace Velorn::Flights {
@@ -16,7 +18,14 @@ namespace Velorn::Flights {
 /// @throws Error that names the file
 void check(const AdjustmentInput& input);
 
+struct Adjusted {
+  AdjustmentReport report;
+  std::shared_ptr<const Velorn::SolverParameters> parameters;
+};
+
+/// @param trajectory  imported, of the input's files
 /// @throws as adjust
-AdjustmentReport adjustedBy(const AdjustmentInput& input, const std::shared_ptr<Watcher>& watcher);
+Adjusted adjustedBy(const AdjustmentInput& input, const Velorn::Trajectory& trajectory,
+                    const std::shared_ptr<Watcher>& watcher);
 
 }  // namespace Velorn::Flights

@@ -112,9 +112,7 @@ void check(const GeoreferencingInput& input) {
   checkAdjustmentFiles(input);
   checkInputs(input);
   checkNames(input);
-  if (input.outputFolder.empty()) return;
-  checkOutputs(input);
-  makeFolder(input.outputFolder);
+  if (!input.outputFolder.empty()) checkOutputs(input);
 }
 
 }  // namespace Velorn::Flights

@@ -4,11 +4,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
+#include <system_error>
 
 #include <fmt/format.h>
 
 #include "flight/strips/GridFile.h"
 #include "flight/strips/OrFail.h"
+#include "flight/strips/OutputPlaces.h"
 #include "flight/strips/TimeCover.h"
 #include "flight/surfaces/StripAttributes.h"
 
@@ -51,6 +54,26 @@ Box checkedScanner(const GridFile& file) {
 std::string placeText(const Box& box) {
   return fmt::format("E {:.0f} to {:.0f}, N {:.0f} to {:.0f}", box.low[0], box.high[0], box.low[1],
                      box.high[1]);
+}
+
+bool haveSameBytes(const fs::path& one, const fs::path& other) {
+  std::error_code fault;
+  if (fs::file_size(one, fault) != fs::file_size(other, fault)) return false;
+  std::ifstream first(one, std::ios::binary), second(other, std::ios::binary);
+  std::vector<char> some(std::size_t{1} << 20U), same(some.size());
+  while (first && second) {
+    first.read(some.data(), static_cast<std::streamsize>(some.size()));
+    second.read(same.data(), static_cast<std::streamsize>(same.size()));
+    if (first.gcount() != second.gcount()) return false;
+    if (!std::equal(some.begin(), some.begin() + first.gcount(), same.begin())) return false;
+  }
+  return first.eof() && second.eof();
+}
+
+/// By what is known without reading their points.
+bool mayBeCopies(const StripFacts& one, const StripFacts& other) {
+  return one.points == other.points && one.week == other.week && one.first == other.first &&
+         one.last == other.last;
 }
 
 }  // namespace
@@ -115,6 +138,30 @@ void checkTogether(const std::vector<StripFacts>& strips, const Velorn::Trajecto
       "{}: lies at {}, and no strip does ({}: {}): another zone, or easting and northing swapped?",
       settings.groundTruth, placeText(*box), strips.front().file.string(),
       placeText(strips.front().box)));
+}
+
+void requireFinishedImports(const std::vector<fs::path>& files) {
+  for (const auto& file : files) {
+    const auto mark = markOfUnfinishedImport(file.parent_path());
+    std::error_code fault;
+    if (!fs::exists(mark, fault)) continue;
+    throw Error(
+        fmt::format("{}: was imported into {}, where the import has not come to its end; "
+                    "import again, or remove {} if these files are whole",
+                    file.string(), file.parent_path().string(), mark.string()));
+  }
+}
+
+void requireDifferentStrips(const std::vector<StripFacts>& strips) {
+  for (std::size_t i = 0; i < strips.size(); ++i) {
+    for (std::size_t j = i + 1; j < strips.size(); ++j) {
+      if (!mayBeCopies(strips[i], strips[j])) continue;
+      const auto &one = strips[i].file, &other = strips[j].file;
+      std::error_code fault;
+      if (!fs::equivalent(one, other, fault) && !haveSameBytes(one, other)) continue;
+      throw Error(fmt::format("{} and {}: the same strip twice", one.string(), other.string()));
+    }
+  }
 }
 
 }  // namespace Velorn::Flights

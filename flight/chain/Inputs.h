@@ -34,4 +34,12 @@ void checkTimes(const StripFacts& strip, const Velorn::Trajectory& trajectory);
 void checkTogether(const std::vector<StripFacts>& strips, const Velorn::Trajectory& trajectory,
                    const FlightSettings& settings);
 
+/// Refuses containers of an import that has not come to its end.
+/// @throws Error that names the folder
+void requireFinishedImports(const std::vector<std::filesystem::path>& files);
+
+/// Refuses a strip that is given twice: by a link, or as a copy.
+/// @throws Error that names both
+void requireDifferentStrips(const std::vector<StripFacts>& strips);
+
 }  // namespace Velorn::Flights

@@ -3,10 +3,12 @@
 #include "flight/chain/Rasterizing.h"
 
 #include <chrono>
+#include <memory>
 #include <numeric>
 
 #include <fmt/format.h>
 
+#include "flight/records/FolderLock.h"
 #include "flight/surfaces/Rasterize.h"
 
 namespace Velorn::Flights {
@@ -27,20 +29,26 @@ void addOptions(const FlightSettings& settings, StepKey& key) {
 }
 
 /// Does the work of one file, unless it is done.
-/// @param inputs  files that the work does not change
 template <typename Work>
-RasterReport once(const RunContext& run, const fs::path& file, const std::vector<fs::path>& inputs,
-                  const std::vector<fs::path>& outputs, const Work& work) {
-  const StepRecord record = run.folder.record("rasterize_" + file.stem().string());
-  StepKey key("rasterize " + fs::absolute(file).lexically_normal().string());
-  addOptions(run.settings, key);
-  key.addFiles("input", inputs);
+RasterReport once(const RunContext& run, const fs::path& file, const std::vector<fs::path>& outputs,
+                  const Work& work) {
+  const StepRecord record = run.folder.rasterRecordOf(file);
+  StepKey key = rasterKey(run.settings);
+  key.addFiles("input", {file});
   const auto done = run.settings.force ? std::nullopt : record.template valid<RasterCounts>(key);
   if (done) return {file.filename().string(), true, *done};
   record.begin();
+  run.requireInputs();
   const RasterCounts counts = work();
+  run.requireInputs();
   record.finish(key, outputs, counts);
   return {file.filename().string(), false, counts};
+}
+
+/// Variants that rasterize alike do so one after the other.
+std::unique_ptr<FolderLock> lockOfShared(const RunContext& run) {
+  if (run.settings.variant.empty()) return nullptr;
+  return std::make_unique<FolderLock>(run.folder.surfaces(), run.watcher.get());
 }
 
 std::size_t sumOf(const PerClass& counts) {
@@ -56,24 +64,40 @@ std::string lineOf(const RasterReport& raster) {
 
 }  // namespace
 
-RasterizingReport rasterizeAll(const RunContext& run) {
+StepKey rasterKey(const FlightSettings& settings) {
+  StepKey key("rasterize");
+  addOptions(settings, key);
+  return key;
+}
+
+RasterizingReport rasterizeAll(RunContext& run) {
   const auto begin = std::chrono::steady_clock::now();
+  const auto lock = lockOfShared(run);
   RasterizingReport report;
   for (const auto& strip : run.strips) {
-    const auto raster = run.folder.rasterOf(strip.file);
-    report.strips.push_back(once(run, strip.file, {}, {strip.file, raster}, [&] {
-      return rasterizeStrip(strip.file, raster, run.configuration(), run.settings.raster,
-                            *run.watcher);
+    const auto& files = run.surfaces.files(strip.id);
+    report.strips.push_back(once(run, strip.file, {files.planar, files.raster}, [&] {
+      auto made =
+          rasterizeStrip(strip.file, files, run.configuration(), run.settings.raster, *run.watcher);
+      run.surfaces.keep(strip.id, std::move(made.planar), std::move(made.raster));
+      return made.counts;
     }));
     run.tell(lineOf(report.strips.back()));
   }
-  const auto raster = run.folder.rasterOf(run.groundTruth);
-  report.groundTruth = once(run, run.groundTruth, {run.groundTruth}, {raster}, [&] {
+  const auto& raster = run.surfaces.groundTruth();
+  report.groundTruth = once(run, run.groundTruth, {raster}, [&] {
     return rasterizeGroundTruth(run.groundTruth, raster, run.configuration());
   });
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
   report.seconds = elapsed.count();
   return report;
+}
+
+void requireSurfaces(const RunContext& run) {
+  run.surfaces.requireFiles();
+  for (const auto& file : run.files.getStripFilesAndGroundTruth()) {
+    run.folder.rasterRecordOf(file).requireOutputs("rasterize first");
+  }
 }
 
 }  // namespace Velorn::Flights

@@ -52,28 +52,28 @@ double spacingOfStrips(const RunContext& run) {
       run.settings.raster.neighbourRadius));
 }
 
-Velorn::FileContainer stripsOfRound(const RunContext& run, const Coarseness& coarseness,
-                                    const Solution* solution,
-                                    Velorn::InputParameter& configuration) {
+SurfaceStore stripsOfRound(const RunContext& run, const Coarseness& coarseness,
+                           const Solution* solution, Velorn::InputParameter& configuration) {
   constexpr double widestAngle = 3.0;  // in units of the threshold
   const auto folder = emptyFolder(run.folder.rastersOfRound());
   const auto options = optionsOf(run.settings, coarseness);
-  std::vector<std::string> files;
+  std::vector<SurfaceFiles> files;
   for (std::uint32_t id = 0; id < run.strips.size(); ++id) {
-    const auto& strip = run.strips[id].file;
-    const auto raster = folder / fmt::format("{:06}_{}", id, strip.filename().string());
-    rasterizeView(strip, {id, solution, coarseness.side()}, raster, configuration, options,
-                  *run.watcher);
-    files.push_back(raster.string());
+    const auto raster =
+        folder / fmt::format("{:06}_{}", id, run.strips[id].file.filename().string());
+    files.push_back({raster, raster});
   }
-  rasterizeGroundTruth(run.groundTruth, folder / run.groundTruth.filename(), configuration);
-  configuration.RasterPath = folder.lexically_relative(run.folder.root());
+  const auto known = folder / run.groundTruth.filename();
+  SurfaceStore surfaces(std::move(files), known, configuration, run.memory);
+  for (std::uint32_t id = 0; id < run.strips.size(); ++id) {
+    auto made = rasterizeView(run.strips[id].file, {id, solution, coarseness.side()},
+                              surfaces.files(id).raster, configuration, options, *run.watcher);
+    surfaces.keep(id, {}, std::move(made.raster));
+  }
+  rasterizeGroundTruth(run.groundTruth, known, configuration);
   configuration.ThresholdMaxAngle =
       std::min(90.0, configuration.ThresholdMaxAngle * std::min(coarseness.scale, widestAngle));
-  Velorn::FileContainer container;
-  orFail(container.add(std::make_shared<Plome::StringList>(files), run.groundTruth.string(),
-                       configuration.Trajectories));
-  return container;
+  return surfaces;
 }
 
 }  // namespace Velorn::Flights

@@ -30,12 +30,10 @@ struct Coarseness {
 /// @throws Error when no strip has sixteen points near each other
 double spacingOfStrips(const RunContext& run);
 
-/// Makes the rasters of the round, and points the configuration to them.
+/// Makes the rasters of the round, which stand for the strips, under the same ids.
 /// @param solution       that places the points; none: as delivered
-/// @param configuration  gets the folder of the rasters and the angle of the round
-/// @return the list of files with the rasters in place of the strips, under the same ids
-Velorn::FileContainer stripsOfRound(const RunContext& run, const Coarseness& coarseness,
-                                    const Solution* solution,
-                                    Velorn::InputParameter& configuration);
+/// @param configuration  gets the angle of the round
+SurfaceStore stripsOfRound(const RunContext& run, const Coarseness& coarseness,
+                           const Solution* solution, Velorn::InputParameter& configuration);
 
 }  // namespace Velorn::Flights

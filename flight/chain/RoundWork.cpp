@@ -8,11 +8,11 @@
 #include <fmt/format.h>
 
 #include "flight/chain/Adjustment.h"
+#include "flight/chain/Rasterizing.h"
 #include "flight/chain/RoundStrips.h"
 #include "flight/matching/Match.h"
 #include "flight/matching/SolverMemory.h"
 #include "flight/strips/OrFail.h"
-#include <velorn/SolverParameters.h>
 
 namespace Velorn::Flights {
 namespace {
@@ -122,11 +122,15 @@ StepRecord RoundWork::adjustRecord(const Round& round) const {
   return run_.folder.record("adjust_" + std::to_string(round.number));
 }
 
+StepRecord RoundWork::matchRecord(const Round& round) const {
+  return run_.folder.record("match_" + std::to_string(round.number));
+}
+
 StepKey RoundWork::matchKey(const Round& round) const {
   StepKey key("match " + std::to_string(round.number));
   addMatchOptions(run_.settings, round, key);
   key.addFiles("strip", run_.files.getStripFilesAndGroundTruth());
-  key.addFiles("raster", run_.rasters());
+  key.addFiles("surface", run_.surfaceFiles());
   key.add("start", round.start ? round.start->digest : "delivered");
   return key;
 }
@@ -140,7 +144,7 @@ StepKey RoundWork::adjustKey(const Round& round) const {
   key.add("start", round.start ? round.start->digest : "delivered");
   if (run_.does("+correspondences")) {
     addMatchOptions(run_.settings, round, key);
-    key.addFiles("raster", run_.rasters());
+    key.addFiles("surface", run_.surfaceFiles());
   } else {
     key.addFiles("block", run_.folder.blockFiles());
   }
@@ -157,44 +161,55 @@ std::optional<RoundReport> RoundWork::finished(const Round& round) {
 }
 
 MatchReport RoundWork::match(const Round& round) {
+  requireSurfaces(run_);
   const StepKey key = matchKey(round);
-  const StepRecord record = run_.folder.record("match_" + std::to_string(round.number));
+  const StepRecord record = matchRecord(round);
   const auto done = run_.settings.force ? std::nullopt : record.valid<MatchReport>(key);
   if (done) {
     tell(matchingLine(round.number, *done, true));
     return *done;
   }
   record.begin();
+  run_.requireInputs();
   MatchReport report = matchAnew(round);
+  requireSurfaces(run_);
+  run_.requireInputs();
   record.finish(key, run_.folder.blockFiles(), report);
   tell(matchingLine(round.number, report, false));
   return report;
 }
 
+/// The model in memory, where it is the one that was adjusted last.
+std::shared_ptr<const Velorn::SolverParameters> RoundWork::parametersOf(
+    const RoundModel& model) const {
+  if (adjustedFiles_ && adjustedFiles_->parameters == model.files.parameters) return adjusted_;
+  auto restored =
+      std::make_shared<Velorn::SolverParameters>(run_.files.getStripFiles(), run_.configuration());
+  orFail(restored->restore(model.files.sections, model.files.parameters, model.files.stripIds));
+  return restored;
+}
+
 MatchReport RoundWork::matchAnew(const Round& round) {
   auto configuration = run_.configuration();
   configuration.SearchRadius = round.radius;
-  Velorn::SolverParameters parameters(run_.files.getStripFiles(), configuration);
+  const auto parameters = round.start ? parametersOf(*round.start) : nullptr;
   std::optional<Solution> solution;
-  if (round.start) {
-    const auto& model = round.start->files;
-    orFail(parameters.restore(model.sections, model.parameters, model.stripIds));
-    solution.emplace(Solution{parameters, run_.trajectory});
-  }
+  if (parameters) solution.emplace(Solution{*parameters, run_.trajectory});
   const auto* const start = solution ? &*solution : nullptr;
   MatchOptions options{run_.settings.match, run_.settings.raster.neighbours,
                        run_.settings.raster.neighbourRadius};
-  auto files = run_.files;
+  std::optional<SurfaceStore> views;
   if (usesCoarseRounds()) {
     const Coarseness coarseness{round.scale, spacing()};
     configuration.SearchRadius = std::max(round.radius, coarseness.fewestRadius());
-    files = stripsOfRound(run_, coarseness, start, configuration);
+    views = stripsOfRound(run_, coarseness, start, configuration);
     options.neighbours = Coarseness::neighbours(options.neighbours);
     options.neighbourRadius *= round.scale;
     options.areFarApart = true;
     options.reach = run_.configuration().SearchRadius;
   }
-  auto report = Flights::match(configuration, files, options, start, *run_.watcher);
+  auto& surfaces = views ? *views : run_.surfaces;
+  auto report = Flights::match(configuration, surfaces, options, start, *run_.watcher);
   if (!round.isCoarse()) checkMatching(report, run_);
   return report;
 }
@@ -223,9 +238,16 @@ AdjustmentReport RoundWork::adjust(const Round& round) {
   if (round.start) input.start = round.start->files;
   warnOfMemory(run_, blocks);
   check(input);
-  auto report = adjustedBy(input, run_.watcher);
+  const FilesAtRest atRest(blocks);
+  if (run_.does("+correspondences")) matchRecord(round).requireOutputs("match again");
+  run_.requireInputs();
+  auto adjusted = adjustedBy(input, run_.trajectory, run_.watcher);
+  run_.requireInputs();
+  atRest.requireUnchanged();
+  adjusted_ = std::move(adjusted.parameters);
+  adjustedFiles_ = adjusted.report.files;
   if (round.isCoarse()) removeListsOfHeld(run_.folder);
-  return report;
+  return std::move(adjusted.report);
 }
 
 void RoundWork::keep(const Round& round, const RoundReport& report) {

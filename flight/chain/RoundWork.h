@@ -4,16 +4,18 @@
 // The steps of the rounds as they are done: matching and adjusting the strips of a run.
 #pragma once
 
+#include <memory>
 #include <optional>
 
 #include "flight/chain/RoundRules.h"
 #include "flight/chain/RunContext.h"
+#include <velorn/SolverParameters.h>
 
 namespace Velorn::Flights {
 
 class RoundWork final : public RoundSteps {
  public:
-  explicit RoundWork(const RunContext& run) : run_(run) {}
+  explicit RoundWork(RunContext& run) : run_(run) {}
 
   std::optional<RoundReport> finished(const Round& round) override;
   MatchReport match(const Round& round) override;
@@ -25,12 +27,17 @@ class RoundWork final : public RoundSteps {
  private:
   StepKey matchKey(const Round& round) const;
   StepKey adjustKey(const Round& round) const;
+  StepRecord matchRecord(const Round& round) const;
   StepRecord adjustRecord(const Round& round) const;
   bool usesCoarseRounds() const;
   double spacing();
   MatchReport matchAnew(const Round& round);
 
-  const RunContext& run_;
+  std::shared_ptr<const Velorn::SolverParameters> parametersOf(const RoundModel& model) const;
+
+  RunContext& run_;
+  std::shared_ptr<const Velorn::SolverParameters> adjusted_;  // of the adjustment done last
+  std::optional<ModelFiles> adjustedFiles_;
   std::optional<double> spacing_;  // of the strips' points [m]: measured once, when it is needed
 };
 

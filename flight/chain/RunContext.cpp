@@ -3,6 +3,8 @@
 #include "flight/chain/RunContext.h"
 
 #include "flight/chain/Inputs.h"
+#include "flight/chain/Rasterizing.h"
+#include "flight/matching/SolverMemory.h"
 #include "flight/strips/OrFail.h"
 #include <velorn/flight/Containers.h>
 
@@ -11,6 +13,21 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// A variant is a run with a root of its own below the one that is named.
+FlightSettings placed(FlightSettings settings) {
+  if (!settings.variant.empty()) settings.configuration().RootPath /= settings.variant;
+  return settings;
+}
+
+RunFolder folderOf(const FlightSettings& settings) {
+  const auto& configuration = settings.configuration();
+  RunFolder folder(configuration.RootPath, configuration);
+  if (settings.variant.empty()) return folder;
+  folder.shareSurfaces(configuration.RootPath.parent_path() / "surfaces" /
+                       rasterKey(settings).digest());
+  return folder;
+}
+
 /// The list of files wants a ground truth.
 fs::path emptyGroundTruth(const RunFolder& folder) {
   auto file = folder.emptyGroundTruth();
@@ -18,26 +35,59 @@ fs::path emptyGroundTruth(const RunFolder& folder) {
   return file;
 }
 
+std::vector<fs::path> inputsOf(const Velorn::FileContainer& files) {
+  auto inputs = files.getStripFilesAndGroundTruth();
+  const auto trajectories = files.getTrajectories();
+  inputs.insert(inputs.end(), trajectories.begin(), trajectories.end());
+  return inputs;
+}
+
+SurfaceStore storeOf(const RunContext& run) {
+  std::vector<SurfaceFiles> files;
+  for (const auto& strip : run.files.getStripFiles()) {
+    files.push_back({run.folder.planarPointsOf(strip), run.folder.rasterOf(strip)});
+  }
+  return {files, run.folder.rasterOf(run.groundTruth), run.configuration(), run.memory};
+}
+
+std::size_t memoryOf(const FlightSettings& settings) {
+  constexpr double gigabyte = 1e9;
+  if (settings.memory > 0.0) return static_cast<std::size_t>(settings.memory * gigabyte);
+  return availableMemory() / 2;
+}
+
 }  // namespace
 
 RunContext::RunContext(FlightSettings itsSettings, Watch watch)
-    : settings(std::move(itsSettings)),
+    : settings(placed(std::move(itsSettings))),
       watcher(std::make_shared<Watcher>(std::move(watch))),
-      folder(configuration().RootPath, configuration()),
-      trajectory({settings.trajectories.begin(), settings.trajectories.end()}) {
+      folder(folderOf(settings)),
+      trajectory({settings.trajectories.begin(), settings.trajectories.end()}),
+      memory(memoryOf(settings)),
+      surfaces({}, {}, {}, 0) {
   folder.make();
   groundTruth = settings.groundTruth;
   if (groundTruth.empty()) groundTruth = emptyGroundTruth(folder);
   orFail(files.add(configuration().StripFiles, groundTruth.string(), configuration().Trajectories));
+  inputs = FilesAtRest(inputsOf(files));
+  requireFinishedImports(inputsOf(files));
   orFail(trajectory.importTrajectory());
   for (const auto& strip : files.getStripFiles()) {
     strips.push_back(factsOf(strip, static_cast<std::uint32_t>(strips.size())));
   }
   checkTogether(strips, trajectory, settings);
+  requireDifferentStrips(strips);
+  surfaces = storeOf(*this);
 }
 
-std::vector<fs::path> RunContext::rasters() const {
-  return files.getStripFilesAndGroundTruthRaster(folder.rasters());
+std::vector<fs::path> RunContext::surfaceFiles() const {
+  std::vector<fs::path> all;
+  for (std::size_t k = 0; k < surfaces.size(); ++k) {
+    all.push_back(surfaces.files(k).planar);
+    all.push_back(surfaces.files(k).raster);
+  }
+  all.push_back(surfaces.groundTruth());
+  return all;
 }
 
 }  // namespace Velorn::Flights

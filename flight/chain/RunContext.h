@@ -11,6 +11,7 @@
 
 #include "flight/records/RunFolder.h"
 #include "flight/strips/Watcher.h"
+#include "flight/surfaces/SurfaceStore.h"
 #include <velorn/FileContainer.h>
 #include <velorn/Trajectory.h>
 #include <velorn/flight/Settings.h>
@@ -18,7 +19,8 @@
 namespace Velorn::Flights {
 
 struct RunContext {
-  /// Makes the folders, reads the trajectory, and refuses inputs that do not belong together.
+  /// Makes the folders, reads the trajectory, and refuses inputs that do not belong together, or
+  /// are still being written.
   /// @param itsSettings  complete
   /// @throws Error that names the file
   RunContext(FlightSettings itsSettings, Watch watch);
@@ -27,7 +29,10 @@ struct RunContext {
 
   const Velorn::InputParameter& configuration() const { return settings.configuration(); }
   bool does(const char* word) const { return configuration().Options.isSet(word); }
-  std::vector<std::filesystem::path> rasters() const;
+  /// What matching reads of all strips and the ground truth.
+  std::vector<std::filesystem::path> surfaceFiles() const;
+  /// @throws Error that names the strip, trajectory or ground truth which changed since the start
+  void requireInputs() const { inputs.requireUnchanged(); }
   void tell(const std::string& line) const { watcher->tell(line); }
 
   FlightSettings settings;
@@ -36,7 +41,10 @@ struct RunContext {
   std::vector<StripFacts> strips;
   std::filesystem::path groundTruth;  ///< the user's, or one without points
   Velorn::FileContainer files;
+  FilesAtRest inputs;
   Velorn::Trajectory trajectory;
+  std::size_t memory = 0;  ///< bytes that points may take
+  SurfaceStore surfaces;
 };
 
 }  // namespace Velorn::Flights

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 
+#include "flight/records/FolderLock.h"
 #include "flight/records/RunState.h"
 #include "flight/strips/Watcher.h"
 
@@ -15,9 +16,9 @@ namespace Velorn::Flights {
 class RunRecording {
  public:
   /// The root holds a running run from here on, and no result of an earlier one.
-  /// @throws Error of NoSpace
+  /// @throws Error that names another run which is going on there, or of NoSpace
   RunRecording(std::filesystem::path root, const std::string& steps, const Watcher& watcher)
-      : root_(std::move(root)), watcher_(watcher) {
+      : root_(std::move(root)), lock_(root_), watcher_(watcher) {
     state_.steps = steps;
     state_.write(root_);
   }
@@ -54,6 +55,7 @@ class RunRecording {
   }
 
   std::filesystem::path root_;
+  FolderLock lock_;
   const Watcher& watcher_;
   RunState state_;
 };

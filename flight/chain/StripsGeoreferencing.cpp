@@ -9,6 +9,7 @@
 
 #include "flight/strips/AdjustedName.h"
 #include "flight/strips/OrFail.h"
+#include "flight/strips/OutputPlaces.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include <velorn/Georeferencing.h>
@@ -80,13 +81,18 @@ std::filesystem::path outputOf(const GeoreferencingInput& input, std::size_t pla
 }
 
 GeoreferencingReport georeference(const GeoreferencingInput& input, const Watch& watch) {
-  const auto begin = std::chrono::steady_clock::now();
   check(input);
+  return georeferencedBy(input, importedTrajectory(input), watch);
+}
+
+GeoreferencingReport georeferencedBy(const GeoreferencingInput& input, const Trajectory& trajectory,
+                                     const Watch& watch) {
+  const auto begin = std::chrono::steady_clock::now();
   Watcher watcher(watch);
-  const Trajectory trajectory = importedTrajectory(input);
   std::vector<std::filesystem::path> unknown;
   const SolverParameters parameters = parametersOf(input, trajectory, unknown);
   checkTimes(input, trajectory, parameters, unknown);
+  if (!input.outputFolder.empty()) makeFolder(input.outputFolder);
   const auto places = placesOf(input);
   GeoreferencingReport report;
   report.folder = input.outputFolder;

@@ -20,7 +20,7 @@ std::vector<std::size_t> placesOf(const GeoreferencingInput& input);
 /// Where the strip goes: "<stem>_SA.kx" in the output folder, or the strip itself.
 std::filesystem::path outputOf(const GeoreferencingInput& input, std::size_t place);
 
-/// What can be seen of the files' names alone. Makes the output folder last.
+/// What can be seen of the files' names alone.
 /// @throws Error that names the files or the value
 void check(const GeoreferencingInput& input);
 
@@ -31,5 +31,10 @@ void check(const GeoreferencingInput& input);
 void checkTimes(const GeoreferencingInput& input, const Velorn::Trajectory& trajectory,
                 const Velorn::SolverParameters& parameters,
                 const std::vector<std::filesystem::path>& unknown);
+
+/// @param trajectory  imported, of the input's files
+/// @throws as georeference
+GeoreferencingReport georeferencedBy(const GeoreferencingInput& input,
+                                     const Velorn::Trajectory& trajectory, const Watch& watch);
 
 }  // namespace Velorn::Flights

@@ -15,6 +15,7 @@
 #include "flight/strips/OrFail.h"
 #include "flight/strips/OutputPlaces.h"
 #include "flight/strips/Watcher.h"
+#include "platform/plome/ReplacedFile.h"
 #include "platform/tessaly/TransverseMercator.h"
 #include <velorn/flight/Import.h>
 
@@ -153,6 +154,9 @@ class FlightImport {
     tellGaps(files_, flight, week_, options_.trajectory.longestGap, tell_);
     makeFolder(options_.output);
     refuseExisting(options_.output / "trajectory.kx", options_.overwrite);
+    const fs::path mark = markOfUnfinishedImport(options_.output);
+    orFail(Plome::replaceFile(mark, "The import into this folder has not come to its end.\n"),
+           Error::NoSpace);
     saveControl();
     report_.trajectories = saveTrajectories(flight, week_, report_.epsg, options_.leverArm,
                                             options_.misalignment, options_.output);
@@ -162,6 +166,7 @@ class FlightImport {
       progress_.report("importing", k, files_.size());
       import(files_[k], trajectory);
     }
+    fs::remove(mark);
     return report_;
   }
 

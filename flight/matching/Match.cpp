@@ -73,13 +73,14 @@ Velorn::SphericalBeing moved(const MatchPoints& points, std::size_t k, double sh
   return being;
 }
 
-/// Goes through the strips; of each strip J and its partners no more than one raster is held.
+/// Goes through the strips; of the partners of a strip J no more than one is looked at.
 class Matcher {
  public:
   Matcher(const Velorn::InputParameter& configuration, const MatchOptions& options,
-          const Solution* solution, const GroundTruth& groundTruth, const MatchPlan& plan,
-          const BlockFolder& folder, Kestrum::LoaderProgress& progress)
+          const Solution* solution, SurfaceStore& surfaces, const GroundTruth& groundTruth,
+          const MatchPlan& plan, const BlockFolder& folder, Kestrum::LoaderProgress& progress)
       : configuration_(configuration),
+        surfaces_(surfaces),
         options_(options),
         solution_(solution),
         groundTruth_(groundTruth),
@@ -93,7 +94,7 @@ class Matcher {
         total_(plan.candidates()) {}
 
   MatchReport run() {
-    for (std::uint32_t j = 0; j < plan_.strips.size(); ++j) matchStrip(j);
+    for (std::uint32_t j = 0; j < surfaces_.size(); ++j) matchStrip(j);
     std::sort(report_.pairs.begin(), report_.pairs.end(), [](const auto& a, const auto& b) {
       return std::tie(a.isGroundTruth, a.i, a.j) < std::tie(b.isGroundTruth, b.i, b.j);
     });
@@ -121,13 +122,13 @@ class Matcher {
   /// The strip's points where partners may be searched, and those that their planes go through.
   MatchPoints pointsOf(std::uint32_t j, const std::vector<PlannedPair>& pairs, bool isKnown) {
     const double reach = reach_ + rules_.neighbourRadius;
-    MatchPoints points = readStrip(plan_.strips[j], configuration_, [&](const point& place) {
+    MatchPoints points = surfaces_.planar(j, [&](const point& place) {
       const bool isOverlap = std::any_of(pairs.begin(), pairs.end(), [&](const auto& pair) {
         return plan_.hulls[pair.i].holds(place, reach);
       });
       return isOverlap || (isKnown && groundTruth_.isNear(place, reach));
     });
-    georeference(plan_.strips[j], j, points);
+    georeference(surfaces_.files(j).planar, j, points);
     return points;
   }
 
@@ -136,10 +137,9 @@ class Matcher {
   }
 
   void matchPair(const PlannedPair& pair, const PartnerSearch& search) {
-    MatchPoints candidates =
-        readRaster(plan_.rasters[pair.i], configuration_,
-                   [&](const point& place) { return plan_.hulls[pair.j].holds(place, reach_); });
-    georeference(plan_.rasters[pair.i], pair.i, candidates);
+    MatchPoints candidates = surfaces_.raster(
+        pair.i, [&](const point& place) { return plan_.hulls[pair.j].holds(place, reach_); });
+    georeference(surfaces_.files(pair.i).raster, pair.i, candidates);
     Found found;
     found.pairs =
         searchPartners(candidates, search, found.funnels, [this](std::size_t k) { tell(k); });
@@ -199,6 +199,7 @@ class Matcher {
   void tell(std::size_t inPair) { progress_.report("matching", done_ + inPair, total_); }
 
   const Velorn::InputParameter& configuration_;
+  SurfaceStore& surfaces_;
   const MatchOptions& options_;
   const Solution* solution_;
   const GroundTruth& groundTruth_;
@@ -226,16 +227,18 @@ void check(const MatchOptions& options) {
 
 }  // namespace
 
-MatchReport match(const Velorn::InputParameter& configuration, const Velorn::FileContainer& files,
+MatchReport match(const Velorn::InputParameter& configuration, SurfaceStore& surfaces,
                   const MatchOptions& options, const Solution* solution,
                   Kestrum::LoaderProgress& progress) {
   check(options);
-  const GroundTruth groundTruth = groundTruthOf(configuration, files);
-  const MatchPlan plan = planOf(configuration, files, options, groundTruth);
+  surfaces.requireFiles();
+  const GroundTruth groundTruth(surfaces.knownPoints());
+  const MatchPlan plan = planOf(configuration, surfaces, options, groundTruth);
   const BlockFolder folder(configuration.RootPath / configuration.getCorrespondencePath(),
                            configuration.Storage);
   MatchReport report =
-      Matcher(configuration, options, solution, groundTruth, plan, folder, progress).run();
+      Matcher(configuration, options, solution, surfaces, groundTruth, plan, folder, progress)
+          .run();
   folder.finish();
   return report;
 }

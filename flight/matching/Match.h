@@ -3,12 +3,12 @@
 //
 // Finds correspondences between rasterized strips, and between strips and ground truth.
 //
-//     const MatchReport report = match(configuration, files, options, nullptr, progress);
+//     const MatchReport report = match(configuration, surfaces, options, nullptr, progress);
 #pragma once
 
 #include "flight/surfaces/Solution.h"
+#include "flight/surfaces/SurfaceStore.h"
 #include "platform/kestrum/LoaderProgress.h"
-#include <velorn/FileContainer.h>
 #include <velorn/InputParameter.h>
 #include <velorn/flight/Reports.h>
 #include <velorn/flight/Settings.h>
@@ -29,15 +29,15 @@ struct MatchOptions : MatchSettings {
   double reach = 0.0;
 };
 
-/// Reads rasters and strips, and writes a block for each pair with correspondences into the
+/// Writes a block for each pair with correspondences into the
 /// correspondence folder of the configuration; the blocks of an earlier matching are removed. While
 /// that is going on a file "unfinished" lies in the folder. Blocks hold the delivered positions
 /// whatever the search starts from. The same for any number of threads.
-/// @param configuration  checked; radius, angle, root and folders count
-/// @param files          with the ground truth, which may be an empty container
+/// @param configuration  checked; radius, angle, root and folder of the blocks count
+/// @param surfaces       with the raster of the ground truth, which may be an empty container
 /// @param solution       of the round before; none: as delivered
 /// @throws Error, naming the file, for one that cannot be used or written
-MatchReport match(const Velorn::InputParameter& configuration, const Velorn::FileContainer& files,
+MatchReport match(const Velorn::InputParameter& configuration, SurfaceStore& surfaces,
                   const MatchOptions& options, const Solution* solution,
                   Kestrum::LoaderProgress& progress);
 

@@ -16,42 +16,25 @@ namespace {
 constexpr std::size_t defaultPerStrip = 10'000;
 constexpr std::size_t groundTruthShare = 10, enoughGroundTruth = 200;
 
-std::vector<std::filesystem::path> rastersOf(const Velorn::InputParameter& configuration,
-                                             const Velorn::FileContainer& files) {
-  auto rasters = files.getStripFilesAndGroundTruthRaster(configuration.RootPath /
-                                                         configuration.getRasterPath());
-  for (const auto& raster : rasters) {
-    std::error_code fault;
-    if (std::filesystem::exists(raster, fault)) continue;
-    throw Error(raster.string() + ": no such raster; rasterize first");
-  }
-  return rasters;
-}
-
 bool takesAll(const point&) {
   return true;
 }
 
-void outline(const Velorn::InputParameter& configuration, MatchPlan& plan) {
-  for (std::size_t k = 0; k < plan.strips.size(); ++k) {
-    const MatchPoints points = readRaster(plan.rasters[k], configuration, takesAll);
-    plan.hulls.emplace_back(points.delivered);
-    const std::uint32_t week = readWeek(plan.strips[k], configuration);
-    if (points.size() == 0 || points.week == week) continue;
-    throw Error(fmt::format("{}: is of week {}, its strip of week {}: rasterize the strip anew",
-                            plan.rasters[k].string(), points.week, week));
+void outline(SurfaceStore& surfaces, MatchPlan& plan) {
+  for (std::size_t k = 0; k < surfaces.size(); ++k) {
+    plan.hulls.emplace_back(surfaces.raster(k, takesAll).delivered);
   }
 }
 
-/// The second reading of the rasters: all outlines are known now, and never two rasters are held.
-void findPairs(const Velorn::InputParameter& configuration, double reach, MatchPlan& plan) {
-  for (std::uint32_t i = 0; i < plan.strips.size(); ++i) {
+/// The second look at the rasters: all outlines are known now, and two rasters need not be held.
+void findPairs(SurfaceStore& surfaces, double reach, MatchPlan& plan) {
+  for (std::uint32_t i = 0; i < surfaces.size(); ++i) {
     const std::size_t first = plan.pairs.size();
-    for (std::uint32_t j = i + 1; j < plan.strips.size(); ++j) {
+    for (std::uint32_t j = i + 1; j < surfaces.size(); ++j) {
       if (!plan.hulls[i].isApartFrom(plan.hulls[j], reach)) plan.pairs.push_back({i, j});
     }
     if (plan.pairs.size() == first) continue;
-    const MatchPoints points = readRaster(plan.rasters[i], configuration, takesAll);
+    const MatchPoints points = surfaces.raster(i, takesAll);
     for (std::size_t k = first; k < plan.pairs.size(); ++k) {
       const PlanHull& other = plan.hulls[plan.pairs[k].j];
       plan.pairs[k].candidates = static_cast<std::size_t>(
@@ -62,9 +45,9 @@ void findPairs(const Velorn::InputParameter& configuration, double reach, MatchP
 }
 
 void findKnown(const GroundTruth& groundTruth, double reach, MatchPlan& plan) {
-  const auto id = static_cast<std::uint32_t>(plan.strips.size());
+  const auto id = static_cast<std::uint32_t>(plan.hulls.size());
   const auto& places = groundTruth.points().places;
-  for (std::uint32_t i = 0; i < plan.strips.size(); ++i) {
+  for (std::uint32_t i = 0; i < plan.hulls.size(); ++i) {
     const bool isWithin = std::any_of(places.begin(), places.end(), [&](const point& place) {
       return plan.hulls[i].holds(place, reach);
     });
@@ -100,22 +83,13 @@ std::size_t MatchPlan::candidates() const {
   return sum;
 }
 
-GroundTruth groundTruthOf(const Velorn::InputParameter& configuration,
-                          const Velorn::FileContainer& files) {
-  const auto rasters = rastersOf(configuration, files);
-  if (rasters.size() == files.getStripFiles().size()) return GroundTruth({});
-  return GroundTruth(readGroundTruth(rasters.back(), configuration));
-}
-
-MatchPlan planOf(const Velorn::InputParameter& configuration, const Velorn::FileContainer& files,
+MatchPlan planOf(const Velorn::InputParameter& configuration, SurfaceStore& surfaces,
                  const MatchOptions& options, const GroundTruth& groundTruth) {
   MatchPlan plan;
-  plan.strips = files.getStripFiles();
-  plan.rasters = rastersOf(configuration, files);
-  plan.maxCorrespondences = allowed(options, plan.strips.size());
-  outline(configuration, plan);
+  plan.maxCorrespondences = allowed(options, surfaces.size());
+  outline(surfaces, plan);
   const double reach = std::max(configuration.SearchRadius, options.reach);
-  findPairs(configuration, reach, plan);
+  findPairs(surfaces, reach, plan);
   findKnown(groundTruth, reach, plan);
   shareOut(plan);
   return plan;

@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <vector>
 
 #include "flight/matching/GroundTruth.h"
@@ -24,7 +23,6 @@ struct PlannedPair {
 };
 
 struct MatchPlan {
-  std::vector<std::filesystem::path> strips, rasters;
   std::vector<PlanHull> hulls;     ///< of the rasters' points
   std::vector<PlannedPair> pairs;  ///< of strips, by i and j
   std::vector<PlannedPair> known;  ///< with the ground truth
@@ -33,16 +31,11 @@ struct MatchPlan {
   std::size_t candidates() const;  ///< of all pairs of strips
 };
 
-/// The ground truth of the rasters; empty when the list has none.
-/// @throws Error that names the file
-GroundTruth groundTruthOf(const Velorn::InputParameter& configuration,
-                          const Velorn::FileContainer& files);
-
 /// At most a tenth of all correspondences is for the ground truth, the same for each strip that has
 /// some; 200 where that is less, as an adjustment wants a hundred. The pairs of strips share the
 /// rest evenly, as far as they have candidates.
 /// @throws Error that names the file
-MatchPlan planOf(const Velorn::InputParameter& configuration, const Velorn::FileContainer& files,
+MatchPlan planOf(const Velorn::InputParameter& configuration, SurfaceStore& surfaces,
                  const MatchOptions& options, const GroundTruth& groundTruth);
 
 }  // namespace Velorn::Flights

@@ -18,6 +18,8 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
+constexpr const char* planarPoints = "02_planar";
+
 template <typename Change>
 ModelFiles changed(const ModelFiles& model, const Change& change) {
   return {change(model.sections), change(model.parameters), change(model.stripIds)};
@@ -27,6 +29,7 @@ ModelFiles changed(const ModelFiles& model, const Change& change) {
 
 RunFolder::RunFolder(fs::path root, const Velorn::InputParameter& names)
     : root_(std::move(root)),
+      surfaces_(root_),
       rasters_(names.getRasterPath()),
       blocks_(names.getCorrespondencePath()),
       parameters_(names.getPrameterPath()),
@@ -34,13 +37,21 @@ RunFolder::RunFolder(fs::path root, const Velorn::InputParameter& names)
       statistics_(names.getStatisticPath()) {}
 
 fs::path RunFolder::rastersOfRound() const {
-  auto folder = rasters();
+  auto folder = root_ / rasters_;
   folder += "_of_round";
   return folder;
 }
 
 fs::path RunFolder::rasterOf(const fs::path& file) const {
   return rasters() / file.filename();
+}
+
+fs::path RunFolder::planarPointsOf(const fs::path& strip) const {
+  return surfaces_ / planarPoints / strip.filename();
+}
+
+StepRecord RunFolder::rasterRecordOf(const fs::path& file) const {
+  return {surfaces_ / status_ / "steps", "rasterize_" + file.stem().string()};
 }
 
 ModelFiles RunFolder::modelOf(const std::string& suffix) const {
@@ -67,7 +78,8 @@ std::vector<fs::path> RunFolder::blockFiles() const {
 }
 
 void RunFolder::make() const {
-  for (const auto& folder : {parameters(), status() / "steps", rasters(), blocks(), statistics()}) {
+  for (const auto& folder : {parameters(), status() / "steps", surfaces_ / status_ / "steps",
+                             rasters(), surfaces_ / planarPoints, blocks(), statistics()}) {
     makeFolder(folder);
   }
 }

@@ -21,11 +21,15 @@ class RunFolder {
                      const Velorn::InputParameter& names = Velorn::InputParameter());
 
   const std::filesystem::path& root() const { return root_; }
-  std::filesystem::path rasters() const { return root_ / rasters_; }
+  /// What rasterizing finds, with its records; runs whose strips and settings of it agree share it.
+  const std::filesystem::path& surfaces() const { return surfaces_; }
+  void shareSurfaces(std::filesystem::path folder) { surfaces_ = std::move(folder); }
+  std::filesystem::path rasters() const { return surfaces_ / rasters_; }
   /// Of a round from coarse to fine; the folder of the rasters is the users' to look into.
   std::filesystem::path rastersOfRound() const;
   /// Of a strip or the ground truth.
   std::filesystem::path rasterOf(const std::filesystem::path& file) const;
+  std::filesystem::path planarPointsOf(const std::filesystem::path& strip) const;
   std::filesystem::path blocks() const { return root_ / blocks_; }
   std::filesystem::path parameters() const { return root_ / parameters_; }
   std::filesystem::path status() const { return root_ / status_; }
@@ -37,6 +41,7 @@ class RunFolder {
   std::filesystem::path emptyGroundTruth() const { return parameters() / "no_ground_truth.kx"; }
 
   StepRecord record(const std::string& step) const { return {status() / "steps", step}; }
+  StepRecord rasterRecordOf(const std::filesystem::path& file) const;
   /// The files of a model.
   /// @param suffix  end of their names
   ModelFiles modelOf(const std::string& suffix) const;
@@ -60,7 +65,7 @@ class RunFolder {
   RunReport readSummary() const;
 
  private:
-  std::filesystem::path root_, rasters_, blocks_, parameters_, status_, statistics_;
+  std::filesystem::path root_, surfaces_, rasters_, blocks_, parameters_, status_, statistics_;
 };
 
 }  // namespace Velorn::Flights

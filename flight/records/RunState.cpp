@@ -3,14 +3,12 @@
 #include "flight/records/RunState.h"
 
 #include <array>
-#include <cerrno>
-#include <csignal>
 #include <fstream>
 #include <nlohmann/json.hpp>
 
 #include <fmt/format.h>
-#include <unistd.h>
 
+#include "flight/records/Process.h"
 #include "flight/strips/OrFail.h"
 #include "platform/plome/ReplacedFile.h"
 
@@ -26,44 +24,6 @@ constexpr std::array<const char*, 4> phaseNames{"running", "interrupted", "faile
 
 fs::path fileIn(const fs::path& root) {
   return root / "run.json";
-}
-
-/// Which process of which machine: the number of a process is given again after its end, the time
-/// of its start is not.
-struct Process {
-  std::string host;
-  long long number = 0;
-  std::string start;
-
-  bool operator==(const Process&) const = default;
-};
-
-std::string hostName() {
-  std::array<char, 256> name{};
-  return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
-}
-
-/// In ticks since the machine started: the 22nd word of /proc/<number>/stat, whose second one is in
-/// brackets and may hold blanks. Empty for a process that is gone.
-std::string startOf(long long number) {
-  std::ifstream stream(fmt::format("/proc/{}/stat", number));
-  std::string text;
-  std::getline(stream, text);
-  const auto bracket = text.rfind(')');
-  if (bracket == std::string::npos) return {};
-  std::istringstream words(text.substr(bracket + 1));
-  std::string word;
-  for (int place = 3; place <= 22; ++place) words >> word;
-  return word;
-}
-
-Process thisProcess() {
-  return {hostName(), getpid(), startOf(getpid())};
-}
-
-/// Of another machine nobody knows.
-bool isGone(const Process& process) {
-  return process.host == hostName() && startOf(process.number) != process.start;
 }
 
 Json jsonOf(const ModelFiles& model) {
@@ -103,7 +63,7 @@ RunState stateIn(const Json& json) {
   const auto& process = json.at("process");
   const Process its{process.at("host").get<std::string>(), process.at("number").get<long long>(),
                     process.at("start").get<std::string>()};
-  if (state.phase == RunState::Phase::running && isGone(its)) {
+  if (state.phase == RunState::Phase::running && its.isGone()) {
     state.phase = RunState::Phase::interrupted;
   }
   if (json.contains("model")) {
@@ -146,7 +106,7 @@ RunState RunState::in(const fs::path& root) {
 }
 
 void RunState::write(const fs::path& root) const {
-  const auto process = thisProcess();
+  const auto process = Process::ours();
   Json json{
       {"format", format},
       {"version", version},

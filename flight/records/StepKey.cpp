@@ -3,7 +3,8 @@
 #include "flight/records/StepKey.h"
 
 #include <cstdint>
-#include <system_error>
+
+#include "flight/records/FileStamp.h"
 
 namespace Velorn::Flights {
 namespace {
@@ -11,20 +12,9 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Counts on with what records hold, so that one of an older form is made anew.
-constexpr int form = 3;
+constexpr int form = 4;
 
 }  // namespace
-
-FileStamp stampOf(const fs::path& file) {
-  std::error_code fault;
-  FileStamp stamp;
-  stamp.path = fs::absolute(file).lexically_normal().string();
-  const auto size = fs::file_size(file, fault);
-  if (!fault) stamp.bytes = static_cast<long long>(size);
-  const auto time = fs::last_write_time(file, fault);
-  if (!fault) stamp.changed = time.time_since_epoch().count();
-  return stamp;
-}
 
 StepKey::StepKey(const std::string& step) {
   add("step", step);
@@ -35,8 +25,8 @@ StepKey::StepKey(const std::string& step) {
 void StepKey::addFiles(const char* name, const std::vector<fs::path>& files) {
   for (const auto& file : files) {
     const auto stamp = stampOf(file);
-    lines_.push_back(
-        fmt::format("{} = {} of {} bytes, {}", name, stamp.path, stamp.bytes, stamp.changed));
+    lines_.push_back(fmt::format("{} = {} of {} bytes, {}, {}", name, stamp.path, stamp.bytes,
+                                 stamp.changed, stamp.number));
   }
 }
 

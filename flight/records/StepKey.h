@@ -13,16 +13,6 @@
 
 namespace Velorn::Flights {
 
-/// What is to be the same for a file to count as unchanged.
-struct FileStamp {
-  std::string path;
-  long long bytes = -1, changed = -1;  ///< size and time of the last change; -1: missing
-
-  bool operator==(const FileStamp&) const = default;
-};
-
-FileStamp stampOf(const std::filesystem::path& file);
-
 /// Lines "name = value", in the order in which they were added; two steps are the same when all
 /// lines are.
 class StepKey {

@@ -6,6 +6,8 @@
 #include <nlohmann/json.hpp>
 #include <system_error>
 
+#include <fmt/format.h>
+
 #include "flight/records/ReportJson.h"
 #include "flight/strips/OrFail.h"
 #include "platform/plome/ReplacedFile.h"
@@ -17,13 +19,19 @@ namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
 Json jsonOf(const FileStamp& stamp) {
-  return {{"path", stamp.path}, {"bytes", stamp.bytes}, {"changed", stamp.changed}};
+  return {{"path", stamp.path},
+          {"bytes", stamp.bytes},
+          {"changed", stamp.changed},
+          {"number", stamp.number}};
 }
 
-bool isUnchanged(const Json& stamp) {
-  const auto path = stamp.at("path").get<std::string>();
-  return stampOf(path) ==
-         FileStamp{path, stamp.at("bytes").get<long long>(), stamp.at("changed").get<long long>()};
+FileStamp stampIn(const Json& json) {
+  return {json.at("path").get<std::string>(), json.at("bytes").get<long long>(),
+          json.at("changed").get<long long>(), json.at("number").get<unsigned long long>()};
+}
+
+bool isUnchanged(const FileStamp& stamp) {
+  return stampOf(stamp.path) == stamp;
 }
 
 }  // namespace
@@ -37,13 +45,31 @@ std::optional<Report> StepRecord::valid(const StepKey& key) const {
     // File names are any bytes, of which JSON replaces those that are no UTF-8.
     if (record.at("key") != key.digest()) return {};
     for (const auto& stamp : record.at("outputs")) {
-      if (!isUnchanged(stamp)) return {};
+      if (!isUnchanged(stampIn(stamp))) return {};
     }
     Report report;
     fromJson(record.at("report"), report);
     return report;
   } catch (const Json::exception&) {
     return {};
+  }
+}
+
+void StepRecord::requireOutputs(const std::string& advice) const {
+  std::vector<FileStamp> outputs;
+  try {
+    std::ifstream stream(file_);
+    const auto record = Json::parse(stream);
+    for (const auto& stamp : record.at("outputs")) outputs.push_back(stampIn(stamp));
+  } catch (const Json::exception&) {
+    throw Error(fmt::format("{}: no such step was finished here; {}", file_.string(), advice),
+                Error::MissingFile);
+  }
+  for (const auto& stamp : outputs) {
+    if (isUnchanged(stamp)) continue;
+    throw Error(fmt::format(
+        "{}: {}; {}", stamp.path,
+        stampOf(stamp.path).bytes < 0 ? "is missing" : "is not as the run left it", advice));
   }
 }
 

@@ -17,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "flight/records/FileStamp.h"
 #include "flight/records/StepKey.h"
 
 namespace Velorn::Flights {
@@ -31,6 +32,10 @@ class StepRecord {
   /// The report of the step, if it was finished with this key and its outputs are as it left them.
   template <typename Report>
   std::optional<Report> valid(const StepKey& key) const;
+
+  /// @param advice  how the outputs are made
+  /// @throws Error that names the output which is not as the step left it, or the missing record
+  void requireOutputs(const std::string& advice) const;
 
   /// Forgets the step, before its outputs are touched.
   /// @throws Error when the record cannot be removed

@@ -113,10 +113,22 @@ void checkSteps(const FlightSettings& settings) {
   }
 }
 
+/// A folder of its own that hides none of the others.
+void checkVariant(const std::string& name) {
+  const bool isName = name.find('/') == std::string::npos && !name.starts_with('.') &&
+                      name != "surfaces" && !name.starts_with("0");
+  if (isName) return;
+  throw Error(fmt::format("name: {}: a variant has a name without / that begins with neither a dot "
+                          "nor 0 and is not \"surfaces\"",
+                          name),
+              Error::BadSettings);
+}
+
 }  // namespace
 
 void complete(FlightSettings& settings) {
   checkSteps(settings);
+  checkVariant(settings.variant);
   expand(settings.strips, "strips");
   expand(settings.trajectories, "trajectory");
   std::ranges::sort(settings.strips, [](const fs::path& a, const fs::path& b) { return a < b; });

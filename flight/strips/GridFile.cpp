@@ -118,16 +118,4 @@ Strandel::FieldPtr GridFile::checkedField(const char* chart, const std::string& 
   return field;
 }
 
-Strandel::FieldPtr GridFile::fieldToSet(const std::string& name, Strandel::ValueType type) {
-  auto field = worldField(name);
-  if (!field) return grid_->cartesian()->makeField(name, type);
-  if (field->valueType() == type) return field;
-  refuse(name, fmt::format("holds {}; {} is to be written under that name",
-                           infoOf(field->valueType()).name, infoOf(type).name));
-}
-
-void GridFile::save() {
-  saveBundle(bundle_, path_, *storage_);
-}
-
 }  // namespace Velorn::Flights

@@ -1,11 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// The points of the one grid of a container: their columns, read and set.
+// The points of the one grid of a container: their columns.
 //
 //     GridFile strip("strip_01.kx", configuration);
-//     const auto positions = strip.world().whole<point>("Positions");
-//     strip.set<std::uint8_t>("RigorousClassification", codes);
+//     const auto positions = strip.world<point>("Positions").whole();
 #pragma once
 
 #include <algorithm>
@@ -139,17 +138,9 @@ class GridFile {
   /// A field of the world chart; empty when there is none of that name.
   Strandel::FieldPtr worldField(const std::string& name) const;
 
-  /// Makes or replaces the values of a field of the world chart; empties the vector.
-  /// @throws Error when there is a field of that name and another type
-  template <Strandel::Value T>
-  Strandel::FieldPtr set(const std::string& name, std::vector<T>& values);
-
   /// @param object  in the world chart; empty: the file
   /// @throws Error that names file and object
   [[noreturn]] void refuse(const std::string& object, const std::string& fault) const;
-
-  /// @throws Error with the status of a write error
-  void save();
 
  private:
   GridFile(std::filesystem::path path, std::shared_ptr<Strandel::MyStorage> storage);
@@ -163,7 +154,6 @@ class GridFile {
   std::string nameOf(const char* chart, const std::string& name) const;
   Strandel::FieldPtr checkedField(const char* chart, const std::string& name,
                                   Strandel::ValueType type, const std::string& advice) const;
-  Strandel::FieldPtr fieldToSet(const std::string& name, Strandel::ValueType type);
 
   std::filesystem::path path_;
   std::shared_ptr<Strandel::MyStorage> storage_;
@@ -179,22 +169,5 @@ void saveBundle(Strandel::Bundle& bundle, const std::filesystem::path& path,
 
 /// The storage of a configuration, or the usual one.
 std::shared_ptr<Strandel::MyStorage> storageOf(const Velorn::InputParameter& configuration);
-
-template <Strandel::Value T>
-Strandel::FieldPtr GridFile::set(const std::string& name, std::vector<T>& values) {
-  auto field = fieldToSet(name, Strandel::valueTypeOf<T>());
-  std::vector<T> all;
-  all.swap(values);
-  if (pieces_.size() == 1) {
-    orFail(field->template setValues<T>(pieces_.front().fragment, std::move(all)));
-    return field;
-  }
-  for (const Piece& piece : pieces_) {
-    const auto begin = all.begin() + static_cast<std::ptrdiff_t>(piece.first);
-    orFail(field->template setValues<T>(piece.fragment,
-                                        {begin, begin + static_cast<std::ptrdiff_t>(piece.count)}));
-  }
-  return field;
-}
 
 }  // namespace Velorn::Flights

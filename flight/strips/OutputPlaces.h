@@ -28,4 +28,9 @@ inline void refuseExisting(const std::filesystem::path& file, bool overwrite) {
   throw Error(file.string() + ": exists; --overwrite replaces it");
 }
 
+/// Lies in the folder that an import writes into until all of its containers are there.
+inline std::filesystem::path markOfUnfinishedImport(const std::filesystem::path& folder) {
+  return folder / "unfinished_import";
+}
+
 }  // namespace Velorn::Flights

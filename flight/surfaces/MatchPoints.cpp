@@ -15,14 +15,16 @@ namespace {
 
 using std::filesystem::path;
 
-std::uint32_t weekOf(const GridFile& file) {
-  return file.size() == 0 ? 0 : file.week();
-}
-
-/// A column that rasters have and strips have not.
-std::vector<double> columnOfRaster(const GridFile& file, const char* name) {
-  if (file.size() == 0) return {};
-  return *file.world<double>(name, "this is no raster of a strip").whole();
+/// A column of the world chart, or of the scanner's.
+template <typename T>
+std::vector<T> columnOf(const GridFile& file, const char* name, bool isWorld = true) {
+  const std::string advice = "this is no file of planar points: rasterize the strip";
+  const auto field = isWorld ? file.world<T>(name, advice) : file.scanner<T>(name, advice);
+  std::vector<T> column;
+  column.reserve(file.size());
+  field.forEachBlock(
+      [&](std::size_t, auto values) { column.insert(column.end(), values.begin(), values.end()); });
+  return column;
 }
 
 /// The entries of a column that are kept; an empty column stays so.
@@ -34,57 +36,24 @@ void keepOf(std::vector<T>& column, const std::vector<std::uint32_t>& numbers) {
   column.shrink_to_fit();
 }
 
-enum class Use : std::uint8_t { no, yes, notFinite };
+template <typename T>
+std::vector<T> chosenOf(const std::vector<T>& column, const std::vector<std::uint32_t>& numbers) {
+  std::vector<T> chosen;
+  if (column.empty()) return chosen;
+  chosen.reserve(numbers.size());
+  for (const std::uint32_t number : numbers) chosen.push_back(column[number]);
+  return chosen;
+}
 
-Use useOf(const Velorn::DataBlock& block, std::size_t k, const Wanted& wanted) {
-  const std::uint8_t code = (*block.rigorousClasses)[k];
-  if (!isSurface(code)) return Use::no;
-  const vector& beam = (*block.directionDeltas)[k];
-  const bool isSound = isOnEarth((*block.world)[k]) && isOnEarth((*block.scanner)[k]) &&
-                       std::isfinite(lengthOf(beam)) && std::isfinite((*block.times)[k]);
-  if (!isSound) return Use::notFinite;
-  return wanted((*block.world)[k]) ? Use::yes : Use::no;
+bool isSound(const MatchPoints& points, std::size_t k) {
+  return isOnEarth(points.delivered[k]) && isOnEarth(points.scanner[k]) &&
+         std::isfinite(lengthOf(points.beams[k])) && std::isfinite(points.times[k]);
 }
 
 void tellLeftOut(const path& file, std::size_t count, const char* why) {
   if (count == 0) return;
   Morvane::Console::writeLine(
       fmt::format("match: {}: {} points are left out: {}", file.string(), count, why));
-}
-
-/// Numbers of the points that are wanted.
-std::vector<std::uint32_t> chosen(const path& file, const Velorn::DataBlock& block,
-                                  const Wanted& wanted) {
-  std::vector<Use> uses(block.world->size());
-  forEachInParallel(0, uses.size(), 4096,
-                    [&](std::size_t k) { uses[k] = useOf(block, k, wanted); });
-  std::vector<std::uint32_t> numbers;
-  std::size_t notFinite = 0;
-  for (std::size_t k = 0; k < uses.size(); ++k) {
-    if (uses[k] == Use::yes) numbers.push_back(static_cast<std::uint32_t>(k));
-    notFinite += uses[k] == Use::notFinite ? 1 : 0;
-  }
-  tellLeftOut(file, notFinite, "a coordinate, beam or time is not finite or beyond 1e9");
-  return numbers;
-}
-
-/// Columns that the matching has no use for go first.
-MatchPoints pointsOf(const GridFile& file, Velorn::DataBlock block,
-                     const std::vector<std::uint32_t>& numbers) {
-  for (auto* column : {&block.returnNumbers, &block.numbersOfReturns, &block.classes}) {
-    column->reset();
-  }
-  block.amplitudes.reset();
-  MatchPoints points;
-  points.delivered = std::move(*block.world);
-  points.scanner = std::move(*block.scanner);
-  points.times = std::move(*block.times);
-  points.normals = std::move(*block.normals);
-  points.beams = std::move(*block.directionDeltas);
-  points.codes = std::move(*block.rigorousClasses);
-  points.week = weekOf(file);
-  points.keep(numbers);
-  return points;
 }
 
 }  // namespace
@@ -96,45 +65,75 @@ void MatchPoints::keep(const std::vector<std::uint32_t>& numbers) {
   keepOf(codes, numbers);
 }
 
-Velorn::DataBlock blockOf(const GridFile& file, bool worldOnly) {
+MatchPoints MatchPoints::at(const std::vector<std::uint32_t>& numbers) const {
+  const auto of = [&](const auto& column) { return chosenOf(column, numbers); };
+  return {of(delivered), of(searched), of(scanner),   of(times),   of(normals),
+          of(beams),     of(codes),    of(roughness), of(heights), week};
+}
+
+std::size_t MatchPoints::bytes() const {
+  const auto of = [](const auto&... columns) {
+    return ((columns.size() * sizeof(columns[0])) + ... + 0);
+  };
+  return of(delivered, searched, scanner, times, normals, beams, codes, roughness, heights);
+}
+
+Velorn::DataBlock blockOf(const GridFile& file) {
   Velorn::DataBlock block;
   for (const Piece& piece : file.pieces()) {
     const auto fragment = std::make_shared<Strandel::FragmentId>(piece.fragment);
-    const auto fault = block.appendData(file.grid(), fragment, worldOnly, !worldOnly);
-    if (fault.empty()) continue;
-    file.refuse("", fault + (worldOnly ? "" : "; a strip must be rasterized before it is matched"));
+    const auto fault = block.appendData(file.grid(), fragment, true, false);
+    if (!fault.empty()) file.refuse("", fault);
   }
   block.classes->resize(block.world->size());
   return block;
 }
 
-MatchPoints readStrip(const path& file, const Velorn::InputParameter& configuration,
-                      const Wanted& wanted) {
-  const GridFile container(file, configuration, Bare::noPoints);
-  Velorn::DataBlock block = blockOf(container, false);
-  const auto numbers = chosen(file, block, wanted);
-  return pointsOf(container, std::move(block), numbers);
+std::vector<std::uint32_t> numbersOf(const MatchPoints& points, const Wanted& wanted) {
+  std::vector<std::uint8_t> uses(points.size());
+  forEachInParallel(0, uses.size(), 4096,
+                    [&](std::size_t k) { uses[k] = wanted(points.delivered[k]) ? 1 : 0; });
+  std::vector<std::uint32_t> numbers;
+  for (std::size_t k = 0; k < uses.size(); ++k) {
+    if (uses[k] != 0) numbers.push_back(static_cast<std::uint32_t>(k));
+  }
+  return numbers;
 }
 
-MatchPoints readRaster(const path& file, const Velorn::InputParameter& configuration,
-                       const Wanted& wanted) {
+void keepSound(const path& file, MatchPoints& points) {
+  std::vector<std::uint32_t> numbers;
+  std::size_t unsound = 0;
+  for (std::size_t k = 0; k < points.size(); ++k) {
+    if (!isSurface(points.codes[k])) continue;
+    if (isSound(points, k)) {
+      numbers.push_back(static_cast<std::uint32_t>(k));
+    } else {
+      ++unsound;
+    }
+  }
+  tellLeftOut(file, unsound, "a coordinate, beam or time is not finite or beyond 1e9");
+  if (numbers.size() < points.size()) points.keep(numbers);
+}
+
+MatchPoints readMatchPoints(const path& file, const Velorn::InputParameter& configuration) {
   const GridFile container(file, configuration, Bare::noPoints);
-  Velorn::DataBlock block = blockOf(container, false);
-  const auto numbers = chosen(file, block, wanted);
-  MatchPoints points = pointsOf(container, std::move(block), numbers);
-  points.roughness = columnOfRaster(container, "Roughness");
-  points.heights = columnOfRaster(container, "PlaneDistance");
-  keepOf(points.roughness, numbers);
-  keepOf(points.heights, numbers);
+  if (container.size() == 0) return {};
+  MatchPoints points;
+  points.delivered = columnOf<point>(container, "Positions");
+  points.scanner = columnOf<point>(container, "Positions", false);
+  points.times = columnOf<double>(container, "GPSTime");
+  points.normals = columnOf<vector>(container, "NormalVector");
+  points.beams = columnOf<vector>(container, "Waveforms.DirectionDelta", false);
+  points.codes = columnOf<std::uint8_t>(container, "RigorousClassification");
+  points.roughness = columnOf<double>(container, "Roughness");
+  points.heights = columnOf<double>(container, "PlaneDistance");
+  points.week = container.week();
+  keepSound(file, points);
   return points;
 }
 
-std::uint32_t readWeek(const path& file, const Velorn::InputParameter& configuration) {
-  return weekOf(GridFile(file, configuration, Bare::noPoints));
-}
-
 KnownPoints readGroundTruth(const path& file, const Velorn::InputParameter& configuration) {
-  const auto block = blockOf(GridFile(file, configuration, Bare::noPoints), true);
+  const auto block = blockOf(GridFile(file, configuration, Bare::noPoints));
   KnownPoints known;
   for (std::size_t k = 0; k < block.world->size(); ++k) {
     const vector& normal = (*block.normals)[k];

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// The points of strips, rasters and ground truth that may be matched, read from their containers.
+// The points of strips, rasters and ground truth that may be matched.
 #pragma once
 
 #include <cstddef>
@@ -35,8 +35,8 @@ struct MatchPoints {
   std::vector<double> times;               ///< [s of week]
   std::vector<vector> normals, beams;      ///< of the surface, and from the point to the sensor
   std::vector<std::uint8_t> codes;         ///< of the class, 11 to 14
-  std::vector<double> roughness, heights;  ///< of a raster alone: of the neighbourhoods' planes,
-                                           ///< and signed distance of the point from its own [m]
+  std::vector<double> roughness, heights;  ///< of the neighbourhoods' planes, and signed distance
+                                           ///< of the point from its own [m]
   std::uint32_t week = 0;
 
   std::size_t size() const { return delivered.size(); }
@@ -48,30 +48,31 @@ struct MatchPoints {
   }
   /// Keeps the points whose numbers are listed, in ascending order.
   void keep(const std::vector<std::uint32_t>& numbers);
+  /// The points whose numbers are listed, in ascending order.
+  MatchPoints at(const std::vector<std::uint32_t>& numbers) const;
+  /// That all columns take.
+  std::size_t bytes() const;
 };
 
 /// All points of a container; class 0 where it has no classification.
-/// @param worldOnly  positions, normals and classes; otherwise all that a rasterized strip has
 /// @throws Error that names the file
-Velorn::DataBlock blockOf(const GridFile& file, bool worldOnly);
+Velorn::DataBlock blockOf(const GridFile& file);
 
-/// The points of a rasterized strip, or of its raster, that are of a matchable class and that
-/// `wanted` takes by their delivered place. Points with a coordinate that no place has,
-/// or a beam or time that is not finite, are left out, with a message on the console.
-/// @param wanted  called on all threads
-/// @throws Error that names the file
-/// @{
+/// Takes a point by its delivered place; called on all threads.
 using Wanted = std::function<bool(const point&)>;
-MatchPoints readStrip(const std::filesystem::path& file,
-                      const Velorn::InputParameter& configuration, const Wanted& wanted);
-MatchPoints readRaster(const std::filesystem::path& file,
-                       const Velorn::InputParameter& configuration, const Wanted& wanted);
-/// @}
 
-/// GPS week of a strip or raster; 0 for one without points. Only the file's structure is read.
+/// Numbers of the points that are wanted.
+std::vector<std::uint32_t> numbersOf(const MatchPoints& points, const Wanted& wanted);
+
+/// Leaves out points of no matchable class, and those with a coordinate that no place has, or a
+/// beam or time that is not finite, of which the console is told.
+/// @param file  for the message
+void keepSound(const std::filesystem::path& file, MatchPoints& points);
+
+/// The sound points of a raster, or of all planar points of a strip.
 /// @throws Error that names the file
-std::uint32_t readWeek(const std::filesystem::path& file,
-                       const Velorn::InputParameter& configuration);
+MatchPoints readMatchPoints(const std::filesystem::path& file,
+                            const Velorn::InputParameter& configuration);
 
 /// The points of a raster of ground truth.
 struct KnownPoints {

@@ -1,30 +1,33 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// The container of a raster: chosen points of a strip, or of the ground truth.
+// The containers of what rasterizing finds: the planar points of a strip, and its raster.
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <span>
 #include <vector>
 
 #include "flight/strips/GridFile.h"
+#include "flight/surfaces/MatchPoints.h"
 
 namespace Velorn::Flights {
 
-/// What is known about the chosen points beside the strip's fields.
-struct PlanesOfRaster {
-  std::vector<double> roughness;  ///< [m]
-  std::vector<double> distance;   ///< of the point from its plane [m]
-};
-
 /// @throws Error when the two are one file
-void refuseSameFile(const std::filesystem::path& points, const std::filesystem::path& raster);
+void refuseSameFile(const std::filesystem::path& points, const std::filesystem::path& made);
 
-/// A raster with the chosen points of a strip, in its layout, and "Roughness" and "PlaneDistance".
-/// @param chosen  ascending numbers of points
+/// The planar points of a strip: positions, normals, "RigorousClassification", "Roughness",
+/// "PlaneDistance" and times, scanner coordinates and beams; "PointNumber" counts in the strip,
+/// from 0.
+/// @param numbers  ascending, one per point
+Strandel::Bundle planarBundle(const GridFile& strip, const MatchPoints& points,
+                              std::vector<std::uint32_t> numbers);
+
+/// A raster: the same columns of the chosen points, and those that a strip has beside them.
+/// @param numbers  of the chosen points in the strip, ascending
 /// @throws Error when a column of the strip cannot be read
-Strandel::Bundle rasterOfStrip(const GridFile& strip, std::span<const std::uint32_t> chosen,
-                               PlanesOfRaster planes);
+Strandel::Bundle rasterBundle(const GridFile& strip, const MatchPoints& points,
+                              std::span<const std::uint32_t> numbers);
 
 }  // namespace Velorn::Flights

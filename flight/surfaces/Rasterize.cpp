@@ -36,30 +36,41 @@ class StripRasterizing {
         strip_(path, configuration),
         text_("rasterizing " + path.stem().string()) {}
 
-  RasterCounts run(const fs::path& raster) {
-    const auto places = begin();
-    Surface surface = classify(*places, 0.0);
-    const auto chosen = choose(*places);
-    PlanesOfRaster planes = planesOf(surface, chosen);
-    setFields(surface);
-    Strandel::Bundle made = rasterOfStrip(strip_, chosen, std::move(planes));
-    strip_.save();
-    save(made, raster);
-    return counts_;
+  Rasterized run(const SurfaceFiles& files) {
+    Rasterized made;
+    std::vector<std::uint32_t> numbers;
+    {
+      const auto places = begin();
+      const Surface surface = classify(*places, 0.0);
+      const auto chosen = choose(*places);
+      auto planar = planarPoints();
+      made.planar = pointsOf(surface, planar);
+      std::vector<std::uint32_t> inPlanar;
+      for (std::uint32_t k = 0; k < planar.size(); ++k) {
+        const bool isNext = inPlanar.size() < chosen.size() && chosen[inPlanar.size()] == planar[k];
+        if (isNext) inPlanar.push_back(k);
+      }
+      made.raster = made.planar.at(inPlanar);
+      saveRaster(made.raster, chosen, files.raster);
+      numbers = std::move(planar);
+    }
+    Strandel::Bundle bundle = planarBundle(strip_, made.planar, std::move(numbers));
+    save(bundle, files.planar);
+    made.counts = counts_;
+    return made;
   }
 
-  RasterCounts runView(const StripView& view, const fs::path& raster) {
+  Rasterized runView(const StripView& view, const fs::path& raster) {
     const auto delivered = begin();
     const auto placed = view.solution ? placesOf(view) : std::vector<point>();
     const std::span<const point> places = view.solution ? placed : *delivered;
-    Surface surface = classify(places, view.side);
+    const Surface surface = classify(places, view.side);
     const auto planar = planarPoints();
+    for (const std::uint32_t i : planar) ++counts_.surface[classIndexOf(codes_[i])];
     counts_.representatives = counts_.surface;
-    PlanesOfRaster planes = planesOf(surface, planar);
-    setFields(surface);
-    Strandel::Bundle made = rasterOfStrip(strip_, planar, std::move(planes));
-    save(made, raster);
-    return counts_;
+    Rasterized made{counts_, {}, pointsOf(surface, planar)};
+    saveRaster(made.raster, planar, raster);
+    return made;
   }
 
  private:
@@ -69,6 +80,12 @@ class StripRasterizing {
     checkNames(selection_, strip_);
     progress_.report(text_, 0, strip_.size());
     return strip_.world<point>("Positions").whole();
+  }
+
+  void saveRaster(const MatchPoints& points, std::span<const std::uint32_t> numbers,
+                  const fs::path& file) const {
+    Strandel::Bundle bundle = rasterBundle(strip_, points, numbers);
+    save(bundle, file);
   }
 
   void save(Strandel::Bundle& bundle, const fs::path& file) const {
@@ -146,32 +163,29 @@ class StripRasterizing {
     return chosen;
   }
 
-  std::vector<std::uint32_t> planarPoints() {
+  std::vector<std::uint32_t> planarPoints() const {
     std::vector<std::uint32_t> numbers;
     for (std::size_t i = 0; i < codes_.size(); ++i) {
-      if (!isSurface(codes_[i])) continue;
-      numbers.push_back(static_cast<std::uint32_t>(i));
-      ++counts_.surface[classIndexOf(codes_[i])];
+      if (isSurface(codes_[i])) numbers.push_back(static_cast<std::uint32_t>(i));
     }
     return numbers;
   }
 
-  static PlanesOfRaster planesOf(const Surface& surface, std::span<const std::uint32_t> chosen) {
-    PlanesOfRaster planes;
-    for (const std::uint32_t i : chosen) {
-      planes.roughness.push_back(static_cast<double>(surface.roughness[i]));
-      planes.distance.push_back(static_cast<double>(surface.distance[i]));
+  /// Positions are the delivered ones, planes those of the places that were looked at.
+  MatchPoints pointsOf(const Surface& surface, const std::vector<std::uint32_t>& numbers) const {
+    MatchPoints points;
+    points.delivered = strip_.world<point>("Positions").at(numbers);
+    points.scanner = strip_.scanner<point>("Positions").at(numbers);
+    points.times = strip_.world<double>("GPSTime").at(numbers);
+    points.beams = strip_.scanner<vector>("Waveforms.DirectionDelta").at(numbers);
+    for (const std::uint32_t i : numbers) {
+      points.normals.push_back(surface.normals[i]);
+      points.codes.push_back(codes_[i]);
+      points.roughness.push_back(static_cast<double>(surface.roughness[i]));
+      points.heights.push_back(static_cast<double>(surface.distance[i]));
     }
-    return planes;
-  }
-
-  void setFields(Surface& surface) {
-    keepGiven(strip_);
-    for (const auto& field :
-         {strip_.set(normalsName, surface.normals), strip_.set(classesName, codes_)}) {
-      field->attributes().set(originName, std::string(originText));
-    }
-    surface = {};
+    points.week = strip_.week();
+    return points;
   }
 
   const Velorn::InputParameter& configuration_;
@@ -186,7 +200,7 @@ class StripRasterizing {
 
 /// Names the strip when memory runs out.
 template <typename Work>
-RasterCounts withMemory(const fs::path& strip, const Work& work) {
+Rasterized withMemory(const fs::path& strip, const Work& work) {
   try {
     return work();
   } catch (const std::bad_alloc&) {
@@ -196,18 +210,18 @@ RasterCounts withMemory(const fs::path& strip, const Work& work) {
 
 }  // namespace
 
-RasterCounts rasterizeStrip(const fs::path& strip, const fs::path& raster,
-                            const Velorn::InputParameter& configuration,
-                            const RasterSettings& options, Kestrum::LoaderProgress& progress) {
+Rasterized rasterizeStrip(const fs::path& strip, const SurfaceFiles& files,
+                          const Velorn::InputParameter& configuration,
+                          const RasterSettings& options, Kestrum::LoaderProgress& progress) {
   check(configuration, options);
-  refuseSameFile(strip, raster);
+  for (const auto& file : {files.planar, files.raster}) refuseSameFile(strip, file);
   return withMemory(
-      strip, [&] { return StripRasterizing(strip, configuration, options, progress).run(raster); });
+      strip, [&] { return StripRasterizing(strip, configuration, options, progress).run(files); });
 }
 
-RasterCounts rasterizeView(const fs::path& strip, const StripView& view, const fs::path& raster,
-                           const Velorn::InputParameter& configuration,
-                           const RasterSettings& options, Kestrum::LoaderProgress& progress) {
+Rasterized rasterizeView(const fs::path& strip, const StripView& view, const fs::path& raster,
+                         const Velorn::InputParameter& configuration, const RasterSettings& options,
+                         Kestrum::LoaderProgress& progress) {
   check(configuration, options);
   refuseSameFile(strip, raster);
   return withMemory(strip, [&] {

@@ -1,15 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// Normals and terrain classes of a strip's points, and its raster: one point per cell and class.
+// The planar points of a strip with their normals and terrain classes, and its raster: one of them
+// per cell and class.
 //
-//     const RasterCounts counts = rasterizeStrip(strip, raster, configuration, options, progress);
+//     const auto made = rasterizeStrip(strip, {planar, raster}, configuration, options, progress);
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
 
 #include "flight/surfaces/Solution.h"
+#include "flight/surfaces/SurfaceStore.h"
 #include "platform/kestrum/LoaderProgress.h"
 #include <velorn/InputParameter.h>
 #include <velorn/flight/Reports.h>
@@ -17,14 +19,19 @@
 
 namespace Velorn::Flights {
 
-/// Writes normals and classes into the strip, and the raster. What the owner of the strip wrote in
-/// their place is kept under other names. The strip is replaced first; both are written beside
-/// their target and renamed. The same for any number of threads.
+/// What was written, for whoever goes on with it.
+struct Rasterized {
+  RasterCounts counts;
+  MatchPoints planar, raster;
+};
+
+/// Writes the two files of a strip, which stays as it is; each is written beside its target and
+/// renamed. The same for any number of threads.
 /// @param configuration  checked; cell sizes, amplitude limits and selection count
-/// @throws Error, naming the strip, for one that cannot be used or written
-RasterCounts rasterizeStrip(const std::filesystem::path& strip, const std::filesystem::path& raster,
-                            const Velorn::InputParameter& configuration,
-                            const RasterSettings& options, Kestrum::LoaderProgress& progress);
+/// @throws Error, naming the strip, for one that cannot be used, or a file that cannot be written
+Rasterized rasterizeStrip(const std::filesystem::path& strip, const SurfaceFiles& files,
+                          const Velorn::InputParameter& configuration,
+                          const RasterSettings& options, Kestrum::LoaderProgress& progress);
 
 /// How a strip is looked at in a round that goes from coarse to fine.
 struct StripView {
@@ -33,13 +40,13 @@ struct StripView {
   double side = 1.0;                   ///< of the cubes of which one point each counts [m]
 };
 
-/// Rasterizes a strip as the view has it, and leaves the strip as it is. The raster holds all
-/// planar points, so that it can stand for the strip as well: partners may be searched in it.
+/// Rasterizes a strip as the view has it. The raster holds all planar points, so that partners may
+/// be searched in it as well; the points are told as the raster's alone.
 /// Positions are the delivered ones; planes, normals and classes those of the places in the view.
-RasterCounts rasterizeView(const std::filesystem::path& strip, const StripView& view,
-                           const std::filesystem::path& raster,
-                           const Velorn::InputParameter& configuration,
-                           const RasterSettings& options, Kestrum::LoaderProgress& progress);
+Rasterized rasterizeView(const std::filesystem::path& strip, const StripView& view,
+                         const std::filesystem::path& raster,
+                         const Velorn::InputParameter& configuration, const RasterSettings& options,
+                         Kestrum::LoaderProgress& progress);
 
 /// How far neighbouring last echoes of a strip are apart [m], see `spacingOf`.
 /// @param radius  within which 16 points are expected [m]

@@ -49,7 +49,7 @@ void add(Strandel::Chart& chart, const char* name, const std::vector<T>& all,
 
 RasterCounts rasterize(const GridFile& file, const std::filesystem::path& raster,
                        const Velorn::InputParameter& configuration) {
-  const Velorn::DataBlock block = blockOf(file, true);
+  const Velorn::DataBlock block = blockOf(file);
   RasterCounts counts;
   const auto members = usable(block, counts);
   const auto chosen =

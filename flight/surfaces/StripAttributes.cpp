@@ -19,20 +19,6 @@ Strandel::FieldPtr givenField(const GridFile& strip, const char* name) {
   return field && !isOurs(*field) ? field : nullptr;
 }
 
-template <typename T>
-void keepGivenAs(GridFile& strip, const char* name, const char* nameToKeep) {
-  const auto given = givenField(strip, name);
-  if (!given) return;
-  if (givenField(strip, nameToKeep)) {
-    strip.refuse(name, std::string("is to be kept as ") + nameToKeep +
-                           ", but there is such a field; rename or remove one of them");
-  }
-  std::vector<T> values = *strip.world<T>(name).whole();
-  const auto kept = strip.set<T>(nameToKeep, values);
-  kept->attributes() = given->attributes();
-  kept->attributes().set(originName, std::string(originText));
-}
-
 }  // namespace
 
 void checkStrip(const GridFile& strip) {
@@ -69,11 +55,6 @@ std::optional<std::vector<std::uint8_t>> givenClasses(const GridFile& strip) {
   if (givenField(strip, classesName)) return *strip.world<std::uint8_t>(classesName).whole();
   if (!strip.worldField(givenClassesName)) return std::nullopt;
   return *strip.world<std::uint8_t>(givenClassesName).whole();
-}
-
-void keepGiven(GridFile& strip) {
-  keepGivenAs<std::uint8_t>(strip, classesName, givenClassesName);
-  keepGivenAs<vector>(strip, normalsName, givenNormalsName);
 }
 
 }  // namespace Velorn::Flights

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a strip must hold to be rasterized, and what its owner gave and is to be kept.
+// What a strip must hold to be rasterized, and the classes that its owner gave.
 #pragma once
 
 #include <cstdint>
@@ -13,14 +13,14 @@
 
 namespace Velorn::Flights {
 
-/// A field attribute of this name and value marks what was computed here.
+/// A field attribute of this name and value marks what version 0.1 wrote into strips, which kept
+/// given classes under another name.
 inline constexpr const char* originName = "Origin";
 inline constexpr const char* originText = "velorn rasterize";
 
 /// Names of fields.
 inline constexpr const char* normalsName = "NormalVector";
 inline constexpr const char* classesName = "RigorousClassification";
-inline constexpr const char* givenNormalsName = "GivenNormalVector";
 inline constexpr const char* givenClassesName = "GivenClassification";
 
 /// Looks for all that a raster holds, without reading values.
@@ -33,9 +33,5 @@ std::vector<Cloud> cloudsOf(const GridFile& strip, std::span<const point> positi
 /// The classes that the owner of a strip gave, one per point.
 /// @return nothing where none are given
 std::optional<std::vector<std::uint8_t>> givenClasses(const GridFile& strip);
-
-/// Keeps normals and classes that were not computed here under the names for what is given.
-/// @throws Error when something else has that name
-void keepGiven(GridFile& strip);
 
 }  // namespace Velorn::Flights

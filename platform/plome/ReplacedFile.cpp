@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <regex>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -87,6 +88,11 @@ std::string ReplacedFile::replace(bool toDisk) {
   // failure that would make the caller believe the old file were still there.
   if (toDisk) flushFolder(target_.parent_path());
   return {};
+}
+
+bool isTemporaryName(std::string_view name) {
+  static const std::regex form(R"(.+\.\d+-\d+\.part.*)");
+  return std::regex_match(name.begin(), name.end(), form);
 }
 
 std::string replaceFile(const fs::path& target, std::string_view content) {

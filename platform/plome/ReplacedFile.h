@@ -20,7 +20,8 @@ namespace Plome {
 ///     the folder
 ///
 /// Until replace() succeeds the target stays as it was; without it the destructor removes the
-/// temporary. A process that is killed leaves its ".part" file behind, which nothing ever reads;
+/// temporary. A process that is killed leaves its ".part" file behind, which nothing ever reads
+/// (isTemporaryName tells it);
 /// one that is only interrupted can call removeUnfinishedFiles. A target that is a symbolic link
 /// stays one: the file it points to is replaced. The permissions of a file that is replaced are
 /// kept.
@@ -50,6 +51,10 @@ class VELORN_PLATFORM_EXPORT ReplacedFile {
 /// @return empty, or "<target>: <fault>"; the target is then as before
 VELORN_PLATFORM_EXPORT std::string replaceFile(const std::filesystem::path& target,
                                                std::string_view content);
+
+/// True for the name of a temporary, of whatever process. Where nobody else writes it was left by
+/// one that was killed.
+VELORN_PLATFORM_EXPORT bool isTemporaryName(std::string_view name);
 
 /// Removes the temporaries of all ReplacedFiles of this process, and kills the programs that it
 /// runs (Program.h). No file is replaced any more: every thread that tries to, and every one that

@@ -58,6 +58,10 @@ struct FlightSettings {
   std::vector<std::string> trajectories;  ///< containers; the same
   std::string groundTruth;                ///< container; empty: none
 
+  /// Runs of several settings, side by side: each has the folder of its name below the root folder,
+  /// and what they rasterize alike is there once. Empty: the root folder itself.
+  std::string variant;
+
   ModelSettings model;
   std::vector<std::string> steps{"+rasterize", "+correspondences", "+optimization", "+adjustment"};
   unsigned int coarseRounds = 0;  ///< that come first, each half as coarse as the one before

@@ -9,12 +9,9 @@
 #include "flight/records/FinishedRun.h"
 #include "flight/report/SummaryText.h"
 #include "platform/morvane/Console.h"
-#include "tests/flight/simulation/SimulatedFlight.h"
+#include "tests/flight/chain/SmallRun.h"
 #include "tests/flight/simulation/TrueWorld.h"
-#include "tests/support/TemporaryFolder.h"
 #include <velorn/flight/Containers.h>
-#include <velorn/flight/Error.h>
-#include <velorn/flight/Flight.h>
 
 using namespace Velorn::Flights;
 
@@ -24,87 +21,6 @@ namespace fs = std::filesystem;
 using Geomra::PhysicalSpace::point;
 using testing::AllOf;
 using testing::HasSubstr;
-
-/// Settings for a copy of a small flight with one parallel and two crossing strips.
-class SmallRun : public testing::Test {
- protected:
-  static void SetUpTestSuite() {
-    pristine = new TemporaryFolder;
-    SimulationSettings options;
-    options.points = 300'000;
-    options.strips = 2;
-    options.length = 500;
-    make(pristine->path(), options);
-  }
-  static void TearDownTestSuite() {
-    delete pristine;
-    pristine = nullptr;
-  }
-
-  SmallRun() {
-    fs::copy(pristine->path(), flight(), fs::copy_options::recursive);
-    for (const auto& strip : stripsIn(flight())) settings.strips.push_back(strip.string());
-    settings.trajectories = {(flight() / "trajectory.kx").string()};
-    settings.groundTruth = (flight() / "ground_truth.kx").string();
-    settings.configuration().RootPath = folder / "out";
-    settings.match.maxCorrespondences = 1500;
-    settings.rounds = 2;
-  }
-
-  fs::path flight() const { return folder / "flight"; }
-
-  RunReport done() {
-    lines.clear();
-    return Flight(settings, watch).run();
-  }
-
-  std::string refusal(Error::Kind kind = Error::BadInput) {
-    try {
-      done();
-    } catch (const Error& error) {
-      EXPECT_EQ(error.kind(), kind);
-      return error.what();
-    }
-    return "none";
-  }
-
-  std::size_t skipped() const {
-    return static_cast<std::size_t>(std::count_if(
-        lines.begin(), lines.end(), [](const auto& line) { return line.ends_with("skipped"); }));
-  }
-
-  /// Replaces a column of the world chart of a strip.
-  template <typename T, typename Change>
-  void change(std::size_t strip, const char* name, const Change& to) {
-    Strandel::Bundle bundle;
-    const Strandel::MyStorage storage(0, 0, 1, 1);
-    orFail(storage.load(settings.strips[strip], bundle));
-    const auto field = bundle.grids().at(0)->cartesian()->field(name);
-    auto values = *field->values<T>({0}).values;
-    to(values);
-    orFail(field->setValues<T>({0}, std::move(values)));
-    orFail(storage.save(bundle, settings.strips[strip], "wd"));
-  }
-
-  static TemporaryFolder* pristine;
-  TemporaryFolder folder;
-  FlightSettings settings;
-  std::vector<std::string> lines;
-  Watch watch{{}, [this](const auto& line) { lines.push_back(line); }, {}};
-  Morvane::ConsoleRedirection silence{[](std::string_view) {}};
-};
-
-TemporaryFolder* SmallRun::pristine = nullptr;
-
-/// Runs beside the one that sanitizers see, of the same code; each would take a minute there.
-class SeveralRuns : public SmallRun {
- protected:
-  void SetUp() override {
-#ifdef VELORN_SANITIZED
-    GTEST_SKIP() << "one whole run is enough for the sanitizers";
-#endif
-  }
-};
 
 TEST_F(SeveralRuns, AdjustsAFlightAndSkipsWhatIsDone) {
   const auto summary = done();
@@ -242,7 +158,8 @@ TEST_F(SmallRun, RefusesFilesThatDoNotBelongTogether) {
 
 TEST_F(SmallRun, RefusesAStepWithoutTheOneBefore) {
   settings.steps = {"+correspondences"};
-  EXPECT_THAT(refusal(), HasSubstr("strip_01.kx: no such raster; rasterize first"));
+  EXPECT_THAT(refusal(Error::MissingFile),
+              HasSubstr("strip_01.kx: no such raster; rasterize first"));
   settings.steps = {"+optimization"};
   EXPECT_THAT(refusal(), HasSubstr("03_correspondences: holds no blocks of correspondences"));
 }

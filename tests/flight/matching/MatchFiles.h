@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// Rasterized strips and rasters as files, for tests and benchmarks.
+// Planar points and rasters as files, for tests and benchmarks.
 #pragma once
 
 #include <cstdint>
@@ -40,20 +40,18 @@ class GridEditor {
   Strandel::Bundle bundle_;
 };
 
-/// Writes points as a rasterized strip, or as a raster where they have a roughness.
+/// Writes points as a raster, or as the planar points of a strip. Those without a roughness have
+/// none to speak of.
 inline void saveMatchPoints(const std::filesystem::path& file,
-                            const Velorn::Flights::MatchPoints& points) {
-  const std::vector<std::uint8_t> ones(points.size(), 1);
+                            Velorn::Flights::MatchPoints points) {
+  points.roughness.resize(points.size());
+  points.heights.resize(points.size());
   GridEditor editor(file);
   editor.grid().attributes().set("WeekNumber", std::int64_t{points.week});
   editor.set("Positions", points.delivered).set("NormalVector", points.normals);
   editor.set("GPSTime", points.times).set("RigorousClassification", points.codes);
-  editor.set("ReturnNumber", ones).set("NumberOfReturns", ones).set("Classification", ones);
-  editor.set("Amplitude", std::vector<double>(points.size()));
+  editor.set("Roughness", points.roughness).set("PlaneDistance", points.heights);
   editor.set("Positions", points.scanner, Strandel::scannerChartName);
   editor.set("Waveforms.DirectionDelta", points.beams, Strandel::scannerChartName);
-  if (!points.roughness.empty()) {
-    editor.set("Roughness", points.roughness).set("PlaneDistance", points.heights);
-  }
   editor.save();
 }

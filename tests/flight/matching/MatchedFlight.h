@@ -27,13 +27,9 @@ class MatchedFlight {
     make(folder.path(), simulated);
     strips = stripsIn(folder.path());
     planes = planesIn(folder.path());
-    std::filesystem::create_directory(rasters());
+    for (const auto& made : {planarPoints(), rasters()}) std::filesystem::create_directory(made);
     for (std::size_t k = 0; k < strips.size(); ++k) rasterize(k);
     std::filesystem::copy(groundTruth, rasters() / groundTruth.filename());
-    const auto names = std::make_shared<Plome::StringList>();
-    for (const auto& strip : strips) names->add(strip.string());
-    Velorn::Flights::orFail(
-        files.add(names, groundTruth.string(), (folder / "trajectory.kx").string()));
     configuration.RootPath = folder.path();
     configuration.SearchRadius = 4.0;
     Velorn::Flights::orFail(configuration.check());
@@ -41,9 +37,16 @@ class MatchedFlight {
 
   Velorn::Flights::MatchReport match(const Velorn::Flights::Solution* solution = nullptr) {
     Velorn::Flights::Watcher silent{{}};
-    return Velorn::Flights::match(configuration, files, options, solution, silent);
+    std::vector<Velorn::Flights::SurfaceFiles> files;
+    for (const auto& strip : strips) {
+      files.push_back({planarPoints() / strip.filename(), rasters() / strip.filename()});
+    }
+    Velorn::Flights::SurfaceStore surfaces(files, rasters() / groundTruth.filename(), configuration,
+                                           memory);
+    return Velorn::Flights::match(configuration, surfaces, options, solution, silent);
   }
 
+  std::filesystem::path planarPoints() const { return folder / "02_planar"; }
   std::filesystem::path rasters() const { return folder / "02_raster"; }
   std::filesystem::path blocks() const { return folder / "03_correspondences"; }
 
@@ -71,7 +74,7 @@ class MatchedFlight {
   std::vector<TruePlane> planes;
   std::vector<Velorn::Flights::MatchPoints> points;  ///< of each strip
   std::vector<std::vector<std::uint32_t>> planeOf;   ///< number of the plane of each of them
-  Velorn::FileContainer files;
+  std::size_t memory = 0;
   Velorn::InputParameter configuration;
   Velorn::Flights::MatchOptions options;
 
@@ -99,7 +102,7 @@ class MatchedFlight {
     raster.normals = all.normals;
     raster.codes = all.codes;
     raster.keep(third);
-    saveMatchPoints(strips[strip], all);
+    saveMatchPoints(planarPoints() / strips[strip].filename(), all);
     saveMatchPoints(rasters() / strips[strip].filename(), raster);
   }
 };

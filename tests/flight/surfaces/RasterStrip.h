@@ -48,11 +48,18 @@ inline Velorn::InputParameter rasterConfiguration(const std::string& selection =
   return configuration;
 }
 
+/// The planar points go beside the raster.
+inline std::filesystem::path planarOf(std::filesystem::path raster) {
+  return raster.replace_extension(".planar.kx");
+}
+
 inline Velorn::Flights::RasterCounts rasterize(
     const std::filesystem::path& strip, const std::filesystem::path& raster,
     const Velorn::InputParameter& configuration = rasterConfiguration()) {
   NoProgress progress;
-  return Velorn::Flights::rasterizeStrip(strip, raster, configuration, {}, progress);
+  return Velorn::Flights::rasterizeStrip(strip, {planarOf(raster), raster}, configuration, {},
+                                         progress)
+      .counts;
 }
 
 /// Changes the only grid of a file.

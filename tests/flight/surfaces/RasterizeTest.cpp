@@ -50,24 +50,35 @@ struct Rasterize : testing::Test {
   void save(StripColumns columns = rasterStrip()) { saveStrip(strip, std::move(columns)); }
 };
 
-TEST_F(Rasterize, MakesStripAndRasterThatDataBlockReads) {
+TEST_F(Rasterize, WritesPlanarPointsAndTheirRasterAndLeavesTheStripAsItIs) {
   save();
+  const std::string before = contentOf(strip);
   const RasterCounts counts = rasterize(strip, raster);
+  EXPECT_TRUE(contentOf(strip) == before);
   EXPECT_EQ(counts.points, 3600U);
   EXPECT_EQ(sumOf(counts), 3600U);
   EXPECT_GT(sumOf(counts.surface), 3200U);  // all but the steps about the roof
   EXPECT_NEAR(counts.medianRoughness, 0.02, 0.002);
-  const auto whole = dataOf(strip), chosen = dataOf(raster);
+  const auto whole = rasterStrip();
+  const OneGridFile planar(planarOf(raster));
+  const auto numbers = planar.world<std::uint32_t>("PointNumber");
+  ASSERT_EQ(numbers.size(), sumOf(counts.surface));
+  const auto times = planar.world<double>("GPSTime");
+  const auto beams = planar.column<vector>(Strandel::scannerChartName, "Waveforms.DirectionDelta");
+  for (std::size_t k = 0; k < numbers.size(); k += 7) {
+    EXPECT_EQ(times[k], whole.times[numbers[k]]);
+    EXPECT_EQ(beams[k], whole.directions[numbers[k]]);
+  }
+  const auto chosen = dataOf(raster);
   ASSERT_EQ(chosen.world->size(), sumOf(counts.representatives));
   EXPECT_TRUE(std::is_sorted(chosen.times->begin(), chosen.times->end()));
   const auto first = static_cast<std::size_t>(
-      std::find(whole.times->begin(), whole.times->end(), chosen.times->back()) -
-      whole.times->begin());
-  EXPECT_EQ(whole.world->at(first), chosen.world->back());
-  EXPECT_EQ(whole.normals->at(first), chosen.normals->back());
-  EXPECT_EQ(whole.directionDeltas->at(first), chosen.directionDeltas->back());
-  EXPECT_EQ(whole.rigorousClasses->at(first), chosen.rigorousClasses->back());
-  EXPECT_EQ(whole.scanner->at(first), chosen.scanner->back());
+      std::find(times.begin(), times.end(), chosen.times->back()) - times.begin());
+  EXPECT_EQ(planar.world<point>("Positions").at(first), chosen.world->back());
+  EXPECT_EQ(planar.world<vector>("NormalVector").at(first), chosen.normals->back());
+  EXPECT_EQ(planar.world<std::uint8_t>("RigorousClassification").at(first),
+            chosen.rigorousClasses->back());
+  EXPECT_EQ(chosen.amplitudes->back(), whole.amplitude[numbers[first]]);
 }
 
 TEST_F(Rasterize, SaysHowFarRepresentativesLieFromTheirPlanes) {
@@ -92,17 +103,15 @@ TEST_F(Rasterize, SaysHowFarRepresentativesLieFromTheirPlanes) {
 TEST_F(Rasterize, GivesTheSameBytesTheSecondTime) {
   save();
   rasterize(strip, raster);
-  const std::string stripOnce = contentOf(strip), rasterOnce = contentOf(raster);
+  const std::string planarOnce = contentOf(planarOf(raster)), rasterOnce = contentOf(raster);
   rasterize(strip, raster);
-  EXPECT_TRUE(contentOf(strip) == stripOnce);
+  EXPECT_TRUE(contentOf(planarOf(raster)) == planarOnce);
   EXPECT_TRUE(contentOf(raster) == rasterOnce);
 }
 
 TEST_F(Rasterize, TakesPointsOfSeveralFragmentsForOneStrip) {
   save();
   rasterize(strip, raster);
-  const auto whole = OneGridFile(strip).world<vector>("NormalVector");
-  save();
   change(strip, [](Strandel::Grid& grid) {
     const auto split = [](Strandel::Field& field, auto values) {
       using T = typename decltype(values)::value_type;
@@ -129,31 +138,33 @@ TEST_F(Rasterize, TakesPointsOfSeveralFragmentsForOneStrip) {
     cut(scanner, "Waveforms.DirectionDelta", vector{});
   });
   rasterize(strip, folder / "raster2.kx");
-  EXPECT_EQ(*dataOf(strip).normals, whole);
+  EXPECT_TRUE(contentOf(planarOf(raster)) == contentOf(planarOf(folder / "raster2.kx")));
   EXPECT_TRUE(contentOf(raster) == contentOf(folder / "raster2.kx"));
 }
 
-TEST_F(Rasterize, KeepsClassesAndNormalsThatTheOwnerGave) {
-  save();
+TEST_F(Rasterize, TakesTheClassesThatTheOwnerGave) {
   Codes given(3600, 2);
   std::fill(given.begin() + 600, given.begin() + 1200, std::uint8_t{13});
-  const std::vector<vector> normals(3600, {1.0, 0.0, 0.0});
-  change(strip, [&](Strandel::Grid& grid) {
-    auto& world = *grid.chart(Strandel::worldChartName);
-    orFail(world.makeField("RigorousClassification", Strandel::ValueType::UInt8)
-               ->setValues<std::uint8_t>({0}, given));
-    orFail(world.makeField("NormalVector", Strandel::ValueType::Vector)
-               ->setValues<vector>({0}, normals));
-  });
-  for (int run = 0; run < 2; ++run) {
+  for (const bool isOfVersion01 : {false, true}) {
+    save();
+    change(strip, [&](Strandel::Grid& grid) {
+      auto& world = *grid.chart(Strandel::worldChartName);
+      const auto set = [&](const char* name, Codes values) {
+        auto field = world.makeField(name, Strandel::ValueType::UInt8);
+        orFail(field->setValues<std::uint8_t>({0}, std::move(values)));
+        return field;
+      };
+      if (isOfVersion01) {  // which wrote its own classes into strips
+        set("RigorousClassification", Codes(3600, 15))
+            ->attributes()
+            .set("Origin", std::string("velorn rasterize"));
+      }
+      set(isOfVersion01 ? "GivenClassification" : "RigorousClassification", given);
+    });
     const RasterCounts counts = rasterize(strip, raster);
     EXPECT_GT(counts.surface[3], 500U);
     EXPECT_EQ(sumOf(counts.surface), counts.surface[3]);
     EXPECT_EQ(counts.notTerrain, 3000U);
-    const OneGridFile made(strip);
-    EXPECT_EQ(made.world<std::uint8_t>("GivenClassification"), given);
-    EXPECT_EQ(made.world<vector>("GivenNormalVector"), normals);
-    EXPECT_NE(made.world<vector>("NormalVector"), normals);
   }
 }
 
@@ -187,7 +198,7 @@ TEST_F(Rasterize, OfPointsWithoutSurfaceIsAReadableRasterWithoutPoints) {
   EXPECT_EQ(counts.notFinite, 2U);
   EXPECT_EQ(counts.notTerrain, 3598U);
   EXPECT_THAT(OneGridFile(raster).world<point>("Positions"), IsEmpty());
-  EXPECT_THAT(OneGridFile(strip).world<std::uint8_t>("RigorousClassification"), Each(15));
+  EXPECT_THAT(OneGridFile(planarOf(raster)).world<point>("Positions"), IsEmpty());
   save();
   change(strip, [](Strandel::Grid& grid) {
     for (const auto& [chartName, chart] : grid.charts()) {
@@ -237,13 +248,13 @@ TEST_F(Rasterize, TellsWhatCannotBeWritten) {
   {
     const Limit disk(RLIMIT_FSIZE, 100'000);
     EXPECT_THAT(refusalOf([&] { rasterize(strip, raster); }, Error::NoSpace),
-                HasSubstr("strip.kx: "));
+                HasSubstr("raster.kx: "));
   }
   EXPECT_TRUE(contentOf(strip) == before);
   std::filesystem::permissions(folder.path(), std::filesystem::perms(0555));
   if (geteuid() != 0) {  // root may write everywhere
     EXPECT_THAT(refusalOf([&] { rasterize(strip, raster); }, Error::NoSpace),
-                HasSubstr("strip.kx"));
+                HasSubstr("raster.kx"));
   }
   std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
   EXPECT_THAT(refusalOf([&] { rasterize(strip, "/dev/null/raster.kx"); }, Error::NoSpace),
@@ -259,8 +270,11 @@ TEST_F(Rasterize, ThatIsInterruptedLeavesTheStripAsItIs) {
   } progress;
   save();
   const std::string before = contentOf(strip);
-  EXPECT_EQ(refusalOf([&] { rasterizeStrip(strip, raster, rasterConfiguration(), {}, progress); }),
-            "interrupted");
+  EXPECT_EQ(
+      refusalOf([&] {
+        rasterizeStrip(strip, {planarOf(raster), raster}, rasterConfiguration(), {}, progress);
+      }),
+      "interrupted");
   EXPECT_TRUE(contentOf(strip) == before);
   EXPECT_FALSE(std::filesystem::exists(raster));
 }
@@ -310,18 +324,19 @@ struct Shares {
 };
 
 /// Over all points of a strip that may be matched.
-Shares sharesOf(const std::filesystem::path& folder, const std::string& strip) {
+Shares sharesOf(const std::filesystem::path& folder, const std::string& strip,
+                const std::filesystem::path& planarPoints) {
   const auto planes = planesIn(folder);
-  const OneGridFile made(folder / (strip + ".kx"));
+  const OneGridFile made(planarPoints);
+  const auto numbers = made.world<std::uint32_t>("PointNumber");
   const auto codes = made.world<std::uint8_t>("RigorousClassification");
   const auto normals = made.world<vector>("NormalVector");
   const auto plane = surfacesOf(folder, strip).world<std::uint32_t>("Plane");
   Shares shares;
+  shares.points = static_cast<double>(plane.size());
   for (std::size_t i = 0; i < codes.size(); ++i) {
-    ++shares.points;
-    if (!isSurface(codes[i])) continue;
     ++shares.surface;
-    const TruePlane& real = planes.at(plane[i]);
+    const TruePlane& real = planes.at(plane[numbers[i]]);
     if (codes[i] == codeOf(real)) ++shares.rightClass;
     const double degrees =
         std::acos(std::min(1.0, dot(normals[i], real.normal))) * Geomra::degreesPerRadian;
@@ -338,7 +353,7 @@ TEST(RasterizedFlight, HasTheClassesAndNormalsOfItsPlanes) {
   options.height = 150.0;  // half a point per square metre
   make(folder.path(), options);
   rasterize(folder / "strip_01.kx", folder / "raster.kx");
-  const Shares shares = sharesOf(folder.path(), "strip_01");
+  const Shares shares = sharesOf(folder.path(), "strip_01", planarOf(folder / "raster.kx"));
   // What is left out lies within a neighbourhood's reach of an edge of its plane.
   EXPECT_GT(shares.surface, 0.75 * shares.points);
   EXPECT_GT(shares.rightClass, 0.995 * shares.surface);

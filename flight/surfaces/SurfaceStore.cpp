@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "flight/surfaces/SurfaceStore.h"
+
+#include <system_error>
+#include <utility>
+
+#include <velorn/flight/Error.h>
+
+namespace Velorn::Flights {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Only those of candidates are asked for.
+void leavePlanes(MatchPoints& points) {
+  points.roughness = points.heights = {};
+}
+
+}  // namespace
+
+SurfaceStore::SurfaceStore(std::vector<SurfaceFiles> strips, fs::path groundTruth,
+                           Velorn::InputParameter configuration, std::size_t memory)
+    : groundTruth_(std::move(groundTruth)),
+      configuration_(std::move(configuration)),
+      room_(memory) {
+  for (auto& files : strips) strips_.push_back({std::move(files), {}, {}});
+}
+
+void SurfaceStore::requireFiles() const {
+  const auto require = [](const fs::path& file) {
+    std::error_code fault;
+    if (fs::exists(file, fault)) return;
+    throw Error(file.string() + ": no such raster; rasterize first", Error::MissingFile);
+  };
+  for (const auto& strip : strips_) {
+    require(strip.files.planar);
+    require(strip.files.raster);
+  }
+  require(groundTruth_);
+}
+
+/// @return whether there was room
+bool SurfaceStore::take(MatchPoints& points, Kept& kept) {
+  if (points.bytes() > room_) return false;
+  room_ -= points.bytes();
+  kept = std::move(points);
+  return true;
+}
+
+/// Rasters first: they are small, and read more often.
+void SurfaceStore::keep(std::size_t strip, MatchPoints planar, MatchPoints raster) {
+  Strip& its = strips_.at(strip);
+  keepSound(its.files.raster, raster);
+  take(raster, its.raster);
+  if (its.files.planar == its.files.raster) return;
+  keepSound(its.files.planar, planar);
+  leavePlanes(planar);
+  take(planar, its.planar);
+}
+
+MatchPoints SurfaceStore::chosen(const fs::path& file, bool withPlanes, Kept& kept,
+                                 const Wanted& wanted) {
+  if (kept) return kept->at(numbersOf(*kept, wanted));
+  MatchPoints points = readMatchPoints(file, configuration_);
+  if (!withPlanes) leavePlanes(points);
+  if (take(points, kept)) return kept->at(numbersOf(*kept, wanted));
+  points.keep(numbersOf(points, wanted));
+  return points;
+}
+
+MatchPoints SurfaceStore::planar(std::size_t strip, const Wanted& wanted) {
+  Strip& its = strips_.at(strip);
+  if (its.files.planar == its.files.raster) return raster(strip, wanted);
+  return chosen(its.files.planar, false, its.planar, wanted);
+}
+
+MatchPoints SurfaceStore::raster(std::size_t strip, const Wanted& wanted) {
+  Strip& its = strips_.at(strip);
+  return chosen(its.files.raster, true, its.raster, wanted);
+}
+
+KnownPoints SurfaceStore::knownPoints() const {
+  return readGroundTruth(groundTruth_, configuration_);
+}
+
+}  // namespace Velorn::Flights
