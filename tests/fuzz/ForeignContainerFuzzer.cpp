@@ -116,7 +116,7 @@ class ForeignWriter {
     return std::string(choices_.PickValueInArray(places)) + choices_.PickValueInArray(members);
   }
 
-  void makeGroup(const std::string& name) {
+  void makeGroup(const std::string& name) const {
     H5Gclose(H5Gcreate2(file_, name.c_str(), links_, H5P_DEFAULT, H5P_DEFAULT));
   }
 
@@ -312,7 +312,7 @@ class ForeignWriter {
   }
 
   void write(const std::string& object, const std::string& name, hid_t stored, hid_t extents,
-             const void* value) {
+             const void* value) const {
     H5Adelete_by_name(file_, object.c_str(), name.c_str(), H5P_DEFAULT);
     const hid_t attribute = H5Acreate_by_name(file_, object.c_str(), name.c_str(), stored, extents,
                                               H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT);

@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   if (bytes[0] == 0) {
     crsOfWkt(text);
   } else {
-    const std::size_t keys = std::min<std::size_t>(8U * (bytes[0] + 1U), text.size());
+    const std::size_t keys = std::min(std::size_t{8} * (bytes[0] + std::size_t{1}), text.size());
     crsOfGeoKeys(std::span(text).first(keys), text.substr(keys));
   }
   return 0;

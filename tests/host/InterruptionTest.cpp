@@ -37,6 +37,7 @@ class Call {
   Call(std::vector<std::string> arguments, fs::path said) : said_(std::move(said)) {
     arguments.insert(arguments.begin(), VELORN_PROGRAM);
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (auto& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
     posix_spawn_file_actions_t actions;

@@ -25,7 +25,8 @@ inline Velorn::Flights::StripColumns rasterStrip() {
   Velorn::Flights::StripColumns strip;
   strip.week = 2318;
   for (int i = 0; i < 3600; ++i) {
-    const double x = 0.5 * (i % 60), y = 0.5 * (i / 60);
+    const int column = i % 60, row = i / 60;
+    const double x = 0.5 * column, y = 0.5 * row;
     const bool roof = x >= 20 && y >= 15, slope = x >= 20 && y < 15;
     const double z = roof ? 106.0 : slope ? 100.0 + 0.2 * (x - 20) : 100.0;
     strip.world.push_back({6e5 + x, 5.25e6 + y, z + noise(random)});

@@ -47,7 +47,7 @@ struct Rasterize : testing::Test {
   TemporaryFolder folder;
   std::filesystem::path strip = folder / "strip.kx", raster = folder / "raster.kx";
 
-  void save(StripColumns columns = rasterStrip()) { saveStrip(strip, std::move(columns)); }
+  void save(StripColumns columns = rasterStrip()) const { saveStrip(strip, std::move(columns)); }
 };
 
 TEST_F(Rasterize, WritesPlanarPointsAndTheirRasterAndLeavesTheStripAsItIs) {
@@ -218,7 +218,7 @@ TEST_F(Rasterize, RefusesAStripWithoutWhatItNeedsAndLeavesItAsItIs) {
     save();
     change(strip, [&](Strandel::Grid& grid) { grid.chart(chart)->removeField(name); });
     const std::string before = contentOf(strip);
-    const std::string fault = refusalOf([&] { rasterize(strip, raster); });
+    std::string fault = refusalOf([&] { rasterize(strip, raster); });
     EXPECT_EQ(contentOf(strip), before);
     EXPECT_THAT(fault, HasSubstr("strip.kx: "));
     EXPECT_THAT(fault, HasSubstr(name));

@@ -51,10 +51,10 @@ TEST(PlaneFit, OfExactPointsIsTheirPlaneAlsoFarFromTheOrigin) {
 
 TEST(PlaneFit, SaysTheNoiseWithoutBias) {
   double sum = 0.0;
-  constexpr int trials = 400;
+  constexpr std::size_t trials = 400;
   const auto many = onPlane(trials * 10, 0.02);
-  for (int i = 0; i < trials; ++i) {
-    const auto fit = planeThrough(std::span(many).subspan(static_cast<std::size_t>(i) * 10, 10));
+  for (std::size_t i = 0; i < trials; ++i) {
+    const auto fit = planeThrough(std::span(many).subspan(i * 10, 10));
     ASSERT_TRUE(fit.exists());
     sum += fit.roughness * fit.roughness;
   }
@@ -105,6 +105,7 @@ PlaneFit planeByLooking(const Scene& scene, std::size_t i, const Neighbourhood& 
   std::sort(byDistance.begin(), byDistance.end());
   byDistance.resize(std::min<std::size_t>(byDistance.size(), about.points));
   std::vector<point> neighbours;
+  neighbours.reserve(byDistance.size());
   for (const auto& [square, j] : byDistance) neighbours.push_back(scene.points[j]);
   return planeThrough(neighbours);
 }

@@ -15,7 +15,6 @@ namespace CommandLine {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 /// A program whose texts hold what layouts and languages could stumble over.
 struct Program : testing::Test {
