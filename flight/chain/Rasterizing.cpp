@@ -7,24 +7,13 @@
 
 #include <fmt/format.h>
 
+#include "flight/chain/StepSettings.h"
 #include "flight/surfaces/Rasterize.h"
 
 namespace Velorn::Flights {
 namespace {
 
 namespace fs = std::filesystem;
-
-void addOptions(const FlightSettings& settings, StepKey& key) {
-  const auto& configuration = settings.configuration();
-  const auto& raster = settings.raster;
-  key.addList("cells", configuration.CellSize);
-  key.addList("amplitude", configuration.Amplitude);
-  key.add("selection", configuration.SelectionStr);
-  key.add("neighbours", raster.neighbours);
-  key.add("neighbour_radius", raster.neighbourRadius);
-  key.add("max_roughness", raster.maxRoughness);
-  key.add("slope_limit", raster.slopeLimit);
-}
 
 /// Does the work of one file, unless it is done.
 /// @param inputs  files that the work does not change
@@ -33,7 +22,7 @@ RasterReport once(const RunContext& run, const fs::path& file, const std::vector
                   const std::vector<fs::path>& outputs, const Work& work) {
   const StepRecord record = run.folder.record("rasterize_" + file.stem().string());
   StepKey key("rasterize " + fs::absolute(file).lexically_normal().string());
-  addOptions(run.settings, key);
+  addSettings(run.settings, Step::Rasterize, key);
   key.addFiles("input", inputs);
   const auto done = run.settings.force ? std::nullopt : record.template valid<RasterCounts>(key);
   if (done) return {file.filename().string(), true, *done};

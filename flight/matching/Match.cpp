@@ -213,23 +213,11 @@ class Matcher {
   std::set<std::uint32_t> patches_;
 };
 
-void check(const MatchOptions& options) {
-  if (options.neighbours < fewestForPlane || options.neighbours > 1000) {
-    throw Error(
-        fmt::format("neighbours: {} is not within {} to 1000", options.neighbours, fewestForPlane));
-  }
-  if (!(options.neighbourRadius > 0.0) || !std::isfinite(options.neighbourRadius)) {
-    throw Error(
-        fmt::format("neighbour radius: {} is not a positive length [m]", options.neighbourRadius));
-  }
-}
-
 }  // namespace
 
 MatchReport match(const Velorn::InputParameter& configuration, const Velorn::FileContainer& files,
                   const MatchOptions& options, const Solution* solution,
                   Kestrum::LoaderProgress& progress) {
-  check(options);
   const GroundTruth groundTruth = groundTruthOf(configuration, files);
   const MatchPlan plan = planOf(configuration, files, options, groundTruth);
   const BlockFolder folder(configuration.RootPath / configuration.getCorrespondencePath(),

@@ -199,7 +199,7 @@ RasterCounts withMemory(const fs::path& strip, const Work& work) {
 RasterCounts rasterizeStrip(const fs::path& strip, const fs::path& raster,
                             const Velorn::InputParameter& configuration,
                             const RasterSettings& options, Kestrum::LoaderProgress& progress) {
-  check(configuration, options);
+  check(configuration);
   refuseSameFile(strip, raster);
   return withMemory(
       strip, [&] { return StripRasterizing(strip, configuration, options, progress).run(raster); });
@@ -208,7 +208,7 @@ RasterCounts rasterizeStrip(const fs::path& strip, const fs::path& raster,
 RasterCounts rasterizeView(const fs::path& strip, const StripView& view, const fs::path& raster,
                            const Velorn::InputParameter& configuration,
                            const RasterSettings& options, Kestrum::LoaderProgress& progress) {
-  check(configuration, options);
+  check(configuration);
   refuseSameFile(strip, raster);
   return withMemory(strip, [&] {
     return StripRasterizing(strip, configuration, options, progress).runView(view, raster);
