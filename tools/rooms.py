@@ -77,7 +77,7 @@ floor("host", "velorn", "the program: words typed, words printed", ["adjustment"
     ("host", "exit statuses, what the process does with memory", ""),
     ("terminal", "progress on a terminal and in a log, Ctrl-C", "platform"),
     ("commandline", "the table of commands and what is told of it: help, manual page, completion, the nearest word", ""),
-    ("project", "project files and the options of a run", "host commandline"),
+    ("project", "settings as flags, as keys of project files, as a page; alone knows toml++", "host commandline"),
     ("commands", "one file per command", "platform host terminal commandline project"),
     ("main.cpp", "puts the commands together", "platform host terminal commandline project commands"),
 ])
@@ -92,6 +92,7 @@ LIBRARIES = {
     r"nanoflann\.hpp": ["flight/surfaces"],
     r"nlohmann/": ["flight/records", "flight/report", "flight/simulation", "flight/comparison", "flight/exchange"],
     r"CLI/": ["host"],
+    r"toml\+\+/": ["host/project"],
     r"Eigen/": ["adjustment", "flight"],
 }
 

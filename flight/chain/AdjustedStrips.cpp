@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "flight/chain/StepSettings.h"
 #include "flight/chain/StripsGeoreferencing.h"
 
 namespace Velorn::Flights {
@@ -35,7 +36,7 @@ GeoreferencingReport georeferenceAll(const RunContext& run, const RoundModel& mo
   StepKey key("georeference");
   key.add("model", model.digest);
   key.addFiles("strip", input.strips);
-  key.add("compress", input.compress);
+  addSettings(run.settings, Step::Georeference, key);
   auto report = run.settings.force ? std::nullopt : record.valid<GeoreferencingReport>(key);
   const bool isDone = report.has_value();
   if (!isDone) {

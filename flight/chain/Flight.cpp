@@ -24,7 +24,7 @@ constexpr const char* whenOutOfSteps =
 
 FlightSettings completed(FlightSettings settings) {
   complete(settings);
-  check(settings.configuration(), settings.raster);
+  check(settings.configuration());
   return settings;
 }
 

@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include "flight/chain/StepSettings.h"
 #include "flight/records/FolderLock.h"
 #include "flight/surfaces/Rasterize.h"
 
@@ -15,18 +16,6 @@ namespace Velorn::Flights {
 namespace {
 
 namespace fs = std::filesystem;
-
-void addOptions(const FlightSettings& settings, StepKey& key) {
-  const auto& configuration = settings.configuration();
-  const auto& raster = settings.raster;
-  key.addList("cells", configuration.CellSize);
-  key.addList("amplitude", configuration.Amplitude);
-  key.add("selection", configuration.SelectionStr);
-  key.add("neighbours", raster.neighbours);
-  key.add("neighbour_radius", raster.neighbourRadius);
-  key.add("max_roughness", raster.maxRoughness);
-  key.add("slope_limit", raster.slopeLimit);
-}
 
 /// Does the work of one file, unless it is done.
 template <typename Work>
@@ -66,7 +55,7 @@ std::string lineOf(const RasterReport& raster) {
 
 StepKey rasterKey(const FlightSettings& settings) {
   StepKey key("rasterize");
-  addOptions(settings, key);
+  addSettings(settings, Step::Rasterize, key);
   return key;
 }
 

@@ -10,6 +10,7 @@
 #include "flight/chain/Adjustment.h"
 #include "flight/chain/Rasterizing.h"
 #include "flight/chain/RoundStrips.h"
+#include "flight/chain/StepSettings.h"
 #include "flight/matching/Match.h"
 #include "flight/matching/SolverMemory.h"
 #include "flight/strips/OrFail.h"
@@ -19,28 +20,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void addMatchOptions(const FlightSettings& settings, const Round& round, StepKey& key) {
-  key.add("search_radius", round.radius);
+/// What a matching does in this round: its radius is never wider than that of the settings.
+void addMatching(const FlightSettings& settings, const Round& round, StepKey& key) {
+  addSettings(settings, Step::Match, key);
+  key.add("radius", round.radius);
   key.add("scale", round.scale);
-  key.add("coarse_rounds", settings.coarseRounds);
-  key.add("max_angle", settings.configuration().ThresholdMaxAngle);
-  key.add("max_correspondences", settings.match.maxCorrespondences);
-  key.add("seed", settings.match.seed);
-  key.add("onto_planes", settings.match.ontoPlanes);
-  key.add("neighbours", settings.raster.neighbours);
-  key.add("neighbour_radius", settings.raster.neighbourRadius);
-}
-
-void addAdjustOptions(const ModelSettings& model, StepKey& key) {
-  const auto& configuration = model.configuration;
-  key.add("model", configuration.TypeModel);
-  key.addList("interval", configuration.DefaultInterval);
-  key.add("iterations", configuration.NumberOfIterations);
-  key.addList("weights", configuration.CellSizeWeights);
-  key.addList("locked", model.locked);
-  key.addList("held", model.held);
-  key.add("relative", model.isRelative);
-  key.add("split_back_strips", configuration.SplitBackStrips);
 }
 
 Funnel funnelOfPairs(const MatchReport& report) {
@@ -128,7 +112,7 @@ StepRecord RoundWork::matchRecord(const Round& round) const {
 
 StepKey RoundWork::matchKey(const Round& round) const {
   StepKey key("match " + std::to_string(round.number));
-  addMatchOptions(run_.settings, round, key);
+  addMatching(run_.settings, round, key);
   key.addFiles("strip", run_.files.getStripFilesAndGroundTruth());
   key.addFiles("surface", run_.surfaceFiles());
   key.add("start", round.start ? round.start->digest : "delivered");
@@ -138,12 +122,12 @@ StepKey RoundWork::matchKey(const Round& round) const {
 /// Blocks that this run does not make count by themselves.
 StepKey RoundWork::adjustKey(const Round& round) const {
   StepKey key("adjust " + std::to_string(round.number));
-  addAdjustOptions(run_.settings.model, key);
+  addSettings(run_.settings, Step::Adjust, key);
   key.addFiles("trajectory", run_.files.getTrajectories());
   key.addFiles("strip", run_.files.getStripFilesAndGroundTruth());
   key.add("start", round.start ? round.start->digest : "delivered");
   if (run_.does("+correspondences")) {
-    addMatchOptions(run_.settings, round, key);
+    addMatching(run_.settings, round, key);
     key.addFiles("surface", run_.surfaceFiles());
   } else {
     key.addFiles("block", run_.folder.blockFiles());

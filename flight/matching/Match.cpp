@@ -214,23 +214,11 @@ class Matcher {
   std::set<std::uint32_t> patches_;
 };
 
-void check(const MatchOptions& options) {
-  if (options.neighbours < fewestForPlane || options.neighbours > 1000) {
-    throw Error(
-        fmt::format("neighbours: {} is not within {} to 1000", options.neighbours, fewestForPlane));
-  }
-  if (!(options.neighbourRadius > 0.0) || !std::isfinite(options.neighbourRadius)) {
-    throw Error(
-        fmt::format("neighbour radius: {} is not a positive length [m]", options.neighbourRadius));
-  }
-}
-
 }  // namespace
 
 MatchReport match(const Velorn::InputParameter& configuration, SurfaceStore& surfaces,
                   const MatchOptions& options, const Solution* solution,
                   Kestrum::LoaderProgress& progress) {
-  check(options);
   surfaces.requireFiles();
   const GroundTruth groundTruth(surfaces.knownPoints());
   const MatchPlan plan = planOf(configuration, surfaces, options, groundTruth);

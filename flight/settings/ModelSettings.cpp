@@ -1,23 +1,19 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
-#include <array>
 #include <string_view>
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <velorn/flight/Error.h>
-#include <velorn/flight/Settings.h>
+#include <velorn/flight/SettingsTable.h>
 
 namespace Velorn::Flights {
-namespace {
-
-constexpr std::array<std::string_view, 4> blocks{"offsets", "scales", "misalignment", "lever-arm"};
-
-}  // namespace
 
 void complete(ModelSettings& model, std::size_t strips) {
+  FlightSettings flight;
+  flight.model = model;
+  checkValues(flight);
   auto& configuration = model.configuration;
   configuration.DefaultInterval.assign(3, model.interval);
   for (const int strip : model.locked) {
@@ -26,11 +22,6 @@ void complete(ModelSettings& model, std::size_t strips) {
                 Error::BadSettings);
   }
   configuration.LockedStrips = {model.locked.begin(), model.locked.end()};
-  for (const auto& block : model.held) {
-    if (std::ranges::find(blocks, block) != blocks.end()) continue;
-    throw Error(fmt::format("--hold {}: not one of {}", block, fmt::join(blocks, ", ")),
-                Error::BadSettings);
-  }
 }
 
 Velorn::AdjustmentSettings solverSettingsOf(const ModelSettings& model) {

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
-#include <array>
 #include <map>
 #include <system_error>
 
@@ -10,16 +9,13 @@
 #include <glob.h>
 
 #include "flight/strips/OrFail.h"
-#include <velorn/flight/Settings.h>
+#include <velorn/flight/SettingsTable.h>
 
 namespace Velorn::Flights {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::array<std::string_view, 4> stepWords{"+rasterize", "+correspondences",
-                                                    "+optimization", "+adjustment"};
 
 /// Only * and ? stand for letters; brackets are met in names of folders.
 std::string globOf(const std::string& pattern) {
@@ -99,11 +95,6 @@ void checkFiles(const FlightSettings& settings) {
 }
 
 void checkSteps(const FlightSettings& settings) {
-  for (const auto& word : settings.steps) {
-    if (std::ranges::find(stepWords, word) != stepWords.end()) continue;
-    throw Error(fmt::format("steps: {}: not one of {}", word, fmt::join(stepWords, " ")),
-                Error::BadSettings);
-  }
   const auto has = [&](const char* word) { return std::ranges::count(settings.steps, word) > 0; };
   if (has("+adjustment") && !has("+optimization")) {
     throw Error(
@@ -127,6 +118,7 @@ void checkVariant(const std::string& name) {
 }  // namespace
 
 void complete(FlightSettings& settings) {
+  checkValues(settings);
   checkSteps(settings);
   checkVariant(settings.variant);
   expand(settings.strips, "strips");

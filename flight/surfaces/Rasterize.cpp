@@ -213,7 +213,7 @@ Rasterized withMemory(const fs::path& strip, const Work& work) {
 Rasterized rasterizeStrip(const fs::path& strip, const SurfaceFiles& files,
                           const Velorn::InputParameter& configuration,
                           const RasterSettings& options, Kestrum::LoaderProgress& progress) {
-  check(configuration, options);
+  check(configuration);
   for (const auto& file : {files.planar, files.raster}) refuseSameFile(strip, file);
   return withMemory(
       strip, [&] { return StripRasterizing(strip, configuration, options, progress).run(files); });
@@ -222,7 +222,7 @@ Rasterized rasterizeStrip(const fs::path& strip, const SurfaceFiles& files,
 Rasterized rasterizeView(const fs::path& strip, const StripView& view, const fs::path& raster,
                          const Velorn::InputParameter& configuration, const RasterSettings& options,
                          Kestrum::LoaderProgress& progress) {
-  check(configuration, options);
+  check(configuration);
   refuseSameFile(strip, raster);
   return withMemory(strip, [&] {
     return StripRasterizing(strip, configuration, options, progress).runView(view, raster);

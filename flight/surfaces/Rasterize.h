@@ -58,8 +58,9 @@ RasterCounts rasterizeGroundTruth(const std::filesystem::path& groundTruth,
                                   const std::filesystem::path& raster,
                                   const Velorn::InputParameter& configuration);
 
-/// Looks for what can be known before any work: an expression that is none, options beyond sense.
-/// @throws Error that names the option or shows the place in the expression
-void check(const Velorn::InputParameter& configuration, const RasterSettings& options);
+/// Looks for what can be known before any work and no bounds tell: an expression that is none,
+/// lists that do not fit the classes.
+/// @throws Error that names the class or shows the place in the expression
+void check(const Velorn::InputParameter& configuration);
 
 }  // namespace Velorn::Flights

@@ -72,7 +72,7 @@ RasterCounts rasterize(const GridFile& file, const std::filesystem::path& raster
 RasterCounts rasterizeGroundTruth(const std::filesystem::path& groundTruth,
                                   const std::filesystem::path& raster,
                                   const Velorn::InputParameter& configuration) {
-  check(configuration, {});
+  check(configuration);
   refuseSameFile(groundTruth, raster);
   try {
     return rasterize(GridFile(groundTruth, configuration), raster, configuration);

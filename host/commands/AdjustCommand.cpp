@@ -8,7 +8,7 @@
 #include <fmt/format.h>
 
 #include "host/commands/Commands.h"
-#include "host/project/ModelOptions.h"
+#include "host/project/SettingFlags.h"
 #include "host/terminal/Telling.h"
 #include <velorn/flight/Adjust.h>
 
@@ -18,15 +18,16 @@ namespace {
 
 struct AdjustCall {
   AdjustmentInput input;
-  ModelSettings model;
+  FlightSettings settings;  ///< of which the model counts
   bool quiet = false;
 };
 
 void run(AdjustCall& call) {
   auto& input = call.input;
-  complete(call.model, input.strips.size());
-  input.configuration = call.model.configuration;
-  input.settings = solverSettingsOf(call.model);
+  auto& model = call.settings.model;
+  complete(model, input.strips.size());
+  input.configuration = model.configuration;
+  input.settings = solverSettingsOf(model);
   if (input.correspondences.empty()) {
     input.correspondences =
         input.configuration.RootPath / input.configuration.getCorrespondencePath();
@@ -56,7 +57,7 @@ void addAdjust(CLI::App& app) {
       ->required()
       ->type_name("FILE");
   command
-      .add_option("--output", call->model.configuration.RootPath,
+      .add_option("--output", call->settings.configuration().RootPath,
                   "root of the output folders 00_parameter, 01_status, 04_statistic")
       ->required()
       ->type_name("FOLDER");
@@ -65,11 +66,11 @@ void addAdjust(CLI::App& app) {
                   "folder of correspondence containers; default: 03_correspondences in the root")
       ->type_name("FOLDER");
   command
-      .add_option("--suffix", call->model.configuration.FileSuffix,
+      .add_option("--suffix", call->settings.configuration().FileSuffix,
                   "end of the names of the parameter files; default: date and time")
       ->type_name("TEXT");
   command.add_flag("--quiet", call->quiet, "no progress; warnings and results stay");
-  addModelOptions(command, call->model);
+  addModelFlags(command, call->settings);
   command.footer(
       "Example: velorn simulate demo --correspondences && velorn adjust demo/strip_*.kx\n"
       "  --trajectory demo/trajectory.kx --ground-truth demo/ground_truth.kx --output demo\n\n"

@@ -16,6 +16,7 @@
 #include "host/commandline/ManPage.h"
 #include "host/commandline/Misuse.h"
 #include "host/commands/Commands.h"
+#include "host/project/SettingsPage.h"
 #include <velorn/flight/Error.h>
 
 using Velorn::Flights::Error;
@@ -23,11 +24,16 @@ using Velorn::Flights::Error;
 namespace {
 
 constexpr const char* aboutProgram = "Help";
+constexpr const char* settingsTopic = "settings";
 
 void showHelp(const CLI::App& program, const std::string& name) {
   const auto table = CommandLine::tableOf(program);
   if (name.empty()) {
     std::cout << CommandLine::helpText(table, table.name);
+    return;
+  }
+  if (name == settingsTopic) {
+    std::cout << settingsPage();
     return;
   }
   for (const auto& command : table.commands) {
@@ -46,9 +52,9 @@ void addHelp(CLI::App& app) {
   command.group(aboutProgram);
   // No check: a name that is none is told with the nearest one. For completion there are choices.
   auto names = CommandLine::commandNames(CommandLine::tableOf(app));
-  names.pop_back();
+  names.back() = settingsTopic;
   const auto choices = fmt::format("{{{}}}", fmt::join(names, ","));
-  command.add_option("COMMAND", *name, "whose help is shown")
+  command.add_option("COMMAND", *name, "whose help is shown; settings: what all of them are")
       ->check(CLI::Validator([](std::string&) { return std::string(); }, choices));
   command.footer("Example: velorn help adjust");
   command.callback([&app, name] { showHelp(app, *name); });

@@ -6,11 +6,13 @@
 #include <exception>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <fmt/format.h>
 
 #include "host/commands/Commands.h"
-#include "host/project/ProjectKeys.h"
+#include "host/project/ProjectFile.h"
+#include "host/project/SettingFlags.h"
 #include "host/terminal/Telling.h"
 #include "platform/plome/ReplacedFile.h"
 #include <velorn/flight/Error.h>
@@ -20,30 +22,28 @@ using namespace Velorn::Flights;
 
 namespace {
 
-/// A command with its project; the keys refer to both.
+/// A command with its project.
 struct ProjectCall {
-  explicit ProjectCall(CLI::App& app) : command(app), keys(app, settings) {}
+  explicit ProjectCall(CLI::App& app) : command(app) {}
 
   CLI::App& command;
   std::filesystem::path file;  ///< empty: all was said by flags
-  FlightSettings settings;
-  ProjectKeys keys;
+  FlightSettings settings;     ///< the flags refer to it
   bool overwrite = false, quiet = false;
 };
 
-std::shared_ptr<ProjectCall> addProjectCommand(CLI::App& app, const char* name, const char* what) {
+std::shared_ptr<ProjectCall> addProjectCommand(CLI::App& app, const char* name, const char* what,
+                                               bool runs = true) {
   auto& command = *app.add_subcommand(name, what);
   auto call = std::make_shared<ProjectCall>(command);
   command.add_option("PROJECT", call->file, "project file, see `velorn init`")->type_name("FILE");
+  addFlags(command, call->settings,
+           [&](const Setting& setting) { return runs || setting.use == SettingUse::Project; });
   return call;
 }
 
 void addSwitches(ProjectCall& call) {
-  call.command
-      .add_flag("--force", call.settings.force, "do also what an earlier run has done already")
-      ->configurable(false);
-  call.command.add_flag("--quiet", call.quiet, "no progress; warnings and results stay")
-      ->configurable(false);
+  call.command.add_flag("--quiet", call.quiet, "no progress; warnings and results stay");
 }
 
 /// Also of a run whose solver did not converge.
@@ -57,8 +57,10 @@ RunReport reportOf(Flight& flight, std::exception_ptr& notConverged) {
   }
 }
 
-void runSteps(ProjectCall& call) {
-  if (!call.file.empty()) call.keys.read(call.file);
+/// @param steps  that are done; empty: those of the project
+void runSteps(ProjectCall& call, const std::vector<std::string>& steps) {
+  if (!call.file.empty()) readProject(call.file, givenFlags(call.command), call.settings);
+  if (!steps.empty()) call.settings.steps = steps;
   std::exception_ptr notConverged;
   const RunReport report = [&] {
     Telling telling(call.quiet);
@@ -78,12 +80,7 @@ void addSteps(CLI::App& app, const char* name, const char* what, const char* wor
       fmt::format("Example: velorn {} flight.velorn\n\n"
                   "The same as `velorn run` with --steps \"{}\".",
                   name, word));
-  call->command.callback([call, word] {
-    call->command.get_option("--steps")->clear();
-    call->command.get_option("--steps")->add_result(word);
-    call->command.get_option("--steps")->run_callback();
-    runSteps(*call);
-  });
+  call->command.callback([call, word] { runSteps(*call, {word}); });
 }
 
 void writeProject(const ProjectCall& call) {
@@ -92,7 +89,8 @@ void writeProject(const ProjectCall& call) {
   if (!call.overwrite && std::filesystem::exists(std::filesystem::symlink_status(file, ignored))) {
     throw Error(file.string() + ": exists; --overwrite replaces it");
   }
-  if (const auto fault = Plome::replaceFile(file, call.keys.text(file)); !fault.empty()) {
+  const auto text = projectText(file, givenFlags(call.command), call.settings);
+  if (const auto fault = Plome::replaceFile(file, text); !fault.empty()) {
     throw Error(fault, Error::NoSpace);
   }
   fmt::print("{} written; `velorn run {}` runs it\n", file.string(), file.string());
@@ -109,8 +107,9 @@ void addRun(CLI::App& app) {
       "  --ground-truth control.kx && velorn run flight.velorn\n\n"
       "Every key of the project file is a flag too, and flags win. Steps that are done already "
       "are\n"
-      "skipped. docs/run.md says what is done and what summary.json holds.");
-  call->command.callback([call] { runSteps(*call); });
+      "skipped. docs/run.md says what is done and what summary.json holds, docs/settings.md every "
+      "key.");
+  call->command.callback([call] { runSteps(*call, {}); });
 }
 
 void addRasterize(CLI::App& app) {
@@ -125,9 +124,9 @@ void addMatch(CLI::App& app) {
 
 void addInit(CLI::App& app) {
   const auto call =
-      addProjectCommand(app, "init", "Writes a project file with every key explained");
+      addProjectCommand(app, "init", "Writes a project file with every key explained", false);
   call->command.get_option("PROJECT")->required();
-  call->command.add_flag("--overwrite", call->overwrite, "replace the file")->configurable(false);
+  call->command.add_flag("--overwrite", call->overwrite, "replace the file");
   call->command.footer("Example: velorn init flight.velorn --strips 'strips/*.kx'");
   call->command.callback([call] { writeProject(*call); });
 }

@@ -279,18 +279,10 @@ TEST_F(Rasterize, ThatIsInterruptedLeavesTheStripAsItIs) {
   EXPECT_FALSE(std::filesystem::exists(raster));
 }
 
-TEST(RasterCheck, NamesTheSettingBeyondSense) {
-  const auto refused = [](RasterSettings options) {
-    return refusalOf([&] { check(rasterConfiguration(), options); }, Error::BadSettings);
-  };
-  EXPECT_THAT(refused({.neighbours = 5}),
-              HasSubstr("neighbours must be between 6 and 1000, not 5"));
-  EXPECT_THAT(refused({.neighbourRadius = -1}), HasSubstr("neighbour-radius"));
-  EXPECT_THAT(refused({.maxRoughness = std::nan("")}), HasSubstr("max-roughness"));
-  EXPECT_THAT(refused({.slopeLimit = 91}), HasSubstr("slope-limit"));
+TEST(RasterCheck, NamesTheClassWhoseCellsAreTooSmall) {
   auto configuration = rasterConfiguration();
   configuration.CellSize[1] = 0.0;
-  EXPECT_THAT(refusalOf([&] { check(configuration, {}); }, Error::BadSettings),
+  EXPECT_THAT(refusalOf([&] { check(configuration); }, Error::BadSettings),
               HasSubstr("CellSize of ROOF"));
 }
 
