@@ -32,6 +32,7 @@ std::string text(const std::filesystem::path& value, char /*delimiter*/) {
 
 std::string text(const std::map<int, double>& value, char delimiter) {
   std::vector<std::string> entries;
+  entries.reserve(value.size());
   for (const auto& [strip, length] : value) entries.push_back(fmt::format("{}:{}", strip, length));
   return fmt::format("{}", fmt::join(entries, std::string(1, delimiter)));
 }

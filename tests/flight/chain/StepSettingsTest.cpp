@@ -116,7 +116,7 @@ struct StepByStep {
   }
 
   /// Of the first round: what is done in others is done for the first time.
-  std::vector<std::string> done() {
+  std::vector<std::string> done() const {
     bool matches = false;
     const auto hear = [&](const std::string& line) {
       const bool isMatching =

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <cmath>
+#include <limits>
 #include <set>
 
 #include <gmock/gmock.h>
@@ -40,7 +41,8 @@ TEST(SettingsTable, RefusesValuesByTheNameOfTheirSetting) {
   settings = {};
   settings.model.configuration.CellSizeWeights = {1, 1, 1, 1};
   EXPECT_THAT(refusal(settings), HasSubstr("weights: has 4 entries"));
-  settings.model.configuration.CellSizeWeights = {1, 1, 1, 1, -INFINITY};
+  settings.model.configuration.CellSizeWeights = {1, 1, 1, 1,
+                                                  -std::numeric_limits<double>::infinity()};
   EXPECT_THAT(refusal(settings), HasSubstr("weights: -inf is not a number"));
   settings = {};
   settings.model.held = {"scales", "offset"};
