@@ -84,9 +84,12 @@ RasterizingReport rasterizeAll(RunContext& run) {
 
 void requireSurfaces(const RunContext& run) {
   run.surfaces.requireFiles();
-  for (const auto& file : run.files.getStripFilesAndGroundTruth()) {
-    run.folder.rasterRecordOf(file).requireOutputs("rasterize first");
+  constexpr const char* advice = "rasterize again";
+  for (const auto& strip : run.strips) {
+    const auto& files = run.surfaces.files(strip.id);
+    run.folder.rasterRecordOf(strip.file).requireOutputs({files.planar, files.raster}, advice);
   }
+  run.folder.rasterRecordOf(run.groundTruth).requireOutputs({run.surfaces.groundTruth()}, advice);
 }
 
 }  // namespace Velorn::Flights

@@ -223,7 +223,7 @@ AdjustmentReport RoundWork::adjust(const Round& round) {
   warnOfMemory(run_, blocks);
   check(input);
   const FilesAtRest atRest(blocks);
-  if (run_.does("+correspondences")) matchRecord(round).requireOutputs("match again");
+  if (run_.does("+correspondences")) matchRecord(round).requireOutputs(blocks, "match again");
   run_.requireInputs();
   auto adjusted = adjustedBy(input, run_.trajectory, run_.watcher);
   run_.requireInputs();

@@ -55,21 +55,26 @@ std::optional<Report> StepRecord::valid(const StepKey& key) const {
   }
 }
 
-void StepRecord::requireOutputs(const std::string& advice) const {
-  std::vector<FileStamp> outputs;
+void StepRecord::requireOutputs(const std::vector<fs::path>& outputs,
+                                const std::string& advice) const {
+  std::vector<FileStamp> stamps;
   try {
     std::ifstream stream(file_);
     const auto record = Json::parse(stream);
-    for (const auto& stamp : record.at("outputs")) outputs.push_back(stampIn(stamp));
+    for (const auto& stamp : record.at("outputs")) stamps.push_back(stampIn(stamp));
   } catch (const Json::exception&) {
+    stamps.clear();
+  }
+  if (stamps.size() != outputs.size()) {
     throw Error(fmt::format("{}: no such step was finished here; {}", file_.string(), advice),
                 Error::MissingFile);
   }
-  for (const auto& stamp : outputs) {
-    if (isUnchanged(stamp)) continue;
-    throw Error(fmt::format(
-        "{}: {}; {}", stamp.path,
-        stampOf(stamp.path).bytes < 0 ? "is missing" : "is not as the run left it", advice));
+  for (std::size_t k = 0; k < stamps.size(); ++k) {
+    auto now = stampOf(outputs[k]);
+    now.path = stamps[k].path;  // of names that are no UTF-8 the record has but a part
+    if (now == stamps[k]) continue;
+    throw Error(fmt::format("{}: {}; {}", outputs[k].string(),
+                            now.bytes < 0 ? "is missing" : "is not as the run left it", advice));
   }
 }
 

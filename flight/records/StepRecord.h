@@ -33,9 +33,11 @@ class StepRecord {
   template <typename Report>
   std::optional<Report> valid(const StepKey& key) const;
 
-  /// @param advice  how the outputs are made
+  /// @param outputs  as they were given to `finish`
+  /// @param advice   how they are made
   /// @throws Error that names the output which is not as the step left it, or the missing record
-  void requireOutputs(const std::string& advice) const;
+  void requireOutputs(const std::vector<std::filesystem::path>& outputs,
+                      const std::string& advice) const;
 
   /// Forgets the step, before its outputs are touched.
   /// @throws Error when the record cannot be removed
