@@ -151,9 +151,9 @@ class Adjustment {
     configuration_.progress = watcher;
   }
 
-  void prepare() {
+  void prepare(bool areOwnBlocks) {
     orFail(configuration_.check());
-    orFail(timesOutsideTrajectory(configuration_, trajectory_));
+    if (!areOwnBlocks) orFail(timesOutsideTrajectory(configuration_, trajectory_));
     makeFolders(configuration_);
     files_.writeStripID(parameterFile("StripID"), false);
     configuration_.write(parameterFile("Configuration"), configuration_.speak(), false, false);
@@ -255,9 +255,9 @@ void requireConvergence(const Velorn::SolverEnd& end, const std::string& whenOut
 }
 
 Adjusted adjustedBy(const AdjustmentInput& input, const Velorn::Trajectory& trajectory,
-                    const std::shared_ptr<Watcher>& watcher) {
+                    const std::shared_ptr<Watcher>& watcher, bool areOwnBlocks) {
   Adjustment adjustment(input, trajectory, watcher);
-  adjustment.prepare();
+  adjustment.prepare(areOwnBlocks);
   return adjustment.run();
 }
 
@@ -270,7 +270,7 @@ AdjustmentReport adjust(const AdjustmentInput& input, const Watch& watch) {
   return recording.during([&](RunState& state) {
     Velorn::Trajectory trajectory(input.trajectories);
     orFail(trajectory.importTrajectory());
-    auto report = adjustedBy(input, trajectory, watcher).report;
+    auto report = adjustedBy(input, trajectory, watcher, false).report;
     if (!report.solver.isConvergence()) {
       state.phase = RunState::Phase::failed;
       state.message = notConverged(report.solver);

@@ -23,9 +23,11 @@ struct Adjusted {
   std::shared_ptr<const Velorn::SolverParameters> parameters;
 };
 
-/// @param trajectory  imported, of the input's files
+/// @param trajectory    imported, of the input's files
+/// @param areOwnBlocks  of strips that the trajectory was seen to cover; else all times of the
+///                      correspondences are looked at first
 /// @throws as adjust
 Adjusted adjustedBy(const AdjustmentInput& input, const Velorn::Trajectory& trajectory,
-                    const std::shared_ptr<Watcher>& watcher);
+                    const std::shared_ptr<Watcher>& watcher, bool areOwnBlocks);
 
 }  // namespace Velorn::Flights

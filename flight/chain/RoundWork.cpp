@@ -225,7 +225,7 @@ AdjustmentReport RoundWork::adjust(const Round& round) {
   const FilesAtRest atRest(blocks);
   if (run_.does("+correspondences")) matchRecord(round).requireOutputs(blocks, "match again");
   run_.requireInputs();
-  auto adjusted = adjustedBy(input, run_.trajectory, run_.watcher);
+  auto adjusted = adjustedBy(input, run_.trajectory, run_.watcher, run_.does("+correspondences"));
   run_.requireInputs();
   atRest.requireUnchanged();
   adjusted_ = std::move(adjusted.parameters);
