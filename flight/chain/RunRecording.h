@@ -8,6 +8,7 @@
 #include <string>
 
 #include "flight/records/RunState.h"
+#include "flight/strips/EnoughMemory.h"
 #include "flight/strips/Watcher.h"
 
 namespace Velorn::Flights {
@@ -27,7 +28,7 @@ class RunRecording {
   auto during(const Work& work) {
     try {
       state_.phase = RunState::Phase::finished;
-      auto result = work(state_);
+      auto result = withMemoryFor(root_.string(), [&] { return work(state_); });
       state_.write(root_);
       return result;
     } catch (const Error& error) {

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "flight/strips/AdjustedName.h"
+#include "flight/strips/EnoughMemory.h"
 #include "flight/strips/OrFail.h"
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
@@ -98,9 +99,11 @@ GeoreferencingReport georeference(const GeoreferencingInput& input, const Watch&
     }
     watcher.report("georeferencing", report.strips, places.size());
     report.points += pointsOf(strip);
-    const std::string message = Velorn::scanner2world(
-        parameters, trajectory, strip, static_cast<unsigned>(place), input.outputFolder.string(),
-        input.inverse, input.compress ? 1 : 0, input.reportEarlyTimes);
+    const std::string message = withMemoryFor(strip, [&] {
+      return Velorn::scanner2world(parameters, trajectory, strip, static_cast<unsigned>(place),
+                                   input.outputFolder.string(), input.inverse,
+                                   input.compress ? 1 : 0, input.reportEarlyTimes);
+    });
     ++report.strips;
     if (message.empty()) continue;
     watcher.tell(strip + ": " + withoutLineFeed(message));

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <nanoflann.hpp>
 
-#include "flight/surfaces/SearchLoop.h"
+#include "flight/strips/ParallelLoop.h"
 
 namespace Velorn::Flights {
 namespace {

@@ -3,10 +3,10 @@
 #include "flight/surfaces/Rasterize.h"
 
 #include <algorithm>
-#include <new>
 
 #include <fmt/format.h>
 
+#include "flight/strips/EnoughMemory.h"
 #include "flight/surfaces/Cubes.h"
 #include "flight/surfaces/PointClasses.h"
 #include "flight/surfaces/RasterFile.h"
@@ -184,16 +184,6 @@ class StripRasterizing {
   RasterCounts counts_;
 };
 
-/// Names the strip when memory runs out.
-template <typename Work>
-RasterCounts withMemory(const fs::path& strip, const Work& work) {
-  try {
-    return work();
-  } catch (const std::bad_alloc&) {
-    throw Error(strip.string() + ": not enough memory");
-  }
-}
-
 }  // namespace
 
 RasterCounts rasterizeStrip(const fs::path& strip, const fs::path& raster,
@@ -201,8 +191,9 @@ RasterCounts rasterizeStrip(const fs::path& strip, const fs::path& raster,
                             const RasterSettings& options, Kestrum::LoaderProgress& progress) {
   check(configuration, options);
   refuseSameFile(strip, raster);
-  return withMemory(
-      strip, [&] { return StripRasterizing(strip, configuration, options, progress).run(raster); });
+  return withMemoryFor(strip.string(), [&] {
+    return StripRasterizing(strip, configuration, options, progress).run(raster);
+  });
 }
 
 RasterCounts rasterizeView(const fs::path& strip, const StripView& view, const fs::path& raster,
@@ -210,16 +201,18 @@ RasterCounts rasterizeView(const fs::path& strip, const StripView& view, const f
                            const RasterSettings& options, Kestrum::LoaderProgress& progress) {
   check(configuration, options);
   refuseSameFile(strip, raster);
-  return withMemory(strip, [&] {
+  return withMemoryFor(strip.string(), [&] {
     return StripRasterizing(strip, configuration, options, progress).runView(view, raster);
   });
 }
 
 double spacingOfStrip(const fs::path& strip, const Velorn::InputParameter& configuration,
                       double radius) {
-  const GridFile file(strip, configuration);
-  const auto places = file.world<point>("Positions").whole();
-  return spacingOf(*places, membersOf(cloudsOf(file, *places), Cloud::last), radius);
+  return withMemoryFor(strip.string(), [&] {
+    const GridFile file(strip, configuration);
+    const auto places = file.world<point>("Positions").whole();
+    return spacingOf(*places, membersOf(cloudsOf(file, *places), Cloud::last), radius);
+  });
 }
 
 }  // namespace Velorn::Flights

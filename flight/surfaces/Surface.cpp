@@ -3,14 +3,10 @@
 #include "flight/surfaces/Surface.h"
 
 #include <algorithm>
-#include <atomic>
-#include <exception>
 #include <limits>
-#include <mutex>
 #include <nanoflann.hpp>
 
-#include <omp.h>
-
+#include "flight/strips/ParallelLoop.h"
 #include "flight/surfaces/Tiles.h"
 
 namespace Velorn::Flights {
@@ -108,7 +104,10 @@ class TileSearch {
   std::vector<point> neighbours_;
 };
 
-/// The work on one cloud, shared among threads.
+/// Points between two looks at whether to go on: well below a second.
+constexpr std::size_t block = 20'000;
+
+/// The planes of one cloud.
 class CloudWork {
  public:
   CloudWork(std::span<const point> points, const Neighbourhood& neighbourhood, Surface& surface)
@@ -116,37 +115,22 @@ class CloudWork {
 
   /// @param before  points done before this cloud
   void run(const Tiles& tiles, std::size_t before, const std::function<void(std::size_t)>& tell) {
-    done_ = before;
-#pragma omp parallel for schedule(dynamic, 1)
-    for (std::size_t tile = 0; tile < tiles.size(); ++tile) {
-      try {
-        fit(tiles.own(tile), tiles.withHalo(tile), omp_get_thread_num() == 0 ? &tell : nullptr);
-      } catch (...) {
-        stop(std::current_exception());
+    ParallelLoop loop(tell, before);
+    loop.run(0, tiles.size(), 1, [&](std::size_t tile) {
+      const auto own = tiles.own(tile);
+      TileSearch search(points_, tiles.withHalo(tile), neighbourhood_);
+      bool goesOn = true;
+      for (std::size_t first = 0; first < own.size() && goesOn; first += block) {
+        const std::size_t end = std::min(first + block, own.size());
+        for (std::size_t i = first; i < end; ++i) {
+          keep(own[i], search.planeAbout(i), search.place(i));
+        }
+        goesOn = loop.doneBy(tile, end - first);
       }
-    }
-    if (fault_) std::rethrow_exception(fault_);
-    tell(done_);  // the calling thread may have had no tile
+    });
   }
 
  private:
-  /// Points between two looks at whether to go on: well below a second.
-  static constexpr std::size_t block = 20'000;
-
-  void fit(std::span<const std::uint32_t> own, std::span<const std::uint32_t> withHalo,
-           const std::function<void(std::size_t)>* tell) {
-    if (stopped_) return;
-    TileSearch search(points_, withHalo, neighbourhood_);
-    for (std::size_t first = 0; first < own.size() && !stopped_; first += block) {
-      const std::size_t end = std::min(first + block, own.size());
-      for (std::size_t i = first; i < end; ++i) {
-        keep(own[i], search.planeAbout(i), search.place(i));
-      }
-      done_ += end - first;
-      if (tell) (*tell)(done_);
-    }
-  }
-
   void keep(std::uint32_t number, const PlaneFit& plane, const point& place) {
     if (!plane.exists()) return;
     surface_.normals[number] = plane.normal;
@@ -154,19 +138,9 @@ class CloudWork {
     surface_.distance[number] = static_cast<float>(plane.distanceOf(place));
   }
 
-  void stop(const std::exception_ptr& fault) {
-    const std::lock_guard lock(mutex_);
-    if (!fault_) fault_ = fault;
-    stopped_ = true;
-  }
-
   std::span<const point> points_;
   const Neighbourhood& neighbourhood_;
   Surface& surface_;
-  std::atomic<std::size_t> done_ = 0;
-  std::atomic<bool> stopped_ = false;
-  std::mutex mutex_;
-  std::exception_ptr fault_;
 };
 
 }  // namespace
@@ -194,6 +168,7 @@ Surface surfaceOf(std::span<const point> points, std::span<const Cloud> clouds,
     const Tiles tiles(points, members, neighbourhood.radius);
     CloudWork(points, neighbourhood, surface).run(tiles, before, tell);
     before += members.size();
+    tell(before);  // the calling thread may have had no tile
   }
   return surface;
 }
