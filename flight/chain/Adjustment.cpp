@@ -15,7 +15,9 @@
 #include "flight/chain/CorrespondenceTimes.h"
 #include "flight/chain/RunRecording.h"
 #include "flight/matching/Match.h"
+#include "flight/matching/SolverMemory.h"
 #include "flight/records/RunFolder.h"
+#include "flight/strips/AvailableMemory.h"
 #include "flight/strips/OrFail.h"
 #include "flight/strips/OutputPlaces.h"
 #include "platform/geomra/Degree.h"
@@ -261,6 +263,7 @@ AdjustmentReport adjustedBy(const AdjustmentInput& input, const std::shared_ptr<
 
 AdjustmentReport adjust(const AdjustmentInput& input, const Watch& watch) {
   check(input);
+  requireSolverMemory(input.correspondences, availableMemory());
   const auto watcher = std::make_shared<Watcher>(watch);
   const auto& root = input.configuration.RootPath;
   makeFolder(root);

@@ -11,6 +11,8 @@
 #include "flight/chain/Rasterizing.h"
 #include "flight/chain/RoundWork.h"
 #include "flight/chain/RunRecording.h"
+#include "flight/matching/SolverMemory.h"
+#include "flight/strips/AvailableMemory.h"
 #include "flight/surfaces/Rasterize.h"
 #include <velorn/flight/Adjust.h>
 #include <velorn/flight/Error.h>
@@ -58,6 +60,7 @@ class Flight::Chain {
     report_.root = context_.folder.root();
     report_.strips = context_.strips;
     try {
+      requireMemory();
       RunRecording recording(context_.folder.root(), report_.steps, *context_.watcher);
       recording.during([&](RunState& state) {
         doSteps();
@@ -96,6 +99,16 @@ class Flight::Chain {
   }
 
  private:
+  /// Before anything is done.
+  void requireMemory() const {
+    if (!context_.does("+optimization")) return;
+    if (context_.does("+correspondences")) {
+      requireSolverMemory(settings().match, context_.strips.size(), availableMemory());
+    } else {
+      requireSolverMemory(context_.folder.blocks(), availableMemory());
+    }
+  }
+
   /// What the steps find is in the report also when a later one throws.
   void doSteps() {
     try {

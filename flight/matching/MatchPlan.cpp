@@ -13,7 +13,6 @@
 namespace Velorn::Flights {
 namespace {
 
-constexpr std::size_t defaultPerStrip = 10'000;
 constexpr std::size_t groundTruthShare = 10, enoughGroundTruth = 200;
 
 std::vector<std::filesystem::path> rastersOf(const Velorn::InputParameter& configuration,
@@ -72,13 +71,6 @@ void findKnown(const GroundTruth& groundTruth, double reach, MatchPlan& plan) {
   }
 }
 
-std::size_t allowed(const MatchOptions& options, std::size_t strips) {
-  if (options.maxCorrespondences > 0) return options.maxCorrespondences;
-  const std::size_t memory = availableMemory();
-  const std::size_t wanted = defaultPerStrip * strips;
-  return memory == 0 ? wanted : std::min(wanted, memory / 2 / bytesOfSolver);
-}
-
 void shareOut(MatchPlan& plan) {
   const std::size_t all = plan.maxCorrespondences;
   const std::size_t forKnown =
@@ -112,7 +104,7 @@ MatchPlan planOf(const Velorn::InputParameter& configuration, const Velorn::File
   MatchPlan plan;
   plan.strips = files.getStripFiles();
   plan.rasters = rastersOf(configuration, files);
-  plan.maxCorrespondences = allowed(options, plan.strips.size());
+  plan.maxCorrespondences = maxCorrespondencesOf(options, plan.strips.size());
   outline(configuration, plan);
   const double reach = std::max(configuration.SearchRadius, options.reach);
   findPairs(configuration, reach, plan);

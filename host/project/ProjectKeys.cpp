@@ -141,8 +141,7 @@ void addMatching(CLI::App& command, Velorn::Flights::FlightSettings& project) {
       ->capture_default_str();
   command
       .add_option("--max-correspondences", options.maxCorrespondences,
-                  "over all strips; 0: 10,000 per strip, as far as half of the free memory holds "
-                  "them at 3 kB each")
+                  "over all strips; 0: 10,000 per strip; the solver takes 3 kB for each")
       ->check(within(0, 1e12))
       ->group(matching)
       ->capture_default_str();
