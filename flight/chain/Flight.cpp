@@ -13,6 +13,7 @@
 #include "flight/chain/RunRecording.h"
 #include "flight/matching/SolverMemory.h"
 #include "flight/strips/AvailableMemory.h"
+#include "flight/strips/Threads.h"
 #include "flight/surfaces/Rasterize.h"
 #include <velorn/flight/Adjust.h>
 #include <velorn/flight/Error.h>
@@ -51,6 +52,7 @@ class Flight::Chain {
 
   /// Does some of the steps; the summary and the state of the root folder tell how it ended.
   void run(const std::vector<std::string>& steps) {
+    const LoopThreads threads(settings().threads);
     const auto all = settings().steps;
     context_.settings = withSteps(context_.settings, steps);
     begin_ = std::chrono::steady_clock::now();
@@ -85,6 +87,7 @@ class Flight::Chain {
           "georeference: this flight has no adjusted model yet; adjust() or run() makes one",
           Error::BadSettings);
     }
+    const LoopThreads threads(settings().threads);
     RunRecording recording(context_.folder.root(), "+adjustment", *context_.watcher);
     recording.during([&](RunState& state) {
       report_.georeferencing = georeferenceAll(context_, *model_, watch_);

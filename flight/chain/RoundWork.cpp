@@ -205,6 +205,8 @@ AdjustmentReport RoundWork::adjust(const Round& round) {
   input.configuration = run_.configuration();
   input.configuration.FileSuffix = suffixOf(round);
   input.settings = solverSettingsOf(run_.settings.model);
+  input.threads = run_.settings.threads;
+  input.repeatable = run_.settings.repeatable;
   if (round.isCoarse()) restrainToMisalignment(input);
   if (round.start) input.start = round.start->files;
   check(input);
