@@ -4,103 +4,46 @@
 
 #include <algorithm>
 #include <limits>
-#include <nanoflann.hpp>
 
 #include "flight/strips/ParallelLoop.h"
+#include "flight/surfaces/NeighbourTree.h"
 #include "flight/surfaces/Tiles.h"
 
 namespace Velorn::Flights {
 namespace {
 
-/// The points of a tile, in the order of its tree's interface.
-struct TileCloud {
+std::vector<point> placesOf(std::span<const point> points, std::span<const std::uint32_t> numbers) {
   std::vector<point> places;
-
-  std::size_t kdtree_get_point_count() const { return places.size(); }
-  double kdtree_get_pt(std::uint32_t i, int axis) const {
-    const point& place = places[i];
-    return axis == 0 ? place.x : axis == 1 ? place.y : place.z;
-  }
-  template <typename Box>
-  bool kdtree_get_bbox(Box& /*box*/) const {
-    return false;
-  }
-};
-
-using Metric = nanoflann::L2_Simple_Adaptor<double, TileCloud>;
-using Tree = nanoflann::KDTreeSingleIndexAdaptor<Metric, TileCloud, 3, std::uint32_t>;
-
-/// The nearest points within a radius, as the tree's search fills it.
-class Nearest {
- public:
-  Nearest(std::size_t most, double radius)
-      : squares_(most), numbers_(most), limit_(std::nextafter(radius * radius, 1e300)) {}
-
-  void clear() { count_ = 0, worst_ = limit_; }
-
-  /// A search is over when all neighbours are at the very place: else each of a million points at
-  /// one place would look at all of them.
-  double worstDist() const { return worst_ > 0.0 ? worst_ : -1.0; }
-
-  bool addPoint(double square, std::uint32_t number) {
-    if (square >= worst_) return true;  // the search looks at the worst once per leaf
-    if (count_ < squares_.size()) ++count_;
-    std::size_t i = count_ - 1;
-    for (; i > 0 && squares_[i - 1] > square; --i) {
-      squares_[i] = squares_[i - 1];
-      numbers_[i] = numbers_[i - 1];
-    }
-    squares_[i] = square;
-    numbers_[i] = number;
-    if (count_ == squares_.size()) worst_ = squares_.back();
-    return true;
-  }
-
-  bool full() const { return true; }
-  std::span<const std::uint32_t> numbers() const { return std::span(numbers_).first(count_); }
-
- private:
-  std::vector<double> squares_;  // of the distances, ascending
-  std::vector<std::uint32_t> numbers_;
-  double limit_;
-  double worst_ = limit_;
-  std::size_t count_ = 0;
-};
+  places.reserve(numbers.size());
+  for (const std::uint32_t number : numbers) places.push_back(points[number]);
+  return places;
+}
 
 /// A tile's points and their tree.
 class TileSearch {
  public:
   TileSearch(std::span<const point> points, std::span<const std::uint32_t> numbers,
              const Neighbourhood& neighbourhood)
-      : cloud_(cloudOf(points, numbers)),
-        tree_(3, cloud_, nanoflann::KDTreeSingleIndexAdaptorParams(leafSize)),
-        nearest_(neighbourhood.points, neighbourhood.radius) {}
+      : places_(placesOf(points, numbers)),
+        tree_(places_),
+        radius_(neighbourhood.radius),
+        room_(neighbourhood.points) {}
 
-  const point& place(std::size_t i) const { return cloud_.places[i]; }
+  const point& place(std::size_t i) const { return places_[i]; }
 
   PlaneFit planeAbout(std::size_t i) {
-    nearest_.clear();
-    tree_.findNeighbors(nearest_, &cloud_.places[i].x, nanoflann::SearchParams());
+    Neighbours nearest(room_, radius_);
+    tree_.search(places_[i], nearest);
     neighbours_.clear();
-    for (const std::uint32_t number : nearest_.numbers()) {
-      neighbours_.push_back(cloud_.places[number]);
-    }
+    for (const Neighbour& one : nearest.found()) neighbours_.push_back(places_[one.number]);
     return planeThrough(neighbours_);
   }
 
  private:
-  static constexpr std::size_t leafSize = 10;
-
-  static TileCloud cloudOf(std::span<const point> points, std::span<const std::uint32_t> numbers) {
-    TileCloud cloud;
-    cloud.places.reserve(numbers.size());
-    for (const std::uint32_t number : numbers) cloud.places.push_back(points[number]);
-    return cloud;
-  }
-
-  TileCloud cloud_;
-  Tree tree_;
-  Nearest nearest_;
+  std::vector<point> places_;
+  NeighbourTree tree_;
+  double radius_;
+  std::vector<Neighbour> room_;
   std::vector<point> neighbours_;
 };
 
