@@ -52,11 +52,12 @@ class Neighbours {
     std::size_t k = size_ - 1;
     for (; k > 0 && room_[k - 1].square > neighbour.square; --k) room_[k] = room_[k - 1];
     room_[k] = neighbour;
+    if (size_ == room_.size()) limit_ = room_.back().square;
   }
   /// What is to be added must be wanted.
   bool isWanted(std::uint32_t number) const { return !wanted_ || (*wanted_)(number); }
   /// A point that is to be added must be nearer [m²].
-  double limit() const { return size_ < room_.size() ? limit_ : room_.back().square; }
+  double limit() const { return limit_; }
 
  private:
   std::span<Neighbour> room_;
