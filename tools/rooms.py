@@ -61,7 +61,7 @@ floor("adjustment", "libvelorn", "from correspondences to corrections and georef
      "config model trajectory correspondence georef statistics"),
 ])
 floor("flight", "libvelorn_flight", "from a user's files to adjusted files", ["platform", "adjustment"], [
-    ("strips", "containers as columns of points, names of blocks, where files go", ""),
+    ("strips", "containers as columns of points, names of blocks, where files go; loops on all threads", ""),
     ("settings", "what a user can set: names, bounds, defaults", "strips"),
     ("formats", "LAS, SBET, text trajectories and control, read and written; alone knows GDAL", "strips"),
     ("simulation", "the synthetic flight, every error of which is known", "strips formats"),

@@ -114,7 +114,7 @@ std::string scanner2world(const SolverParameters& parameters, const Trajectory& 
     const StripModel model(parameters, trajectory, weekNumber, stripId, interpolationFlag);
     std::atomic<int> code = 0;
     inStaticBlocks(scannerPoints.size(), [&](std::size_t first, std::size_t end) {
-      PointWalk walk(model, scannerPoints, gpsTimes);
+      PointWalk walk(model, scannerPoints, gpsTimes, first);
       for (std::size_t i = first; i < end; ++i) {
         const auto result = walk.georeference(i);
         worldPoints[i] = result.world;

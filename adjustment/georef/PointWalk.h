@@ -16,12 +16,21 @@ namespace Velorn {
 class PointWalk {
  public:
   /// All three must live as long as the walk.
+  /// @param first  number of the measurement that the walk begins with; it has the model that a
+  ///               walk from the strip's beginning would come with, whoever went there
   PointWalk(const StripModel& model, const std::vector<Geomra::PhysicalSpace::point>& scannerPoints,
-            const std::vector<double>& gpsTimes)
+            const std::vector<double>& gpsTimes, std::size_t first)
       : model_(model),
         scannerPoints_(scannerPoints),
         gpsTimes_(gpsTimes),
-        projection_(projectionOf(model.zone())) {}
+        projection_(projectionOf(model.zone())) {
+    for (std::size_t k = first; k-- > 0;) {
+      const auto found = worthwhileInterval(k);
+      if (!found) continue;
+      interval_ = IntervalModel::of(*found, model_.mounting(), projection_);
+      return;
+    }
+  }
 
   // The interval's model points to the projection.
   PointWalk(const PointWalk&) = delete;

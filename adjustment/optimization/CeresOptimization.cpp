@@ -7,6 +7,7 @@
 
 #include "adjustment/optimization/AdjustmentProblem.h"
 #include "adjustment/optimization/CorrespondenceFolder.h"
+#include "adjustment/optimization/InnerOrdering.h"
 #include "adjustment/optimization/SectionReport.h"
 #include "platform/morvane/Console.h"
 #include <velorn/CeresOptimization.h>
@@ -105,6 +106,7 @@ std::string CeresOptimization::solve(const std::vector<unsigned>& correspondence
   Cancellation cancellation(settings.isCancelled);
   auto options = solverOptions(inputParameter);
   options.callbacks = {&cancellation};
+  options.inner_iteration_ordering = innerOrderingOf(problem);
   ceres::Solver::Summary summary;
   if (cancellation.isAsked()) {
     summary.termination_type = ceres::USER_FAILURE;

@@ -9,15 +9,17 @@
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <omp.h>
 #include <unistd.h>
 
 #include "flight/chain/CorrespondenceTimes.h"
 #include "flight/chain/RunRecording.h"
 #include "flight/matching/Match.h"
+#include "flight/matching/SolverMemory.h"
 #include "flight/records/RunFolder.h"
+#include "flight/strips/AvailableMemory.h"
 #include "flight/strips/OrFail.h"
 #include "flight/strips/OutputPlaces.h"
+#include "flight/strips/Threads.h"
 #include "platform/geomra/Degree.h"
 #include "platform/plome/StringList.h"
 #include <velorn/FileContainer.h>
@@ -59,20 +61,6 @@ Velorn::FileContainer listOfFiles(const AdjustmentInput& input) {
                    fmt::format("{}", fmt::join(trajectories, ","))));
   return files;
 }
-
-/// Gives the solver all cores, and one thread at least, for one scope.
-class SolverThreads {
- public:
-  SolverThreads() : before_(omp_get_max_threads()) {
-    omp_set_num_threads(std::max(2, omp_get_num_procs() + 1));
-  }
-  ~SolverThreads() { omp_set_num_threads(before_); }
-  SolverThreads(const SolverThreads&) = delete;
-  SolverThreads& operator=(const SolverThreads&) = delete;
-
- private:
-  int before_;
-};
 
 /// Of a run that did not come to the solver; says what the check's own words do not.
 Error refusal(const std::string& fault, const AdjustmentInput& input,
@@ -197,8 +185,10 @@ class Adjustment {
     orFail(readBack.restore(model.sections, model.parameters, model.stripIds), Error::NoSpace);
   }
 
-  static std::string solve(Velorn::CeresOptimization& optimization) {
-    const SolverThreads threads;
+  /// The library leaves one thread to the host.
+  std::string solve(Velorn::CeresOptimization& optimization) const {
+    const int threads = input_.repeatable ? 1 : LoopThreads::numberOf(input_.threads);
+    const LoopThreads andOne(static_cast<unsigned int>(threads) + 1);
     return optimization.run();
   }
 
@@ -263,6 +253,8 @@ Adjusted adjustedBy(const AdjustmentInput& input, const Velorn::Trajectory& traj
 
 AdjustmentReport adjust(const AdjustmentInput& input, const Watch& watch) {
   check(input);
+  requireSolverMemory(input.correspondences, availableMemory());
+  const LoopThreads threads(input.threads);
   const auto watcher = std::make_shared<Watcher>(watch);
   const auto& root = input.configuration.RootPath;
   makeFolder(root);

@@ -11,6 +11,9 @@
 #include "flight/chain/Rasterizing.h"
 #include "flight/chain/RoundWork.h"
 #include "flight/chain/RunRecording.h"
+#include "flight/matching/SolverMemory.h"
+#include "flight/strips/AvailableMemory.h"
+#include "flight/strips/Threads.h"
 #include "flight/surfaces/Rasterize.h"
 #include <velorn/flight/Adjust.h>
 #include <velorn/flight/Error.h>
@@ -49,6 +52,7 @@ class Flight::Chain {
 
   /// Does some of the steps; the summary and the state of the root folder tell how it ended.
   void run(const std::vector<std::string>& steps) {
+    const LoopThreads threads(settings().threads);
     const auto all = settings().steps;
     context_.settings = withSteps(context_.settings, steps);
     begin_ = std::chrono::steady_clock::now();
@@ -58,6 +62,7 @@ class Flight::Chain {
     report_.root = context_.folder.root();
     report_.strips = context_.strips;
     try {
+      requireMemory();
       RunRecording recording(context_.folder.root(), report_.steps, *context_.watcher);
       recording.during([&](RunState& state) {
         doSteps();
@@ -82,6 +87,7 @@ class Flight::Chain {
           "georeference: this flight has no adjusted model yet; adjust() or run() makes one",
           Error::BadSettings);
     }
+    const LoopThreads threads(settings().threads);
     RunRecording recording(context_.folder.root(), "+adjustment", *context_.watcher);
     recording.during([&](RunState& state) {
       report_.georeferencing = georeferenceAll(context_, *model_, watch_);
@@ -96,6 +102,16 @@ class Flight::Chain {
   }
 
  private:
+  /// Before anything is done.
+  void requireMemory() const {
+    if (!context_.does("+optimization")) return;
+    if (context_.does("+correspondences")) {
+      requireSolverMemory(settings().match, context_.strips.size(), availableMemory());
+    } else {
+      requireSolverMemory(context_.folder.blocks(), availableMemory());
+    }
+  }
+
   /// What the steps find is in the report also when a later one throws.
   void doSteps() {
     try {

@@ -12,7 +12,6 @@
 #include "flight/chain/RoundStrips.h"
 #include "flight/chain/StepSettings.h"
 #include "flight/matching/Match.h"
-#include "flight/matching/SolverMemory.h"
 #include "flight/strips/OrFail.h"
 
 namespace Velorn::Flights {
@@ -67,19 +66,6 @@ void restrainToMisalignment(AdjustmentInput& input) {
   for (std::size_t strip = 0; strip < input.strips.size(); ++strip) {
     locked.insert(locked.end(), static_cast<int>(strip));
   }
-}
-
-/// A correspondence takes some 220 bytes of a block.
-void warnOfMemory(const RunContext& run, const std::vector<fs::path>& blocks) {
-  std::uintmax_t bytes = 0;
-  for (const auto& block : blocks) bytes += fs::file_size(block);
-  const double needed = static_cast<double>(bytes) / 220.0 * bytesOfSolver;
-  const auto free = static_cast<double>(availableMemory());
-  if (free == 0.0 || needed < free) return;
-  run.tell(
-      fmt::format("warning: the solver may need {:.1f} GB, {:.1f} GB are free; "
-                  "--max-correspondences takes fewer",
-                  needed / 1e9, free / 1e9));
 }
 
 /// A coarse round locks all strips; its lists would tell a user that none can be adjusted.
@@ -218,9 +204,10 @@ AdjustmentReport RoundWork::adjust(const Round& round) {
   input.configuration = run_.configuration();
   input.configuration.FileSuffix = suffixOf(round);
   input.settings = solverSettingsOf(run_.settings.model);
+  input.threads = run_.settings.threads;
+  input.repeatable = run_.settings.repeatable;
   if (round.isCoarse()) restrainToMisalignment(input);
   if (round.start) input.start = round.start->files;
-  warnOfMemory(run_, blocks);
   check(input);
   const FilesAtRest atRest(blocks);
   if (run_.does("+correspondences")) matchRecord(round).requireOutputs(blocks, "match again");

@@ -2,9 +2,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "flight/chain/RunContext.h"
 
+#include <algorithm>
+
 #include "flight/chain/Inputs.h"
 #include "flight/chain/Rasterizing.h"
 #include "flight/matching/SolverMemory.h"
+#include "flight/strips/AvailableMemory.h"
 #include "flight/strips/OrFail.h"
 #include <velorn/flight/Containers.h>
 
@@ -50,10 +53,13 @@ SurfaceStore storeOf(const RunContext& run) {
   return {files, run.folder.rasterOf(run.groundTruth), run.configuration(), run.memory};
 }
 
+/// Half of what is free, and never what the solver is going to take.
 std::size_t memoryOf(const FlightSettings& settings) {
   constexpr double gigabyte = 1e9;
   if (settings.memory > 0.0) return static_cast<std::size_t>(settings.memory * gigabyte);
-  return availableMemory() / 2;
+  const auto free = availableMemory().value_or(0);
+  const auto solver = bytesOfSolver * maxCorrespondencesOf(settings.match, settings.strips.size());
+  return std::min(free / 2, free - std::min<std::size_t>(free, solver));
 }
 
 }  // namespace

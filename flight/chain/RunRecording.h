@@ -9,6 +9,7 @@
 
 #include "flight/records/FolderLock.h"
 #include "flight/records/RunState.h"
+#include "flight/strips/EnoughMemory.h"
 #include "flight/strips/Watcher.h"
 
 namespace Velorn::Flights {
@@ -28,7 +29,7 @@ class RunRecording {
   auto during(const Work& work) {
     try {
       state_.phase = RunState::Phase::finished;
-      auto result = work(state_);
+      auto result = withMemoryFor(root_.string(), [&] { return work(state_); });
       state_.write(root_);
       return result;
     } catch (const Error& error) {

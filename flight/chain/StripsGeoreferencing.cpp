@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "flight/strips/AdjustedName.h"
+#include "flight/strips/EnoughMemory.h"
 #include "flight/strips/OrFail.h"
 #include "flight/strips/OutputPlaces.h"
 #include "platform/strandel/Bundle.h"
@@ -104,9 +105,11 @@ GeoreferencingReport georeferencedBy(const GeoreferencingInput& input, const Tra
     }
     watcher.report("georeferencing", report.strips, places.size());
     report.points += pointsOf(strip);
-    const std::string message = Velorn::scanner2world(
-        parameters, trajectory, strip, static_cast<unsigned>(place), input.outputFolder.string(),
-        input.inverse, input.compress ? 1 : 0, input.reportEarlyTimes);
+    const std::string message = withMemoryFor(strip, [&] {
+      return Velorn::scanner2world(parameters, trajectory, strip, static_cast<unsigned>(place),
+                                   input.outputFolder.string(), input.inverse,
+                                   input.compress ? 1 : 0, input.reportEarlyTimes);
+    });
     ++report.strips;
     if (message.empty()) continue;
     watcher.tell(strip + ": " + withoutLineFeed(message));

@@ -13,6 +13,7 @@
 #include "flight/records/FinishedRun.h"
 #include "flight/records/RunFolder.h"
 #include "flight/strips/AdjustedName.h"
+#include "flight/strips/EnoughMemory.h"
 #include "flight/strips/GridFile.h"
 #include "flight/strips/OrFail.h"
 #include "flight/strips/Watcher.h"
@@ -211,7 +212,9 @@ namespace Velorn::Flights {
 ComparisonReport compare(const std::filesystem::path& truth, const std::filesystem::path& result,
                          const std::filesystem::path& adjusted, const Watch& watch) {
   Watcher watcher(watch);
-  return Comparison::compared(Comparison::readTruth(truth), {result, adjusted}, watcher);
+  return withMemoryFor(truth.string(), [&] {
+    return Comparison::compared(Comparison::readTruth(truth), {result, adjusted}, watcher);
+  });
 }
 
 }  // namespace Velorn::Flights

@@ -2,11 +2,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "flight/comparison/TrueWorld.h"
 
-#include <cstdint>
-
 #include <fmt/format.h>
 
 #include "flight/simulation/SensorChain.h"
+#include "flight/strips/ParallelLoop.h"
 #include "platform/tessaly/PolarCoordinates.h"
 #include <velorn/flight/Error.h>
 
@@ -40,17 +39,14 @@ Points trueWorld(const Truth& truth, const Velorn::Trajectory& trajectory, std::
   const TrueStrip& known = truth.strips.at(strip);
   checkTimes(known, trajectory, truth.week, times);
   const auto projection = trajectory.getMercator();
-  const auto number = static_cast<std::int64_t>(scanner.size());
   Points world(scanner.size());
-#pragma omp parallel for schedule(static)
-  for (std::int64_t k = 0; k < number; ++k) {
-    const auto i = static_cast<std::size_t>(k);
+  forEachInParallel(0, scanner.size(), 1024, [&](std::size_t i) {
     Simulation::Pose pose;
     trajectory.interpolateTrajectory(times[i], truth.week, pose.position, pose.attitude, false);
     const Simulation::Beams beams(known.errors.added(pose, times[i], 1.0), truth.real.misalignment,
                                   truth.real.leverArm, projection);
     world[i] = beams.world(corrected(scanner[i], truth.real));
-  }
+  });
   return world;
 }
 

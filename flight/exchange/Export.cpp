@@ -10,6 +10,7 @@
 #include "flight/exchange/MountingFile.h"
 #include "flight/formats/TrajectoryExport.h"
 #include "flight/records/FinishedRun.h"
+#include "flight/strips/EnoughMemory.h"
 #include "flight/strips/OrFail.h"
 #include "flight/strips/OutputPlaces.h"
 #include "flight/strips/Watcher.h"
@@ -166,9 +167,11 @@ void completeFrom(const FinishedRun& run, ExportSettings& settings) {
 
 ExportReport exportFlight(const ExportSettings& settings, const Watch& watch) {
   Watcher watcher(watch);
-  ExportSettings completed = settings;
-  if (!settings.root.empty()) completeFrom(FinishedRun(settings.root), completed);
-  return FlightExport(completed, watcher).run();
+  return withMemoryFor(settings.output.string(), [&] {
+    ExportSettings completed = settings;
+    if (!settings.root.empty()) completeFrom(FinishedRun(settings.root), completed);
+    return FlightExport(completed, watcher).run();
+  });
 }
 
 }  // namespace Velorn::Flights

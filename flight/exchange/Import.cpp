@@ -12,6 +12,7 @@
 #include "flight/exchange/StripsFromLas.h"
 #include "flight/formats/ControlFile.h"
 #include "flight/formats/PoseOrder.h"
+#include "flight/strips/EnoughMemory.h"
 #include "flight/strips/OrFail.h"
 #include "flight/strips/OutputPlaces.h"
 #include "flight/strips/Watcher.h"
@@ -164,7 +165,7 @@ class FlightImport {
     orFail(trajectory.importTrajectory());
     for (std::size_t k = 0; k < files_.size(); ++k) {
       progress_.report("importing", k, files_.size());
-      import(files_[k], trajectory);
+      withMemoryFor(files_[k].file.string(), [&] { import(files_[k], trajectory); });
     }
     fs::remove(mark);
     return report_;
@@ -247,7 +248,8 @@ void checkImport(const ImportSettings& options) {
 ImportReport importFlight(const ImportSettings& settings, const Watch& watch) {
   checkImport(settings);
   Watcher watcher(watch);
-  return FlightImport(settings, watcher).run();
+  return withMemoryFor(settings.output.string(),
+                       [&] { return FlightImport(settings, watcher).run(); });
 }
 
 }  // namespace Velorn::Flights

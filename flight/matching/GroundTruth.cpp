@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "flight/matching/Rejection.h"
-#include "flight/surfaces/SearchLoop.h"
+#include "flight/strips/ParallelLoop.h"
 
 namespace Velorn::Flights {
 namespace {

@@ -15,6 +15,7 @@
 #include "flight/matching/PairSearch.h"
 #include "flight/matching/Rejection.h"
 #include "flight/matching/Thinning.h"
+#include "flight/strips/EnoughMemory.h"
 #include "flight/surfaces/SearchPlaces.h"
 #include "platform/geomra/Degree.h"
 #include <velorn/flight/Error.h>
@@ -94,7 +95,9 @@ class Matcher {
         total_(plan.candidates()) {}
 
   MatchReport run() {
-    for (std::uint32_t j = 0; j < surfaces_.size(); ++j) matchStrip(j);
+    for (std::uint32_t j = 0; j < surfaces_.size(); ++j) {
+      withMemoryFor(surfaces_.files(j).planar.string(), [&] { matchStrip(j); });
+    }
     std::sort(report_.pairs.begin(), report_.pairs.end(), [](const auto& a, const auto& b) {
       return std::tie(a.isGroundTruth, a.i, a.j) < std::tie(b.isGroundTruth, b.i, b.j);
     });

@@ -13,7 +13,6 @@
 namespace Velorn::Flights {
 namespace {
 
-constexpr std::size_t defaultPerStrip = 10'000;
 constexpr std::size_t groundTruthShare = 10, enoughGroundTruth = 200;
 
 bool takesAll(const point&) {
@@ -55,13 +54,6 @@ void findKnown(const GroundTruth& groundTruth, double reach, MatchPlan& plan) {
   }
 }
 
-std::size_t allowed(const MatchOptions& options, std::size_t strips) {
-  if (options.maxCorrespondences > 0) return options.maxCorrespondences;
-  const std::size_t memory = availableMemory();
-  const std::size_t wanted = defaultPerStrip * strips;
-  return memory == 0 ? wanted : std::min(wanted, memory / 2 / bytesOfSolver);
-}
-
 void shareOut(MatchPlan& plan) {
   const std::size_t all = plan.maxCorrespondences;
   const std::size_t forKnown =
@@ -86,7 +78,7 @@ std::size_t MatchPlan::candidates() const {
 MatchPlan planOf(const Velorn::InputParameter& configuration, SurfaceStore& surfaces,
                  const MatchOptions& options, const GroundTruth& groundTruth) {
   MatchPlan plan;
-  plan.maxCorrespondences = allowed(options, surfaces.size());
+  plan.maxCorrespondences = maxCorrespondencesOf(options, surfaces.size());
   outline(surfaces, plan);
   const double reach = std::max(configuration.SearchRadius, options.reach);
   findPairs(surfaces, reach, plan);

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <tuple>
 
-#include "flight/surfaces/SearchLoop.h"
+#include "flight/strips/ParallelLoop.h"
 
 namespace Velorn::Flights {
 namespace {

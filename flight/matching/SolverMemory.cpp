@@ -2,21 +2,65 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "flight/matching/SolverMemory.h"
 
-#include <fstream>
-#include <limits>
+#include <algorithm>
 #include <string>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "flight/strips/BlockName.h"
+#include <velorn/flight/Error.h>
 
 namespace Velorn::Flights {
+namespace {
 
-std::size_t availableMemory() {
-  std::ifstream file("/proc/meminfo");
-  std::string word;
-  while (file >> word) {
-    std::size_t kibibytes = 0;
-    if (word == "MemAvailable:" && file >> kibibytes) return kibibytes * 1024;
-    file.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+constexpr std::size_t defaultPerStrip = 10'000;
+constexpr std::uintmax_t bytesOfBlock = 10'288, bytesOfRecord = 210;  // of files, as measured
+
+double gigabytes(std::uint64_t number, std::size_t bytesOfEach = 1) {
+  return static_cast<double>(number) * static_cast<double>(bytesOfEach) / 1e9;
+}
+
+void require(const std::string& which, std::size_t correspondences, const std::string& remedy,
+             std::optional<std::uint64_t> available) {
+  if (!available || correspondences <= *available / bytesOfSolver) return;
+  throw Error(fmt::format("{}: the solver takes some {:.2f} GB for {} correspondences, and {:.2f} "
+                          "GB are free; {}max-correspondences {} fits",
+                          which, gigabytes(correspondences, bytesOfSolver), correspondences,
+                          gigabytes(*available), remedy, *available / bytesOfSolver),
+              Error::BadSettings);
+}
+
+}  // namespace
+
+std::size_t maxCorrespondencesOf(const MatchSettings& settings, std::size_t strips) {
+  return settings.maxCorrespondences > 0 ? settings.maxCorrespondences : defaultPerStrip * strips;
+}
+
+void requireSolverMemory(const MatchSettings& settings, std::size_t strips,
+                         std::optional<std::uint64_t> available) {
+  const std::size_t all = maxCorrespondencesOf(settings, strips);
+  const std::string which = settings.maxCorrespondences > 0
+                                ? fmt::format("max-correspondences {}", all)
+                                : fmt::format(
+                                      "max-correspondences 0, which is {} for each of {} "
+                                      "strips",
+                                      defaultPerStrip, strips);
+  require(which, all, "", available);
+}
+
+void requireSolverMemory(const std::filesystem::path& blocks,
+                         std::optional<std::uint64_t> available) {
+  std::uintmax_t records = 0;
+  std::error_code fault;
+  std::filesystem::directory_iterator entries(blocks, fault);
+  for (; !fault && entries != std::filesystem::directory_iterator(); entries.increment(fault)) {
+    std::error_code gone;
+    const std::uintmax_t bytes = entries->file_size(gone);
+    if (gone || !blockNameIn(entries->path().filename().string())) continue;
+    records += (std::max(bytes, bytesOfBlock) - bytesOfBlock) / bytesOfRecord;
   }
-  return 0;
+  require(blocks.string(), records, "match again: ", available);
 }
 
 }  // namespace Velorn::Flights

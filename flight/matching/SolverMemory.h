@@ -1,18 +1,34 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// How many correspondences an adjustment has room for.
+// How many correspondences there are at most, and whether an adjustment has room for them. Their
+// number is a setting, and never what happens to be free.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+
+#include <velorn/flight/Settings.h>
 
 namespace Velorn::Flights {
 
 /// What the solver holds at its peak, per correspondence.
 inline constexpr std::size_t bytesOfSolver = 3000;
 
-/// Bytes that a new program could have without swapping, as the system says; 0 when it does not
-/// say.
-std::size_t availableMemory();
+/// @param strips  number of strips
+std::size_t maxCorrespondencesOf(const MatchSettings& settings, std::size_t strips);
+
+/// @param available  [byte]; nothing: not known, all is well
+/// @throws Error of BadSettings, with the number that fits
+void requireSolverMemory(const MatchSettings& settings, std::size_t strips,
+                         std::optional<std::uint64_t> available);
+
+/// The same for blocks that are there already; their correspondences are counted by the files'
+/// sizes.
+/// @param blocks  their folder, which is named then
+void requireSolverMemory(const std::filesystem::path& blocks,
+                         std::optional<std::uint64_t> available);
 
 }  // namespace Velorn::Flights

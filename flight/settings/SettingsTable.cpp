@@ -186,8 +186,8 @@ std::vector<Setting> ofMatching() {
        }},
       {.name = "max-correspondences",
        .group = matching,
-       .sentence = "correspondences of all strips; 0: 10,000 per strip, as far as half of the free "
-                   "memory holds them at 3 kB each",
+       .sentence = "correspondences of all strips, at most; 0: 10,000 per strip; the solver takes "
+                   "3 kB for each",
        .high = 1e12,
        .steps = {Match},
        .place = [](FlightSettings& all) -> SettingPlace { return &all.match.maxCorrespondences; }},

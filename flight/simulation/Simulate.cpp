@@ -10,7 +10,9 @@
 #include "flight/simulation/OutputFolder.h"
 #include "flight/simulation/Survey.h"
 #include "flight/simulation/TruthFile.h"
+#include "flight/strips/EnoughMemory.h"
 #include "flight/strips/OrFail.h"
+#include "flight/strips/ParallelLoop.h"
 #include "flight/strips/Surfaces.h"
 #include "flight/strips/Watcher.h"
 #include "platform/geomra/Degree.h"
@@ -92,7 +94,9 @@ class SimulatedFlight {
     Flights::saveTrajectory(file, trajectoryColumns(delivered_, nominal_, options_.epsg));
   }
 
-  std::vector<Echo> scan(std::size_t strip) const { return survey_.scan(strip); }
+  std::vector<Echo> scan(std::size_t strip, const std::function<void()>& ask) const {
+    return survey_.scan(strip, ask);
+  }
   DeliveredPoint deliver(const Echo& echo) const;
 
   /// Writes a strip and where its points truly fell.
@@ -149,12 +153,11 @@ DeliveredPoint SimulatedFlight::deliver(const Echo& echo) const {
 void SimulatedFlight::georeference(const std::vector<Echo>& echoes, StripColumns& columns) const {
   columns.world.resize(echoes.size());
   columns.directions.resize(echoes.size());
-#pragma omp parallel for schedule(static)
-  for (std::size_t i = 0; i < echoes.size(); ++i) {
+  forEachInParallel(0, echoes.size(), 1024, [&](std::size_t i) {
     const auto delivered = deliver(echoes[i]);
     columns.world[i] = delivered.world;
     columns.directions[i] = delivered.direction;
-  }
+  });
 }
 
 SurfaceColumns SimulatedFlight::surfacesOf(const std::vector<Echo>& echoes) {
@@ -170,16 +173,8 @@ void writeText(const std::filesystem::path& file, const std::string& text) {
   orFail(Plome::replaceFile(file, text), Error::NoSpace);
 }
 
-}  // namespace
-}  // namespace Velorn::Flights::Simulation
-
-namespace Velorn::Flights {
-
-SimulationReport simulate(const std::filesystem::path& folder, const SimulationSettings& options,
-                          bool overwrite, const Watch& watch) {
-  using namespace Simulation;
-  check(options);
-  Watcher watcher(watch);
+SimulationReport written(const std::filesystem::path& folder, const SimulationSettings& options,
+                         bool overwrite, Watcher& watcher) {
   const SimulatedFlight flight(options);
   const auto patches = flight.control();
   OutputFolder out(folder, overwrite);
@@ -192,7 +187,7 @@ SimulationReport simulate(const std::filesystem::path& folder, const SimulationS
   std::vector<std::vector<Echo>> echoes;
   for (std::size_t i = 0; i < flight.strips(); ++i) {
     watcher.report("simulating", i, flight.strips());
-    auto measured = flight.scan(i);
+    auto measured = flight.scan(i, [&] { watcher.goOn("simulating"); });
     strips.push_back(flight.saveStrip(i, measured, out.strip(i), out.planesOfStrip(i)));
     if (options.correspondences > 0) echoes.push_back(std::move(measured));
     summary.points += strips.back().points;
@@ -208,6 +203,19 @@ SimulationReport simulate(const std::filesystem::path& folder, const SimulationS
   writeText(out.truth(), flight.truthText(strips));
   summary.files = out.numberOfFiles();
   return summary;
+}
+
+}  // namespace
+}  // namespace Velorn::Flights::Simulation
+
+namespace Velorn::Flights {
+
+SimulationReport simulate(const std::filesystem::path& folder, const SimulationSettings& options,
+                          bool overwrite, const Watch& watch) {
+  Simulation::check(options);
+  Watcher watcher(watch);
+  return withMemoryFor(folder.string(),
+                       [&] { return Simulation::written(folder, options, overwrite, watcher); });
 }
 
 }  // namespace Velorn::Flights

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "flight/simulation/Random.h"
+#include "flight/strips/ParallelLoop.h"
 #include "platform/geomra/Degree.h"
 #include "platform/tessaly/PolarCoordinates.h"
 #include <velorn/flight/Error.h>
@@ -121,7 +122,7 @@ double Survey::firstTime(std::size_t strip) const {
   throw Error(fmt::format("strip {}: none of its {} pulses meets the ground", strip + 1, pulses));
 }
 
-std::vector<Echo> Survey::scan(std::size_t strip) const {
+std::vector<Echo> Survey::scan(std::size_t strip, const std::function<void()>& ask) const {
   constexpr std::size_t block = 1 << 20;  // pulses whose results are held twice
   const std::size_t pulses = scanner_.pulsesIn(plan_.strips()[strip]);
   std::vector<Echo> echoes;
@@ -129,8 +130,9 @@ std::vector<Echo> Survey::scan(std::size_t strip) const {
   std::vector<std::optional<Echo>> results;
   for (std::size_t first = 0; first < pulses; first += block) {
     results.assign(std::min(block, pulses - first), std::nullopt);
-#pragma omp parallel for schedule(static)
-    for (std::size_t i = 0; i < results.size(); ++i) results[i] = measure(strip, first + i);
+    forEachInChunks(
+        results.size(), [&](std::size_t /*done*/) { ask(); },
+        [&](std::size_t i) { results[i] = measure(strip, first + i); });
     for (const auto& echo : results) {
       if (echo) echoes.push_back(*echo);
     }

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -36,7 +37,8 @@ class Survey {
   double firstTime(std::size_t strip) const;
 
   /// All measurements of a strip in order of time; the same for any number of threads.
-  std::vector<Echo> scan(std::size_t strip) const;
+  /// @param ask  called now and then on the calling thread; what it throws ends the work
+  std::vector<Echo> scan(std::size_t strip, const std::function<void()>& ask) const;
 
  private:
   std::optional<Echo> measure(std::size_t strip, std::size_t number) const;

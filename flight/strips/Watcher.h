@@ -25,8 +25,13 @@ class Watcher final : public Kestrum::LoaderProgress {
 
   /// @throws Error of Interrupted when the caller has cancelled
   void report(const std::string& text, std::size_t current, std::size_t total) override {
-    if (isCancelled()) throw Error("cancelled while " + text, Error::Interrupted);
+    goOn(text);
     if (watch_.progress) watch_.progress(text, current, total);
+  }
+
+  /// The same without a report.
+  void goOn(const std::string& text) const {
+    if (isCancelled()) throw Error("cancelled while " + text, Error::Interrupted);
   }
 
   void tell(const std::string& line) const {

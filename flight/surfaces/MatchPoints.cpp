@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "flight/surfaces/SearchLoop.h"
+#include "flight/strips/ParallelLoop.h"
 #include "platform/morvane/Console.h"
 
 namespace Velorn::Flights {

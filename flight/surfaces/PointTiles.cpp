@@ -3,45 +3,14 @@
 #include "flight/surfaces/PointTiles.h"
 
 #include <algorithm>
-#include <nanoflann.hpp>
+#include <cmath>
 
-#include "flight/surfaces/SearchLoop.h"
+#include "flight/strips/ParallelLoop.h"
 
 namespace Velorn::Flights {
 namespace {
 
 constexpr double pointsOfTile = 8192.0;
-constexpr std::size_t leafSize = 10;
-
-/// The coordinates of a tile's points, as nanoflann asks for them.
-struct Coordinates {
-  const point* places;
-  std::size_t count;
-
-  std::size_t kdtree_get_point_count() const { return count; }
-  double kdtree_get_pt(std::size_t k, std::size_t axis) const {
-    const point& p = places[k];
-    return axis == 0 ? p.x : axis == 1 ? p.y : p.z;
-  }
-  template <typename Box>
-  bool kdtree_get_bbox(Box&) const {
-    return false;
-  }
-};
-
-/// Passes what one tile's tree finds on to the neighbours of all tiles.
-struct FoundInTile {
-  Neighbours& all;
-  const std::uint32_t* numbers;
-
-  bool addPoint(double square, std::uint32_t k) {
-    if (square < all.limit() && all.isWanted(numbers[k])) all.add({numbers[k], square});
-    return all.limit() > 0.0;  // nothing is nearer than at the place itself
-  }
-  double worstDist() const { return all.limit(); }
-  bool full() const { return true; }
-  std::size_t size() const { return all.found().size(); }
-};
 
 /// Square of the distance in plan from a place to a tile.
 double squareTo(double east, double north, double side) {
@@ -50,22 +19,6 @@ double squareTo(double east, double north, double side) {
 }
 
 }  // namespace
-
-class PointTiles::Tree {
- public:
-  Tree(const point* places, std::size_t count)
-      : coordinates_{places, count}, index_(3, coordinates_, {leafSize}) {}
-
-  void search(const point& place, FoundInTile found) const {
-    index_.findNeighbors(found, &place.x, nanoflann::SearchParams());
-  }
-
- private:
-  Coordinates coordinates_;
-  nanoflann::KDTreeSingleIndexAdaptor<nanoflann::L2_Simple_Adaptor<double, Coordinates>,
-                                      Coordinates, 3, std::uint32_t>
-      index_;
-};
 
 PointTiles::PointTiles(std::span<const point> points, const std::vector<std::uint32_t>& members) {
   if (members.empty()) return;
@@ -113,7 +66,9 @@ void PointTiles::growTrees() {
   trees_.resize(begins_.size() - 1);
   forEachInParallel(0, trees_.size(), 1, [this](std::size_t k) {
     const std::size_t count = begins_[k + 1] - begins_[k];
-    if (count > 0) trees_[k] = std::make_unique<Tree>(places_.data() + begins_[k], count);
+    if (count == 0) return;
+    trees_[k] = std::make_unique<NeighbourTree>(std::span(places_).subspan(begins_[k], count),
+                                                std::span(numbers_).subspan(begins_[k], count));
   });
 }
 
@@ -156,7 +111,7 @@ void PointTiles::searchTile(const point& place, const Cell& cell, Neighbours& ne
   const double east = place.x - west_ - side_ * static_cast<double>(cell[0]);
   const double north = place.y - south_ - side_ * static_cast<double>(cell[1]);
   if (squareTo(east, north, side_) >= neighbours.limit()) return;
-  trees_[tile]->search(place, {neighbours, numbers_.data() + begins_[tile]});
+  trees_[tile]->search(place, neighbours);
 }
 
 }  // namespace Velorn::Flights

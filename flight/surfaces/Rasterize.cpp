@@ -3,10 +3,10 @@
 #include "flight/surfaces/Rasterize.h"
 
 #include <algorithm>
-#include <new>
 
 #include <fmt/format.h>
 
+#include "flight/strips/EnoughMemory.h"
 #include "flight/surfaces/Cubes.h"
 #include "flight/surfaces/PointClasses.h"
 #include "flight/surfaces/RasterFile.h"
@@ -198,16 +198,6 @@ class StripRasterizing {
   RasterCounts counts_;
 };
 
-/// Names the strip when memory runs out.
-template <typename Work>
-Rasterized withMemory(const fs::path& strip, const Work& work) {
-  try {
-    return work();
-  } catch (const std::bad_alloc&) {
-    throw Error(strip.string() + ": not enough memory");
-  }
-}
-
 }  // namespace
 
 Rasterized rasterizeStrip(const fs::path& strip, const SurfaceFiles& files,
@@ -215,8 +205,9 @@ Rasterized rasterizeStrip(const fs::path& strip, const SurfaceFiles& files,
                           const RasterSettings& options, Kestrum::LoaderProgress& progress) {
   check(configuration);
   for (const auto& file : {files.planar, files.raster}) refuseSameFile(strip, file);
-  return withMemory(
-      strip, [&] { return StripRasterizing(strip, configuration, options, progress).run(files); });
+  return withMemoryFor(strip.string(), [&] {
+    return StripRasterizing(strip, configuration, options, progress).run(files);
+  });
 }
 
 Rasterized rasterizeView(const fs::path& strip, const StripView& view, const fs::path& raster,
@@ -224,16 +215,18 @@ Rasterized rasterizeView(const fs::path& strip, const StripView& view, const fs:
                          Kestrum::LoaderProgress& progress) {
   check(configuration);
   refuseSameFile(strip, raster);
-  return withMemory(strip, [&] {
+  return withMemoryFor(strip.string(), [&] {
     return StripRasterizing(strip, configuration, options, progress).runView(view, raster);
   });
 }
 
 double spacingOfStrip(const fs::path& strip, const Velorn::InputParameter& configuration,
                       double radius) {
-  const GridFile file(strip, configuration);
-  const auto places = file.world<point>("Positions").whole();
-  return spacingOf(*places, membersOf(cloudsOf(file, *places), Cloud::last), radius);
+  return withMemoryFor(strip.string(), [&] {
+    const GridFile file(strip, configuration);
+    const auto places = file.world<point>("Positions").whole();
+    return spacingOf(*places, membersOf(cloudsOf(file, *places), Cloud::last), radius);
+  });
 }
 
 }  // namespace Velorn::Flights

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <cmath>
-#include <new>
 
+#include "flight/strips/EnoughMemory.h"
 #include "flight/surfaces/MatchPoints.h"
 #include "flight/surfaces/RasterFile.h"
 #include "flight/surfaces/Rasterize.h"
@@ -74,11 +74,9 @@ RasterCounts rasterizeGroundTruth(const std::filesystem::path& groundTruth,
                                   const Velorn::InputParameter& configuration) {
   check(configuration);
   refuseSameFile(groundTruth, raster);
-  try {
+  return withMemoryFor(groundTruth.string(), [&] {
     return rasterize(GridFile(groundTruth, configuration), raster, configuration);
-  } catch (const std::bad_alloc&) {
-    throw Error(groundTruth.string() + ": not enough memory");
-  }
+  });
 }
 
 }  // namespace Velorn::Flights

@@ -2,46 +2,59 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "flight/surfaces/TerrainClasses.h"
 
+#include <array>
 #include <cmath>
 
 namespace Velorn::Flights {
 
+namespace {
+
 using Velorn::TerrainType;
 
+struct ClassKind {
+  std::uint8_t lasClass;
+  SurfaceKind kind;
+};
+
+/// Classes of the LAS format that say something; of the others nothing is known.
+constexpr std::array<ClassKind, 25> classKinds{{
+    {2, SurfaceKind::ground},   // ground
+    {3, SurfaceKind::none},     // low vegetation
+    {4, SurfaceKind::none},     // medium vegetation
+    {5, SurfaceKind::none},     // high vegetation
+    {6, SurfaceKind::roof},     // building
+    {7, SurfaceKind::none},     // noise
+    {8, SurfaceKind::ground},   // model key point
+    {9, SurfaceKind::none},     // water
+    {10, SurfaceKind::none},    // rail
+    {11, SurfaceKind::ground},  // road
+    {13, SurfaceKind::none},    // wire, guard
+    {14, SurfaceKind::none},    // wire, conductor
+    {15, SurfaceKind::none},    // transmission tower
+    {16, SurfaceKind::none},    // wire, connector
+    {18, SurfaceKind::none},    // high noise
+    {19, SurfaceKind::none},    // structure overhead
+    {20, SurfaceKind::ground},  // ground near a breakline
+    {21, SurfaceKind::none},    // snow
+    {22, SurfaceKind::none},    // what another flight did not see
+    {40, SurfaceKind::bed},     // bathymetric point
+    {41, SurfaceKind::none},    // water surface
+    {42, SurfaceKind::none},    // derived water surface
+    {43, SurfaceKind::none},    // object in the water
+    {44, SurfaceKind::none},    // charted object in the water
+    {45, SurfaceKind::none},    // no bottom found
+}};
+
+constexpr auto kindsByClass = [] {
+  std::array<SurfaceKind, 256> kinds{};
+  for (const ClassKind& row : classKinds) kinds[row.lasClass] = row.kind;
+  return kinds;
+}();
+
+}  // namespace
+
 SurfaceKind kindOf(std::uint8_t lasClass) {
-  switch (lasClass) {
-    case 6:  // building
-      return SurfaceKind::roof;
-    case 40:  // bathymetric point
-      return SurfaceKind::bed;
-    case 2:   // ground
-    case 8:   // model key point
-    case 11:  // road
-    case 20:  // ground near a breakline
-      return SurfaceKind::ground;
-    case 3:  // vegetation
-    case 4:
-    case 5:
-    case 7:   // noise
-    case 9:   // water
-    case 10:  // rail
-    case 13:  // wires and their towers
-    case 14:
-    case 15:
-    case 16:
-    case 18:  // noise
-    case 19:  // structure overhead
-    case 21:  // snow
-    case 22:  // what another flight did not see
-    case 41:  // water
-    case 42:
-    case 43:  // objects in the water
-    case 44:
-    case 45:  // no bottom found
-      return SurfaceKind::none;
-    default:
-      return SurfaceKind::unknown;
-  }
+  return kindsByClass[lasClass];
 }
 
 void LowestGround::add(const point& place) {

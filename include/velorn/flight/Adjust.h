@@ -24,6 +24,8 @@ struct AdjustmentInput {
   Velorn::InputParameter configuration;             ///< RootPath: where the output folders are made
   Velorn::AdjustmentSettings settings;
   std::optional<ModelFiles> start;  ///< unknowns to begin with; none: those of the trajectory
+  unsigned int threads = 0;         ///< 0: as many as there are cores
+  bool repeatable = false;          ///< the solver takes one thread: the same bytes every time
 };
 
 /// Prepares the output folders, runs the adjustment and writes the exact companion of the parameter

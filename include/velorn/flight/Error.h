@@ -19,7 +19,7 @@
 namespace Velorn::Flights {
 
 /// The one exception of this library. The message names the file, the strip or the value, and says
-/// what to do. Whatever else leaves an operation (std::bad_alloc) is not ours.
+/// what to do. Whatever else leaves an operation was thrown by a callback.
 class VELORN_FLIGHT_EXPORT Error : public std::runtime_error {
  public:
   enum Kind {

@@ -32,7 +32,7 @@ struct RasterSettings {
 
 /// How correspondences are found, beside what the configuration says.
 struct MatchSettings {
-  std::size_t maxCorrespondences = 0;  ///< over all strips; 0: 10,000 per strip, as memory allows
+  std::size_t maxCorrespondences = 0;  ///< over all strips; 0: 10,000 per strip
   std::uint64_t seed = 1;              ///< of the thinning
   /// Both points are moved along their beams onto the planes through their own neighbourhoods.
   bool ontoPlanes = true;

@@ -115,6 +115,20 @@ TEST_F(Georeferencing, GivesTheSamePointsInAnyOrderAndByAnyNumberOfThreads) {
   }
 }
 
+TEST_F(Georeferencing, GivesTheSameBitsWhereverAThreadBegins) {
+  const int threads = omp_get_max_threads();
+  omp_set_num_threads(1);
+  Points alone(route, 20'000);  // many between two records of the trajectory
+  alone.georeference(parameters, trajectory);
+  for (int count = 2; count < 12; ++count) {
+    omp_set_num_threads(count);
+    Points shared(route, 20'000);
+    shared.georeference(parameters, trajectory);
+    EXPECT_TRUE(shared.world == alone.world && shared.directions == alone.directions) << count;
+  }
+  omp_set_num_threads(threads);
+}
+
 TEST_F(Georeferencing, StoresTheVectorToTheSensorWholeOrWithTheLengthAskedFor) {
   Points whole(route, 500), unit(route, 500), reversed(route, 500);
   whole.georeference(parameters, trajectory);

@@ -7,6 +7,7 @@
 
 #include "flight/matching/Correspondence.h"
 #include "flight/matching/Rejection.h"
+#include "flight/matching/SolverMemory.h"
 #include "flight/strips/OrFail.h"
 #include "platform/morvane/Console.h"
 #include "tests/flight/matching/MatchedFlight.h"
@@ -83,6 +84,12 @@ TEST(Match, FindsPointsOfCommonPlanesAndAccountsForEveryCandidate) {
   EXPECT_LT(report.disagreement, 0.01);    // range noise of 2 cm, the mean of 16 points on one side
   EXPECT_GT(report.typicalDistance, 0.2);  // the strips have some points per square metre
   EXPECT_LT(report.typicalDistance, 1.5);
+  // What the solver needs is told from the blocks' sizes.
+  const auto room = [&](double part) {
+    return static_cast<std::uint64_t>(part * double(report.correspondences * bytesOfSolver));
+  };
+  EXPECT_NO_THROW(requireSolverMemory(flight.blocks(), room(1.02)));
+  EXPECT_THROW(requireSolverMemory(flight.blocks(), room(0.98)), Error);
 }
 
 TEST(Match, WritesTheSameBytesForAnyNumberOfThreadsAndAnyMemory) {

@@ -10,8 +10,10 @@
 #include <gmock/gmock.h>
 
 #include "flight/matching/Rejection.h"
+#include "flight/matching/SolverMemory.h"
 #include "flight/matching/Thinning.h"
 #include "platform/geomra/Degree.h"
+#include "tests/support/Refusal.h"
 
 namespace {
 
@@ -148,6 +150,22 @@ TEST(Thinning, TellsSlopesAndAspectsApart) {
   EXPECT_NE(inclined(24, 10), inclined(26, 10));
   EXPECT_NE(stratumOf(11, {0, 0, 1}), stratumOf(14, {0, 0, 1}));
   EXPECT_EQ(inclined(20, 179.9), inclined(20, 136));
+}
+
+TEST(MaxCorrespondences, AreWhatIsSetOrSoManyPerStripAndRefusedWhereTheyDoNotFit) {
+  EXPECT_EQ(maxCorrespondencesOf({}, 60), 600'000U);
+  MatchSettings some;
+  some.maxCorrespondences = 500;
+  EXPECT_EQ(maxCorrespondencesOf(some, 60), 500U);
+  EXPECT_NO_THROW(requireSolverMemory(some, 60, 1'500'000));
+  EXPECT_NO_THROW(requireSolverMemory({}, 60, {})) << "nobody says how much is free";
+  EXPECT_EQ(refusalOf([&] { requireSolverMemory(some, 60, 1'499'999); }, Error::BadSettings),
+            "max-correspondences 500: the solver takes some 0.00 GB for 500 correspondences, and "
+            "0.00 GB are free; max-correspondences 499 fits");
+  EXPECT_EQ(refusalOf([] { requireSolverMemory({}, 60, 1'200'000'000); }, Error::BadSettings),
+            "max-correspondences 0, which is 10000 for each of 60 strips: the solver takes some "
+            "1.80 GB for 600000 correspondences, and 1.20 GB are free; max-correspondences 400000 "
+            "fits");
 }
 
 }  // namespace
