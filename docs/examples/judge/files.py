@@ -88,13 +88,15 @@ def _side(file, grid, strip):
     return Side(strip, read("Positions"), read("ScannerCoordiantes"), read("GPSTime"), read("NormalVector"))
 
 
-def surfaces(path):
+def surfaces(adjusted, planar):
     """The surface class of each record of the LAS file that an adjusted strip came from; 0: none."""
-    with h5py.File(path) as file:
-        grid = next(iter(file["0"].values()))
-        read = lambda field: grid[f"StandardCartesianChart3D/{field}"]
-        values = lambda field: np.concatenate([read(field)[name][:] for name in sorted(read(field), key=int)])
-        index, surface = values("SourceIndex"), values("RigorousClassification")
+    index = _column(adjusted, "SourceIndex")
     found = np.zeros(int(index.max()) + 1, np.uint8)
-    found[index] = surface
+    found[index[_column(planar, "PointNumber")]] = _column(planar, "RigorousClassification")
     return found
+
+
+def _column(path, field):
+    with h5py.File(path) as file:
+        fragments = next(iter(file["0"].values()))[f"StandardCartesianChart3D/{field}"]
+        return np.concatenate([fragments[name][:] for name in sorted(fragments, key=int)])
