@@ -66,10 +66,9 @@ RasterizingReport rasterizeAll(RunContext& run) {
   for (const auto& strip : run.strips) {
     const auto& files = run.surfaces.files(strip.id);
     report.strips.push_back(once(run, strip.file, {files.planar, files.raster}, [&] {
-      auto made =
-          rasterizeStrip(strip.file, files, run.configuration(), run.settings.raster, *run.watcher);
-      run.surfaces.keep(strip.id, std::move(made.planar), std::move(made.raster));
-      return made.counts;
+      run.surfaces.forget(strip.id);
+      return rasterizeStrip(strip.file, files, run.configuration(), run.settings.raster,
+                            *run.watcher);
     }));
     run.tell(lineOf(report.strips.back()));
   }

@@ -66,9 +66,8 @@ SurfaceStore stripsOfRound(const RunContext& run, const Coarseness& coarseness,
   const auto known = folder / run.groundTruth.filename();
   SurfaceStore surfaces(std::move(files), known, configuration, run.memory);
   for (std::uint32_t id = 0; id < run.strips.size(); ++id) {
-    auto made = rasterizeView(run.strips[id].file, {id, solution, coarseness.side()},
-                              surfaces.files(id).raster, configuration, options, *run.watcher);
-    surfaces.keep(id, {}, std::move(made.raster));
+    rasterizeView(run.strips[id].file, {id, solution, coarseness.side()}, surfaces.files(id).raster,
+                  configuration, options, *run.watcher);
   }
   rasterizeGroundTruth(run.groundTruth, known, configuration);
   configuration.ThresholdMaxAngle =

@@ -3,6 +3,7 @@
 #include "flight/surfaces/RasterFile.h"
 
 #include <system_error>
+#include <utility>
 
 #include "flight/surfaces/StripAttributes.h"
 
@@ -17,20 +18,19 @@ Strandel::FieldPtr add(Strandel::Chart& chart, const char* name, std::vector<T> 
 }
 
 /// @return the world chart
-Strandel::ChartPtr addPoints(Strandel::Bundle& bundle, const GridFile& strip,
-                             const MatchPoints& points) {
+Strandel::ChartPtr addPoints(Strandel::Bundle& bundle, const GridFile& strip, MatchPoints points) {
   const auto grid = bundle.makeSlice(0.0)->makeGrid(strip.grid().name());
   grid->attributes().set("WeekNumber", std::int64_t{strip.week()});
   auto world = grid->makeChart(Strandel::worldChartName);
   const auto scanner = grid->makeChart(Strandel::scannerChartName);
-  add(*world, "Positions", points.delivered);
-  add(*world, normalsName, points.normals);
-  scanner->shareField(add(*world, "GPSTime", points.times));
-  add(*world, classesName, points.codes);
-  add(*world, "Roughness", points.roughness);
-  add(*world, "PlaneDistance", points.heights);
-  add(*scanner, "Positions", points.scanner);
-  add(*scanner, "Waveforms.DirectionDelta", points.beams);
+  add(*world, "Positions", std::move(points.delivered));
+  add(*world, normalsName, std::move(points.normals));
+  scanner->shareField(add(*world, "GPSTime", std::move(points.times)));
+  add(*world, classesName, std::move(points.codes));
+  add(*world, "Roughness", std::move(points.roughness));
+  add(*world, "PlaneDistance", std::move(points.heights));
+  add(*scanner, "Positions", std::move(points.scanner));
+  add(*scanner, "Waveforms.DirectionDelta", std::move(points.beams));
   return world;
 }
 
@@ -43,17 +43,17 @@ void refuseSameFile(const std::filesystem::path& points, const std::filesystem::
   }
 }
 
-Strandel::Bundle planarBundle(const GridFile& strip, const MatchPoints& points,
+Strandel::Bundle planarBundle(const GridFile& strip, MatchPoints points,
                               std::vector<std::uint32_t> numbers) {
   Strandel::Bundle bundle;
-  add(*addPoints(bundle, strip, points), "PointNumber", std::move(numbers));
+  add(*addPoints(bundle, strip, std::move(points)), "PointNumber", std::move(numbers));
   return bundle;
 }
 
-Strandel::Bundle rasterBundle(const GridFile& strip, const MatchPoints& points,
+Strandel::Bundle rasterBundle(const GridFile& strip, MatchPoints points,
                               std::span<const std::uint32_t> numbers) {
   Strandel::Bundle bundle;
-  const auto world = addPoints(bundle, strip, points);
+  const auto world = addPoints(bundle, strip, std::move(points));
   const auto copy = [&]<typename T>(T, const char* name) {
     add(*world, name, strip.world<T>(name).at(numbers));
   };

@@ -21,13 +21,13 @@ void refuseSameFile(const std::filesystem::path& points, const std::filesystem::
 /// "PlaneDistance" and times, scanner coordinates and beams; "PointNumber" counts in the strip,
 /// from 0.
 /// @param numbers  ascending, one per point
-Strandel::Bundle planarBundle(const GridFile& strip, const MatchPoints& points,
+Strandel::Bundle planarBundle(const GridFile& strip, MatchPoints points,
                               std::vector<std::uint32_t> numbers);
 
 /// A raster: the same columns of the chosen points, and those that a strip has beside them.
 /// @param numbers  of the chosen points in the strip, ascending
 /// @throws Error when a column of the strip cannot be read
-Strandel::Bundle rasterBundle(const GridFile& strip, const MatchPoints& points,
+Strandel::Bundle rasterBundle(const GridFile& strip, MatchPoints points,
                               std::span<const std::uint32_t> numbers);
 
 }  // namespace Velorn::Flights

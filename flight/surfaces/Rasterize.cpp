@@ -36,41 +36,39 @@ class StripRasterizing {
         strip_(path, configuration),
         text_("rasterizing " + path.stem().string()) {}
 
-  Rasterized run(const SurfaceFiles& files) {
-    Rasterized made;
-    std::vector<std::uint32_t> numbers;
+  RasterCounts run(const SurfaceFiles& files) {
+    MatchPoints points;
+    std::vector<std::uint32_t> numbers, chosen;
     {
       const auto places = begin();
       const Surface surface = classify(*places, 0.0);
-      const auto chosen = choose(*places);
-      auto planar = planarPoints();
-      made.planar = pointsOf(surface, planar);
-      std::vector<std::uint32_t> inPlanar;
-      for (std::uint32_t k = 0; k < planar.size(); ++k) {
-        const bool isNext = inPlanar.size() < chosen.size() && chosen[inPlanar.size()] == planar[k];
-        if (isNext) inPlanar.push_back(k);
-      }
-      made.raster = made.planar.at(inPlanar);
-      saveRaster(made.raster, chosen, files.raster);
-      numbers = std::move(planar);
+      chosen = choose(*places);
+      numbers = planarPoints();
+      addPlanes(surface, numbers, points);
     }
-    Strandel::Bundle bundle = planarBundle(strip_, made.planar, std::move(numbers));
-    save(bundle, files.planar);
-    made.counts = counts_;
-    return made;
+    addMeasured(numbers, points);
+    saveRaster(points.at(placesIn(numbers, chosen)), chosen, files.raster);
+    Strandel::Bundle made = planarBundle(strip_, std::move(points), std::move(numbers));
+    save(made, files.planar);
+    return counts_;
   }
 
-  Rasterized runView(const StripView& view, const fs::path& raster) {
-    const auto delivered = begin();
-    const auto placed = view.solution ? placesOf(view) : std::vector<point>();
-    const std::span<const point> places = view.solution ? placed : *delivered;
-    const Surface surface = classify(places, view.side);
-    const auto planar = planarPoints();
-    for (const std::uint32_t i : planar) ++counts_.surface[classIndexOf(codes_[i])];
+  RasterCounts runView(const StripView& view, const fs::path& raster) {
+    MatchPoints points;
+    std::vector<std::uint32_t> numbers;
+    {
+      const auto delivered = begin();
+      const auto placed = view.solution ? placesOf(view) : std::vector<point>();
+      const std::span<const point> places = view.solution ? placed : *delivered;
+      const Surface surface = classify(places, view.side);
+      numbers = planarPoints();
+      addPlanes(surface, numbers, points);
+    }
+    for (const std::uint32_t i : numbers) ++counts_.surface[classIndexOf(codes_[i])];
     counts_.representatives = counts_.surface;
-    Rasterized made{counts_, {}, pointsOf(surface, planar)};
-    saveRaster(made.raster, planar, raster);
-    return made;
+    addMeasured(numbers, points);
+    saveRaster(std::move(points), numbers, raster);
+    return counts_;
   }
 
  private:
@@ -82,9 +80,20 @@ class StripRasterizing {
     return strip_.world<point>("Positions").whole();
   }
 
-  void saveRaster(const MatchPoints& points, std::span<const std::uint32_t> numbers,
+  /// Places of some numbers in a list of numbers that holds them all; both ascend.
+  static std::vector<std::uint32_t> placesIn(std::span<const std::uint32_t> all,
+                                             std::span<const std::uint32_t> some) {
+    std::vector<std::uint32_t> places;
+    places.reserve(some.size());
+    for (std::uint32_t k = 0; k < all.size() && places.size() < some.size(); ++k) {
+      if (all[k] == some[places.size()]) places.push_back(k);
+    }
+    return places;
+  }
+
+  void saveRaster(MatchPoints points, std::span<const std::uint32_t> numbers,
                   const fs::path& file) const {
-    Strandel::Bundle bundle = rasterBundle(strip_, points, numbers);
+    Strandel::Bundle bundle = rasterBundle(strip_, std::move(points), numbers);
     save(bundle, file);
   }
 
@@ -171,21 +180,27 @@ class StripRasterizing {
     return numbers;
   }
 
-  /// Positions are the delivered ones, planes those of the places that were looked at.
-  MatchPoints pointsOf(const Surface& surface, const std::vector<std::uint32_t>& numbers) const {
-    MatchPoints points;
-    points.delivered = strip_.world<point>("Positions").at(numbers);
-    points.scanner = strip_.scanner<point>("Positions").at(numbers);
-    points.times = strip_.world<double>("GPSTime").at(numbers);
-    points.beams = strip_.scanner<vector>("Waveforms.DirectionDelta").at(numbers);
+  void addPlanes(const Surface& surface, std::span<const std::uint32_t> numbers,
+                 MatchPoints& points) const {
+    points.normals.reserve(numbers.size());
+    points.codes.reserve(numbers.size());
+    points.roughness.reserve(numbers.size());
+    points.heights.reserve(numbers.size());
     for (const std::uint32_t i : numbers) {
       points.normals.push_back(surface.normals[i]);
       points.codes.push_back(codes_[i]);
       points.roughness.push_back(static_cast<double>(surface.roughness[i]));
       points.heights.push_back(static_cast<double>(surface.distance[i]));
     }
+  }
+
+  /// Positions are the delivered ones, whatever places were looked at.
+  void addMeasured(std::span<const std::uint32_t> numbers, MatchPoints& points) const {
+    points.delivered = strip_.world<point>("Positions").at(numbers);
+    points.scanner = strip_.scanner<point>("Positions").at(numbers);
+    points.times = strip_.world<double>("GPSTime").at(numbers);
+    points.beams = strip_.scanner<vector>("Waveforms.DirectionDelta").at(numbers);
     points.week = strip_.week();
-    return points;
   }
 
   const Velorn::InputParameter& configuration_;
@@ -200,9 +215,9 @@ class StripRasterizing {
 
 }  // namespace
 
-Rasterized rasterizeStrip(const fs::path& strip, const SurfaceFiles& files,
-                          const Velorn::InputParameter& configuration,
-                          const RasterSettings& options, Kestrum::LoaderProgress& progress) {
+RasterCounts rasterizeStrip(const fs::path& strip, const SurfaceFiles& files,
+                            const Velorn::InputParameter& configuration,
+                            const RasterSettings& options, Kestrum::LoaderProgress& progress) {
   check(configuration);
   for (const auto& file : {files.planar, files.raster}) refuseSameFile(strip, file);
   return withMemoryFor(strip.string(), [&] {
@@ -210,9 +225,9 @@ Rasterized rasterizeStrip(const fs::path& strip, const SurfaceFiles& files,
   });
 }
 
-Rasterized rasterizeView(const fs::path& strip, const StripView& view, const fs::path& raster,
-                         const Velorn::InputParameter& configuration, const RasterSettings& options,
-                         Kestrum::LoaderProgress& progress) {
+RasterCounts rasterizeView(const fs::path& strip, const StripView& view, const fs::path& raster,
+                           const Velorn::InputParameter& configuration,
+                           const RasterSettings& options, Kestrum::LoaderProgress& progress) {
   check(configuration);
   refuseSameFile(strip, raster);
   return withMemoryFor(strip.string(), [&] {

@@ -4,7 +4,8 @@
 // The planar points of a strip with their normals and terrain classes, and its raster: one of them
 // per cell and class.
 //
-//     const auto made = rasterizeStrip(strip, {planar, raster}, configuration, options, progress);
+//     const RasterCounts counts = rasterizeStrip(strip, {planar, raster}, configuration, options,
+//     progress);
 #pragma once
 
 #include <cstdint>
@@ -19,19 +20,13 @@
 
 namespace Velorn::Flights {
 
-/// What was written, for whoever goes on with it.
-struct Rasterized {
-  RasterCounts counts;
-  MatchPoints planar, raster;
-};
-
 /// Writes the two files of a strip, which stays as it is; each is written beside its target and
 /// renamed. The same for any number of threads.
 /// @param configuration  checked; cell sizes, amplitude limits and selection count
 /// @throws Error, naming the strip, for one that cannot be used, or a file that cannot be written
-Rasterized rasterizeStrip(const std::filesystem::path& strip, const SurfaceFiles& files,
-                          const Velorn::InputParameter& configuration,
-                          const RasterSettings& options, Kestrum::LoaderProgress& progress);
+RasterCounts rasterizeStrip(const std::filesystem::path& strip, const SurfaceFiles& files,
+                            const Velorn::InputParameter& configuration,
+                            const RasterSettings& options, Kestrum::LoaderProgress& progress);
 
 /// How a strip is looked at in a round that goes from coarse to fine.
 struct StripView {
@@ -41,12 +36,12 @@ struct StripView {
 };
 
 /// Rasterizes a strip as the view has it. The raster holds all planar points, so that partners may
-/// be searched in it as well; the points are told as the raster's alone.
+/// be searched in it as well.
 /// Positions are the delivered ones; planes, normals and classes those of the places in the view.
-Rasterized rasterizeView(const std::filesystem::path& strip, const StripView& view,
-                         const std::filesystem::path& raster,
-                         const Velorn::InputParameter& configuration, const RasterSettings& options,
-                         Kestrum::LoaderProgress& progress);
+RasterCounts rasterizeView(const std::filesystem::path& strip, const StripView& view,
+                           const std::filesystem::path& raster,
+                           const Velorn::InputParameter& configuration,
+                           const RasterSettings& options, Kestrum::LoaderProgress& progress);
 
 /// How far neighbouring last echoes of a strip are apart [m], see `spacingOf`.
 /// @param radius  within which 16 points are expected [m]

@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Only those of candidates are asked for.
+/// Those of candidates alone are asked for.
 void leavePlanes(MatchPoints& points) {
   points.roughness = points.heights = {};
 }
@@ -49,15 +49,12 @@ bool SurfaceStore::take(MatchPoints& points, Kept& kept) {
   return true;
 }
 
-/// Rasters first: they are small, and read more often.
-void SurfaceStore::keep(std::size_t strip, MatchPoints planar, MatchPoints raster) {
+void SurfaceStore::forget(std::size_t strip) {
   Strip& its = strips_.at(strip);
-  keepSound(its.files.raster, raster);
-  take(raster, its.raster);
-  if (its.files.planar == its.files.raster) return;
-  keepSound(its.files.planar, planar);
-  leavePlanes(planar);
-  take(planar, its.planar);
+  for (Kept* kept : {&its.planar, &its.raster}) {
+    if (*kept) room_ += (*kept)->bytes();
+    kept->reset();
+  }
 }
 
 MatchPoints SurfaceStore::chosen(const fs::path& file, bool withPlanes, Kept& kept,

@@ -39,8 +39,8 @@ class SurfaceStore {
   /// @throws Error of MissingFile that names the first file that is not there
   void requireFiles() const;
 
-  /// Keeps what was just written into the files of a strip, as far as there is room.
-  void keep(std::size_t strip, MatchPoints planar, MatchPoints raster);
+  /// The files of a strip are about to be written anew.
+  void forget(std::size_t strip);
 
   /// The points that `wanted` takes, as delivered.
   /// @throws Error that names the file

@@ -59,8 +59,7 @@ inline Velorn::Flights::RasterCounts rasterize(
     const Velorn::InputParameter& configuration = rasterConfiguration()) {
   NoProgress progress;
   return Velorn::Flights::rasterizeStrip(strip, {planarOf(raster), raster}, configuration, {},
-                                         progress)
-      .counts;
+                                         progress);
 }
 
 /// Changes the only grid of a file.
