@@ -75,6 +75,7 @@ __attribute__((destructor)) void end() {
 
 }  // namespace
 
+#pragma GCC visibility push(default)
 extern "C" {
 
 void* malloc(std::size_t bytes) {
@@ -167,3 +168,4 @@ int rename(const char* from, const char* to) {
 }
 
 }  // extern "C"
+#pragma GCC visibility pop
