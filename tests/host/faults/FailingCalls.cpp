@@ -21,12 +21,14 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+// NOLINTBEGIN(bugprone-reserved-identifier): the names of the C library
 extern "C" {
 void* __libc_malloc(std::size_t);
 void* __libc_calloc(std::size_t, std::size_t);
 void* __libc_realloc(void*, std::size_t);
 void* __libc_memalign(std::size_t, std::size_t);
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
