@@ -134,13 +134,13 @@ TEST_F(Interruption, EndsACommandThatDecompresses) {
   std::string compressed = lasBytes(lasOverZone32(10));
   compressed[104] = static_cast<char>(compressed[104] | '\x80');
   writeContent(folder / "a.laz", compressed);
+  const std::string trajectory = VELORN_TEST_DATA "/line/sbet.out";
   const auto note = folder / "process", command = folder / "unpack";
   writeContent(command, "#!/bin/sh\necho $$ > '" + note.string() + "'\nexec sleep 600\n");
   chmod(command.c_str(), 0700);
-  auto import =
-      start({"import", (folder / "a.laz").string(), "--trajectory",
-             VELORN_TEST_DATA "/line/sbet.out", "--week", "2318", "--output",
-             (folder / "out").string(), "--decompress", command.string() + " {in} {out}"});
+  auto import = start({"import", (folder / "a.laz").string(), "--trajectory", trajectory, "--week",
+                       "2318", "--output", (folder / "out").string(), "--decompress",
+                       command.string() + " {in} {out}"});
   const Happens running{[&] { return fs::exists(note) && contentOf(note).ends_with('\n'); }};
   ASSERT_EQ(import.interrupted(SIGTERM, running), 143);
   const std::string process = contentOf(note).substr(0, contentOf(note).find('\n'));
