@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,7 @@
 #include "host/commands/Commands.h"
 #include "host/terminal/Interruption.h"
 #include "platform/morvane/Console.h"
+#include "platform/plome/Printable.h"
 #include <velorn/SolverLog.h>
 
 using namespace Velorn::Flights;
@@ -38,7 +40,7 @@ constexpr const char* footer =
 
 /// Standard output is for results: `velorn info --json` is read by programs.
 void writeMessage(std::string_view text) {
-  const std::string line = std::string(text) + "\n";
+  const std::string line = Plome::printable(text) + "\n";
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
@@ -103,10 +105,13 @@ int main(int argc, char** argv) {
     checkStandardOutput();
     return 0;
   } catch (const Error& error) {
-    std::cerr << "velorn: " << error.what() << '\n';
+    writeMessage(std::string("velorn: ") + error.what());
     return exitStatusOf(error.kind());
+  } catch (const std::bad_alloc&) {
+    writeMessage("velorn: not enough memory");
+    return jobFailed;
   } catch (const std::exception& error) {
-    std::cerr << "velorn: " << error.what() << '\n';
+    writeMessage(std::string("velorn: ") + error.what());
     return jobFailed;
   }
 }

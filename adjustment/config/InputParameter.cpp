@@ -1,12 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <ios>
 #include <locale>
 #include <regex>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 
 #include <fmt/format.h>
 
@@ -75,7 +77,8 @@ void InputParameter::write(const std::filesystem::path& path, const std::string&
                            const bool& echo, const bool& append) const {
   std::ofstream file(path, std::ios::binary | (append ? std::ios::app : std::ios::trunc));
   if (!file) {
-    throw std::ios_base::failure("InputParameter::write: Failed to open the file:" + path.string());
+    throw std::ios_base::failure("InputParameter::write: Failed to open the file:" + path.string(),
+                                 std::error_code(errno, std::generic_category()));
   }
   file.write(text.data(), static_cast<std::streamsize>(text.size()));
   file.flush();  // what is left to the closing is not reported

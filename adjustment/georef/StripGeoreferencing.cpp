@@ -37,6 +37,10 @@ class StripGeoreferencing {
       message = georeferenceOnlyGrid();
     } catch (const UnreadableColumn& fault) {
       return notLoaded(fault.what());
+    } catch (const std::bad_alloc&) {  // some fields may be new and others old: nothing to be kept
+      message = fmt::format("scanner2world: {}: not enough memory", task_.file);
+      writeErrorFile(message);
+      return message;
     }
     if (!message.empty()) writeErrorFile(message);
     if (auto fault = storage_.save(bundle_, output_, "wd"); !fault.empty()) return notSaved(fault);
@@ -65,11 +69,7 @@ class StripGeoreferencing {
     const auto grids = bundle_.grids();
     if (grids.size() > 1) return "scanner2world, have more than one grid";
     if (grids.empty()) return "scanner2world, have no grid";
-    try {
-      return georeference(*grids.front(), task_);
-    } catch (const std::bad_alloc&) {
-      return fmt::format("scanner2world: {}: not enough memory", task_.file);
-    }
+    return georeference(*grids.front(), task_);
   }
 
   void writeErrorFile(const std::string& message) const {

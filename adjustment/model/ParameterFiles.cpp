@@ -27,6 +27,8 @@ void writeFile(const fs::path& path, const std::string& operation, const Content
   file.close();
   if (!file) {
     Morvane::Console::writeLine(operation + ": Failed to write the file:" + path.string());
+    std::error_code ignored;  // half a file is none
+    if (fs::is_regular_file(path, ignored)) fs::remove(path, ignored);
   }
 }
 

@@ -13,14 +13,15 @@
 
 #include "flight/chain/CorrespondenceTimes.h"
 #include "flight/chain/RunRecording.h"
+#include "flight/chain/UnwrittenFiles.h"
 #include "flight/matching/Match.h"
 #include "flight/matching/SolverMemory.h"
 #include "flight/records/RunFolder.h"
-#include "flight/strips/AvailableMemory.h"
 #include "flight/strips/OrFail.h"
 #include "flight/strips/OutputPlaces.h"
 #include "flight/strips/Threads.h"
 #include "platform/geomra/Degree.h"
+#include "platform/plome/AvailableMemory.h"
 #include "platform/plome/StringList.h"
 #include <velorn/FileContainer.h>
 #include <velorn/SolverParameters.h>
@@ -246,14 +247,16 @@ void requireConvergence(const Velorn::SolverEnd& end, const std::string& whenOut
 
 Adjusted adjustedBy(const AdjustmentInput& input, const Velorn::Trajectory& trajectory,
                     const std::shared_ptr<Watcher>& watcher, bool areOwnBlocks) {
-  Adjustment adjustment(input, trajectory, watcher);
-  adjustment.prepare(areOwnBlocks);
-  return adjustment.run();
+  return UnwrittenFiles().refusedAfter([&] {
+    Adjustment adjustment(input, trajectory, watcher);
+    adjustment.prepare(areOwnBlocks);
+    return adjustment.run();
+  });
 }
 
 AdjustmentReport adjust(const AdjustmentInput& input, const Watch& watch) {
   check(input);
-  requireSolverMemory(input.correspondences, availableMemory());
+  requireSolverMemory(input.correspondences, Plome::availableMemory());
   const LoopThreads threads(input.threads);
   const auto watcher = std::make_shared<Watcher>(watch);
   const auto& root = input.configuration.RootPath;

@@ -12,9 +12,9 @@
 #include "flight/chain/RoundWork.h"
 #include "flight/chain/RunRecording.h"
 #include "flight/matching/SolverMemory.h"
-#include "flight/strips/AvailableMemory.h"
 #include "flight/strips/Threads.h"
 #include "flight/surfaces/Rasterize.h"
+#include "platform/plome/AvailableMemory.h"
 #include <velorn/flight/Adjust.h>
 #include <velorn/flight/Error.h>
 #include <velorn/flight/Flight.h>
@@ -106,9 +106,9 @@ class Flight::Chain {
   void requireMemory() const {
     if (!context_.does("+optimization")) return;
     if (context_.does("+correspondences")) {
-      requireSolverMemory(settings().match, context_.strips.size(), availableMemory());
+      requireSolverMemory(settings().match, context_.strips.size(), Plome::availableMemory());
     } else {
-      requireSolverMemory(context_.folder.blocks(), availableMemory());
+      requireSolverMemory(context_.folder.blocks(), Plome::availableMemory());
     }
   }
 

@@ -7,8 +7,8 @@
 #include "flight/chain/Inputs.h"
 #include "flight/chain/Rasterizing.h"
 #include "flight/matching/SolverMemory.h"
-#include "flight/strips/AvailableMemory.h"
 #include "flight/strips/OrFail.h"
+#include "platform/plome/AvailableMemory.h"
 #include <velorn/flight/Containers.h>
 
 namespace Velorn::Flights {
@@ -57,7 +57,7 @@ SurfaceStore storeOf(const RunContext& run) {
 std::size_t memoryOf(const FlightSettings& settings) {
   constexpr double gigabyte = 1e9;
   if (settings.memory > 0.0) return static_cast<std::size_t>(settings.memory * gigabyte);
-  const auto free = availableMemory().value_or(0);
+  const auto free = Plome::availableMemory().value_or(0);
   const auto solver = bytesOfSolver * maxCorrespondencesOf(settings.match, settings.strips.size());
   return std::min(free / 2, free - std::min<std::size_t>(free, solver));
 }

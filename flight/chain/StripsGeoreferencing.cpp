@@ -98,6 +98,7 @@ GeoreferencingReport georeferencedBy(const GeoreferencingInput& input, const Tra
   GeoreferencingReport report;
   report.folder = input.outputFolder;
   std::size_t faults = 0, notSaved = 0;
+  std::string first;  // a host may show no messages
   for (const std::size_t place : places) {
     const std::string strip = input.strips[place].string();
     if (std::ranges::find(unknown, input.strips[place]) != unknown.end()) {
@@ -112,16 +113,19 @@ GeoreferencingReport georeferencedBy(const GeoreferencingInput& input, const Tra
     });
     ++report.strips;
     if (message.empty()) continue;
-    watcher.tell(strip + ": " + withoutLineFeed(message));
+    const std::string fault = strip + ": " + withoutLineFeed(message);
+    watcher.tell(fault);
+    if (first.empty()) first = fault;
     ++faults;
     if (message.starts_with(beginningWhenNotSaved)) ++notSaved;
   }
   if (faults > 0) {
     const auto where =
         input.outputFolder.empty() ? "in place" : "to " + input.outputFolder.string();
-    throw Error(fmt::format("{} of {} strips with a fault, named above; {} without one written {}",
-                            faults, report.strips, report.strips - faults, where),
-                notSaved > 0 ? Error::NoSpace : Error::BadInput);
+    throw Error(
+        fmt::format("{} of {} strips with a fault; {} without one written {}; the first fault: {}",
+                    faults, report.strips, report.strips - faults, where, first),
+        notSaved > 0 ? Error::NoSpace : Error::BadInput);
   }
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
   report.seconds = elapsed.count();

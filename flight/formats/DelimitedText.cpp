@@ -9,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include "platform/plome/Printable.h"
 #include <velorn/flight/Error.h>
 
 namespace Velorn::Flights {
@@ -76,10 +77,7 @@ bool holdsANumber(std::string_view line) {
 }
 
 std::string shown(std::string_view text) {
-  std::string result(text.substr(0, 60));
-  for (char& letter : result) {
-    if (static_cast<unsigned char>(letter) < 0x20 || letter == 0x7F) letter = '?';
-  }
+  const std::string result = Plome::printableOnOneLine(text.substr(0, 60));
   return text.size() > 60 ? result + "..." : result;
 }
 

@@ -66,7 +66,7 @@ class DelimitedText {
   std::size_t number_ = 0;
 };
 
-/// Text of a file as a message can show it: at most 60 bytes, control characters as '?'.
+/// Text of a file as a message can show it: at most 60 bytes of it, control characters escaped.
 std::string shown(std::string_view text);
 
 }  // namespace Velorn::Flights

@@ -13,6 +13,7 @@
 #include <ogr_spatialref.h>
 
 #include "flight/formats/LittleEndian.h"
+#include "platform/plome/Printable.h"
 
 namespace Velorn::Flights {
 namespace {
@@ -32,19 +33,9 @@ class Quiet {
   Quiet& operator=(const Quiet&) = delete;
 };
 
-/// For a terminal: control characters of a damaged record become question marks.
-std::string printable(std::string text) {
-  const auto isControl = [](char character) {
-    const auto byte = static_cast<unsigned char>(character);
-    return byte < 0x20 || byte == 0x7F;
-  };
-  std::replace_if(text.begin(), text.end(), isControl, '?');
-  return text;
-}
-
 std::string nameOf(const OGRSpatialReference& system) {
   const char* const name = system.GetName();
-  return name ? printable(name) : "";
+  return name ? Plome::printableOnOneLine(name) : "";
 }
 
 std::optional<unsigned> codeIn(const OGRSpatialReference& system) {
@@ -150,7 +141,8 @@ LasCrs crsOfWkt(const std::string& wkt) {
   const std::string text = wkt.substr(0, wkt.find('\0'));
   if (text.empty()) return {};
   if (system.importFromWkt(text.c_str()) != OGRERR_NONE) {
-    return {{}, "a WKT text that is not understood: " + printable(text.substr(0, 60))};
+    return {{},
+            "a WKT text that is not understood: " + Plome::printableOnOneLine(text.substr(0, 60))};
   }
   const std::string name = nameOf(system);
   return {codeOf(system), name};
@@ -167,7 +159,7 @@ LasCrs crsOfGeoKeys(std::span<const char> directory, const std::string& texts) {
     if (name.empty()) return {{}, fmt::format("EPSG code {}, which is no projected system", code)};
     return {code, name};
   }
-  return {utmCode(keys.code(projectionKey), citation), printable(citation)};
+  return {utmCode(keys.code(projectionKey), citation), Plome::printableOnOneLine(citation)};
 }
 
 }  // namespace Velorn::Flights

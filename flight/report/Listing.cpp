@@ -8,21 +8,16 @@
 
 #include <fmt/format.h>
 
+#include "platform/plome/Printable.h"
+
 namespace Velorn::Flights {
 
 using Json = nlohmann::ordered_json;
 
 namespace {
 
-std::string printable(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(),
-      [](unsigned char letter) { return letter < 0x20U || letter == 0x7FU; }, '?');
-  return text;
-}
-
 std::string textOf(const Json& json) {
-  return printable(json.get<std::string>());
+  return Plome::printableOnOneLine(json.get<std::string>());
 }
 
 /// A value as an attribute or a limit holds it. Twelve digits are 0.1 mm of a northing.
@@ -39,7 +34,7 @@ std::string valueText(const Json& value) {
 std::string attributesText(const Json& attributes, const std::string& indent) {
   std::string text;
   for (const auto& [name, value] : attributes.items()) {
-    text += indent + printable(name) + " = " + valueText(value) + "\n";
+    text += indent + Plome::printableOnOneLine(name) + " = " + valueText(value) + "\n";
   }
   return text;
 }

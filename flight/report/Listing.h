@@ -10,7 +10,7 @@
 namespace Velorn::Flights {
 
 /// A tree with aligned tables, in UTF-8, each line with its line feed. Control characters from the
-/// file become '?', so that a name cannot play tricks with a terminal.
+/// file are escaped, so that a name cannot play tricks with a terminal.
 std::string listingOf(const nlohmann::ordered_json& document);
 
 }  // namespace Velorn::Flights

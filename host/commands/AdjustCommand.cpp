@@ -9,6 +9,7 @@
 
 #include "host/commands/Commands.h"
 #include "host/project/SettingFlags.h"
+#include "host/terminal/Result.h"
 #include "host/terminal/Telling.h"
 #include <velorn/flight/Adjust.h>
 
@@ -36,9 +37,9 @@ void run(AdjustCall& call) {
     Telling telling(call.quiet);
     return adjust(input, telling.watch());
   }();
-  fmt::print("{}", textOf(report, input.settings.fewestGroundTruth > 0));
+  printResult("{}", textOf(report, input.settings.fewestGroundTruth > 0));
   requireConvergence(report.solver, "raise --iterations");
-  fmt::print("parameters written to {}\n", report.files.parameters.string());
+  printResult("parameters written to {}\n", report.files.parameters.string());
 }
 
 }  // namespace

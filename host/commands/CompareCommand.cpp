@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "host/commands/Commands.h"
+#include "host/terminal/Result.h"
 #include "host/terminal/Telling.h"
 #include <velorn/flight/Compare.h>
 
@@ -24,7 +25,11 @@ void run(const CompareCall& call) {
     Telling telling(call.quiet);
     return compare(call.truth, call.result, call.adjusted, telling.watch());
   }();
-  fmt::print("{}", call.json ? documentOf(report) : textOf(report));
+  if (call.json) {
+    fmt::print("{}", documentOf(report));
+  } else {
+    printResult("{}", textOf(report));
+  }
 }
 
 }  // namespace

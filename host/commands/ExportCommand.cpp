@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "host/commands/Commands.h"
+#include "host/terminal/Result.h"
 #include "host/terminal/Telling.h"
 #include <velorn/flight/Error.h>
 #include <velorn/flight/Export.h>
@@ -58,7 +59,7 @@ void exportFiles(ExportCall& call) {
     Telling telling(call.quiet);
     return exportFlight(options, telling.watch());
   }();
-  for (const auto& [file, content] : report.files) fmt::print("{}: {}\n", file.string(), content);
+  for (const auto& [file, content] : report.files) printResult("{}: {}\n", file.string(), content);
 }
 
 void addInputs(CLI::App& command, ExportCall& call) {

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "host/commands/Commands.h"
+#include "host/terminal/Result.h"
 #include "host/terminal/Telling.h"
 #include <velorn/flight/Error.h>
 #include <velorn/flight/Georeference.h>
@@ -37,11 +38,11 @@ void georeference(GeoreferenceCall& call) {
     return georeference(call.input, telling.watch());
   }();
   for (const auto& strip : report.unknown) {
-    fmt::print("{}: not in the adjustment; the global corrections alone act on it\n", strip);
+    printResult("{}: not in the adjustment; the global corrections alone act on it\n", strip);
   }
   const std::string where = call.inPlace ? "in place" : "to " + report.folder.string();
-  fmt::print("{} strips, {} points, {:.1f} s: {} coordinates written {}\n", report.strips,
-             report.points, report.seconds, call.input.inverse ? "scanner" : "world", where);
+  printResult("{} strips, {} points, {:.1f} s: {} coordinates written {}\n", report.strips,
+              report.points, report.seconds, call.input.inverse ? "scanner" : "world", where);
 }
 
 void addInputs(CLI::App& command, GeoreferencingInput& input) {

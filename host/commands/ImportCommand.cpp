@@ -9,6 +9,7 @@
 
 #include "host/commands/Commands.h"
 #include "host/project/Bounds.h"
+#include "host/terminal/Result.h"
 #include "host/terminal/Telling.h"
 #include <velorn/flight/Import.h>
 #include <velorn/flight/Reports.h>
@@ -25,15 +26,15 @@ struct ImportCall {
 
 void print(const ImportReport& report) {
   for (const auto& strip : report.strips) {
-    fmt::print("{}: {} points, {}\n", strip.file.string(), strip.points,
-               timesText(strip.first, strip.last, strip.week));
+    printResult("{}: {} points, {}\n", strip.file.string(), strip.points,
+                timesText(strip.first, strip.last, strip.week));
   }
-  for (const auto& trajectory : report.trajectories) fmt::print("{}\n", trajectory.string());
+  for (const auto& trajectory : report.trajectories) printResult("{}\n", trajectory.string());
   if (report.patches > 0) {
-    fmt::print("{}: {} points on {} patches\n", report.groundTruth.string(),
-               report.groundTruthPoints, report.patches);
+    printResult("{}: {} points on {} patches\n", report.groundTruth.string(),
+                report.groundTruthPoints, report.patches);
   }
-  fmt::print("EPSG:{}; heights count as ellipsoidal\n", report.epsg);
+  printResult("EPSG:{}; heights count as ellipsoidal\n", report.epsg);
 }
 
 void import(ImportCall& call) {

@@ -13,6 +13,7 @@
 #include "host/commands/Commands.h"
 #include "host/project/ProjectFile.h"
 #include "host/project/SettingFlags.h"
+#include "host/terminal/Result.h"
 #include "host/terminal/Telling.h"
 #include "platform/plome/ReplacedFile.h"
 #include <velorn/flight/Error.h>
@@ -69,7 +70,7 @@ void runSteps(ProjectCall& call, const std::vector<std::string>& steps) {
     Flight flight(call.settings, watch);
     return reportOf(flight, notConverged);
   }();
-  fmt::print("{}", textOf(report));
+  printResult("{}", textOf(report));
   if (notConverged) std::rethrow_exception(notConverged);
 }
 
@@ -93,7 +94,7 @@ void writeProject(const ProjectCall& call) {
   if (const auto fault = Plome::replaceFile(file, text); !fault.empty()) {
     throw Error(fault, Error::NoSpace);
   }
-  fmt::print("{} written; `velorn run {}` runs it\n", file.string(), file.string());
+  printResult("{} written; `velorn run {}` runs it\n", file.string(), file.string());
 }
 
 }  // namespace

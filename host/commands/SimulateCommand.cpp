@@ -12,6 +12,7 @@
 #include <fmt/format.h>
 
 #include "host/commands/Commands.h"
+#include "host/terminal/Result.h"
 #include <velorn/flight/Error.h>
 #include <velorn/flight/Simulate.h>
 
@@ -42,12 +43,12 @@ void run(Call call) {
   Watch watch;
   watch.message = [&call](const std::string& line) {
     if (call.quiet) return;
-    fmt::print("{}\n", line);
+    printResult("{}\n", line);
     std::fflush(stdout);
   };
   const auto made = simulate(call.folder, call.options, call.overwrite, watch);
   const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
-  fmt::print(
+  printResult(
       "{}: {} strips with {} points, ground truth of {} patches, {} planes; {} files in {:.1f} s\n",
       call.folder, made.strips, made.points, made.patches, made.planes, made.files,
       seconds.count());

@@ -12,6 +12,8 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "platform/plome/Printable.h"
+
 namespace {
 
 constexpr double secondsBetweenBars = 0.1;
@@ -79,7 +81,7 @@ void Progress::message(std::string_view line) {
   const std::lock_guard lock(mutex_);
   const std::string bar = bar_;
   erase();
-  output_(std::string(line) + "\n");
+  output_(Plome::printable(line) + "\n");
   if (bar.empty()) return;
   output_(bar);
   bar_ = bar;
@@ -98,11 +100,11 @@ void Progress::show(std::size_t current, std::size_t total, double now) {
   const std::string rest = count + speed(current, total, now);
   if (terminal_) {
     erase();
-    bar_ = text_ + " " + (total ? barText(current, total) : "") + rest;
+    bar_ = Plome::printable(text_) + " " + (total ? barText(current, total) : "") + rest;
     bar_.resize(std::min(bar_.size(), columns));
     output_(bar_);
   } else {
-    output_(text_ + " " + rest + "\n");
+    output_(Plome::printable(text_) + " " + rest + "\n");
   }
   next_ = now + (terminal_ ? secondsBetweenBars : secondsBetweenLines);
 }

@@ -87,8 +87,9 @@ VELORN_EXPORT std::string world2scanner(
 /// @param interpolationFlag  as above
 /// @return empty, or one message. A strip with a message is saved all the same, with what was
 ///         computed, and "ERROR_SCANNER2WORLD_<stem>.txt" beside the output holds the message; that
-///         file goes when the strip is right. A container that cannot be read or written stays as
-///         it was; the console is told why one cannot be read. Throws nothing.
+///         file goes when the strip is right. Nothing is saved of one that memory was too short
+///         for. A container that cannot be read or written stays as it was; the console is told why
+///         one cannot be read. Throws nothing.
 VELORN_EXPORT std::string scanner2world(const SolverParameters& parameters,
                                         const Trajectory& trajectory, const std::string& stripFile,
                                         const unsigned& stripIndex, const std::string& outputFolder,

@@ -10,9 +10,11 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/support/LasBytes.h"
 #include "tests/support/TemporaryFolder.h"
 
 using testing::HasSubstr;
@@ -126,6 +128,31 @@ TEST_F(Interruption, ReachesTheSolver) {
   EXPECT_EQ(adjust.interrupted(SIGTERM, solving), 143);
   EXPECT_THAT(adjust.said(), HasSubstr("velorn: interrupted\n"));
   EXPECT_FALSE(fs::exists(flight / "01_status/03_SolverStatus.txt"));
+}
+
+TEST_F(Interruption, EndsACommandThatDecompresses) {
+  std::string compressed = lasBytes(lasOverZone32(10));
+  compressed[104] = static_cast<char>(compressed[104] | '\x80');
+  writeContent(folder / "a.laz", compressed);
+  const std::string trajectory = VELORN_TEST_DATA "/line/sbet.out";
+  const auto note = folder / "process", command = folder / "unpack";
+  writeContent(command, "#!/bin/sh\necho $$ > '" + note.string() + "'\nexec sleep 600\n");
+  chmod(command.c_str(), 0700);
+  auto import = start({"import", (folder / "a.laz").string(), "--trajectory", trajectory, "--week",
+                       "2318", "--output", (folder / "out").string(), "--decompress",
+                       command.string() + " {in} {out}"});
+  const Happens running{[&] { return fs::exists(note) && contentOf(note).ends_with('\n'); }};
+  ASSERT_EQ(import.interrupted(SIGTERM, running), 143);
+  const std::string process = contentOf(note).substr(0, contentOf(note).find('\n'));
+  const auto sleeps = [&] {  // one that nobody has reaped yet has no command line
+    const fs::path line = "/proc/" + process + "/cmdline";
+    return fs::exists(line) && contentOf(line).starts_with("sleep");
+  };
+  for (const auto begin = steady_clock::now();
+       sleeps() && steady_clock::now() < begin + patience;) {
+    std::this_thread::sleep_for(1ms);
+  }
+  EXPECT_FALSE(sleeps());
 }
 
 TEST_F(Interruption, ThatIsIgnoredWhenTheProgramStartsStaysIgnored) {

@@ -2,11 +2,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/strandel/hdf5/StoredColumn.h"
 
+#include <algorithm>
 #include <new>
 #include <optional>
 
 #include <fmt/format.h>
 
+#include "platform/plome/AvailableMemory.h"
 #include "platform/strandel/hdf5/AttributeFile.h"
 #include "platform/strandel/hdf5/ChunkReader.h"
 #include "platform/strandel/hdf5/Format.h"
@@ -74,6 +76,23 @@ void checkOnePiece(hid_t dataset, std::size_t bytes) {
   if (stored < bytes) throw Fault(fmt::format("holds {} bytes of {}", stored, bytes));
 }
 
+/// Refuses values that a small file would inflate beyond the memory there is. Deflated zeros take a
+/// thousandth of their size, and are read as long as they fit.
+void checkInflation(hid_t dataset, const ChunkLayout& layout, ValueType type, std::size_t rows,
+                    std::size_t count) {
+  constexpr std::size_t harmless = std::size_t{1} << 26;  // [bytes]
+  constexpr std::size_t usual = 100;  // times that values of a flight are deflated, at most
+  const std::size_t chunk = layout.rows * layout.columns * infoOf(type).bytes;
+  const std::size_t needed = count * rowBytes(type) + 2 * chunk;  // one more while it is inflated
+  if (!layout.deflated() || needed <= harmless) return;
+  const hsize_t stored = H5Dget_storage_size(dataset);
+  const std::size_t inflated = std::max(rows * rowBytes(type), chunk);
+  const auto free = Plome::availableMemory();
+  if (inflated / usual <= stored || !free || needed <= *free / 2) return;
+  throw Fault(fmt::format("{} bytes would inflate to {}, and {} bytes of memory are free", stored,
+                          inflated, *free));
+}
+
 /// Reads values that lie as one piece.
 void readOnePiece(hid_t dataset, ValueType type, std::size_t first, std::size_t count, void* out) {
   const hsize_t start[2] = {first, 0}, size[2] = {count, infoOf(type).components};
@@ -110,6 +129,7 @@ std::string StoredColumn::check(std::size_t first, std::size_t count) const {
   if (count == 0) return {};
   return guarded([&](hid_t dataset, const Layout& layout) {
     if (!layout) return checkOnePiece(dataset, rows() * rowBytes(valueType()));
+    checkInflation(dataset, *layout, valueType(), rows(), count);
     ChunkReader(dataset, valueType(), rows(), *layout, file_->bytes()).check(first, count);
   });
 }
@@ -118,6 +138,7 @@ std::string StoredColumn::read(std::size_t first, std::size_t count, void* out) 
   if (count == 0) return {};
   return guarded([&](hid_t dataset, const Layout& layout) {
     if (layout) {
+      checkInflation(dataset, *layout, valueType(), rows(), count);
       ChunkReader(dataset, valueType(), rows(), *layout, file_->bytes())
           .read(first, count, static_cast<char*>(out));
     } else {

@@ -172,7 +172,7 @@ TEST_F(LasFiles, TellTheCodeOfTheirProjectedSystemByWkt) {
   EXPECT_THAT(epsgOf(wktOf("EPSG:4326")), Eq(std::nullopt));
   EXPECT_EQ(written(sample).crsText(), "WGS 84");
   EXPECT_THAT(epsgOf("PROJCS[\"mine\x1B"), Eq(std::nullopt));
-  EXPECT_THAT(written(sample).crsText(), HasSubstr("not understood: PROJCS[\"mine?"));
+  EXPECT_THAT(written(sample).crsText(), HasSubstr("not understood: PROJCS[\"mine\\x1b"));
   sample.evlrs = {wktRecord(wktOf("EPSG:32631"))};
   EXPECT_THAT(epsgOf("PROJCS[\"mine"), Optional(32631U));
 }

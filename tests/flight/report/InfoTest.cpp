@@ -129,7 +129,7 @@ TEST(Info, TheListingIsAlignedAndHarmless) {
   slice at time 0.5
   grid g, 1002 points
     chart c
-      Note = Grüße?[31m
+      Note = Grüße\x1b[31m
       field  type    count  fragments  minimum      maximum
       Class  uint8    1000          1        2            2
       Höhe   double      2          1      1.5  5316300.123

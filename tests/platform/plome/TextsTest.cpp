@@ -4,10 +4,12 @@
 #include <regex>
 #include <sstream>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include "platform/plome/Clock.h"
 #include "platform/plome/FlagList.h"
+#include "platform/plome/Printable.h"
 #include "platform/plome/StringList.h"
 
 using testing::ElementsAre;
@@ -37,6 +39,25 @@ TEST(Clock, IsSafeInAFileNameWhateverTheSeparator) {
   for (const char unsafe : {'/', ':', ' ', '\\', '*', '\n', '\0'}) {
     EXPECT_TRUE(
         std::regex_match(Plome::currentDateAndTime(unsafe), std::regex("\\d{4}(_\\d\\d){5}")));
+  }
+}
+
+TEST(Printable, ShowsWhatATerminalWouldObeyAndLeavesUtf8) {
+  using Plome::printable;
+  EXPECT_EQ(printable("Zürich €\t\U0001F6E9 ~\n"), "Zürich €\t\U0001F6E9 ~\n");
+  EXPECT_EQ(printable("\x1b[2Ja\rb\x7f"), "\\x1b[2Ja\\x0db\\x7f");
+  EXPECT_EQ(Plome::printableOnOneLine("ü\na\t"), "ü\\x0aa\\x09");
+  EXPECT_EQ(printable(std::string_view("a\0b", 3)), "a\\x00b");
+  EXPECT_EQ(printable("\u009b31m\u00a0"), "\\xc2\\x9b31m\u00a0");  // CSI in two bytes
+  // Bytes alone, characters cut off, a slash in two bytes, half of a pair, beyond the last plane.
+  for (const char* const none :
+       {"\x9b", "\xe2\x82", "\xc0\xaf", "\xed\xa0\x80", "\xf4\x90\x80\x80"}) {
+    std::string escaped;
+    for (const char* byte = none; *byte; ++byte) {
+      escaped += fmt::format("\\x{:02x}", static_cast<unsigned char>(*byte));
+    }
+    EXPECT_EQ(printable(none), escaped);
+    EXPECT_EQ(printable(std::string(none) + "ü"), escaped + "ü");
   }
 }
 

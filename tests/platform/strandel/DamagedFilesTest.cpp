@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 #include <cerrno>
+#include <fstream>
 #include <random>
 #include <system_error>
 
@@ -12,6 +13,7 @@
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/platform/strandel/Processes.h"
+#include "tests/support/Limit.h"
 #include "tests/support/SmallStrip.h"
 
 using namespace Strandel;
@@ -233,6 +235,44 @@ TEST(DamagedFile, WhatIsNoContainerIsRefusedAndTheBundleStays) {
 
 // Texts of variable length lie in the one place that has no checksum in any version of HDF5. Their
 // characters can change; whatever else is there must not lead the library astray.
+#ifndef VELORN_SANITIZED  // they take more addresses
+TEST(DamagedFile, ThatWouldInflateBeyondTheMemoryIsRefusedAndZerosThatFitAreRead) {
+  const TemporaryFolder folder;
+  const auto file = (folder / "zeros.kx").string();
+  // 128 MB in chunks of 0.5 MB, and ten values in one chunk of 128 MB.
+  runPython(folder.path(), R"(
+import h5py, numpy as np
+with h5py.File('zeros.kx', 'w', libver=('v110', 'v110')) as f:
+    f.attrs['format'] = np.bytes_('kx')
+    f.attrs['version'] = 1
+    s = f.create_group('0')
+    s.attrs['time'] = 0.0
+    for name, rows, chunk in (('Many', 1 << 24, 1 << 16), ('Few', 10, 1 << 24)):
+        group = s.create_group(name).create_group('StandardCartesianChart3D').create_group('Times')
+        group.attrs['value_type'] = np.bytes_('double')
+        values = group.create_dataset('0', shape=(rows,), maxshape=(None,), dtype='f8', chunks=(chunk,), compression=9)
+        values[:] = 0.0
+)");
+  EXPECT_LT(std::filesystem::file_size(file), 2'000'000U);
+  Bundle bundle;
+  ASSERT_EQ(storage.load(file, bundle), "");
+  const auto read = [&](const char* grid) {
+    return bundle.slices().at(0)->grid(grid)->cartesian()->field("Times")->values<double>({0});
+  };
+  EXPECT_EQ(read("Many").values->size(), std::size_t{1} << 24);
+  const auto memory = [] {
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    return pages * 4096;
+  };
+  const Limit little(RLIMIT_AS, memory() + (std::size_t{200} << 20));
+  for (const char* const name : {"Many", "Few"}) {
+    EXPECT_THAT(read(name).error,
+                testing::AllOf(HasSubstr(file), HasSubstr(name), HasSubstr("would inflate to")));
+  }
+}
+#endif
+
 TEST(DamagedFile, AnyByteOfTheHeapOfTextsMayBeWrongWithoutHarmToTheProcess) {
   const TemporaryFolder folder;
   std::string example = exampleOfTheManual();

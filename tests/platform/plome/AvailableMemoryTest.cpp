@@ -5,9 +5,9 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include "flight/strips/AvailableMemory.h"
+#include "platform/plome/AvailableMemory.h"
 
-using namespace Velorn::Flights;
+using namespace Plome;
 
 namespace {
 

@@ -1,6 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include "flight/strips/AvailableMemory.h"
+#include "platform/plome/AvailableMemory.h"
 
 #include <algorithm>
 #include <charconv>
@@ -13,7 +13,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-namespace Velorn::Flights {
+namespace Plome {
 namespace {
 
 using Bytes = std::optional<std::uint64_t>;
@@ -134,4 +134,4 @@ Bytes availableMemory() {
   return availableMemory(facts);
 }
 
-}  // namespace Velorn::Flights
+}  // namespace Plome

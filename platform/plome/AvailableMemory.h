@@ -9,7 +9,9 @@
 #include <optional>
 #include <string>
 
-namespace Velorn::Flights {
+#include "platform/Visibility.h"
+
+namespace Plome {
 
 /// What the system says of memory; the parts are functions and numbers so that any system can be
 /// thought of.
@@ -27,9 +29,9 @@ struct MemoryFacts {
 /// what is left of its address space [byte]; and what the process keeps beside. Memory of files
 /// that a group's kernel would give up counts as left.
 /// @return nothing when nothing is known
-std::optional<std::uint64_t> availableMemory(const MemoryFacts& facts);
+VELORN_PLATFORM_EXPORT std::optional<std::uint64_t> availableMemory(const MemoryFacts& facts);
 
 /// Of this process, now.
-std::optional<std::uint64_t> availableMemory();
+VELORN_PLATFORM_EXPORT std::optional<std::uint64_t> availableMemory();
 
-}  // namespace Velorn::Flights
+}  // namespace Plome

@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// Files of the adjustment that did not take their text, of which it only tells the console.
+#pragma once
+
+#include <ios>
+#include <string>
+#include <string_view>
+
+#include "platform/morvane/Console.h"
+#include <velorn/flight/Error.h>
+
+namespace Velorn::Flights {
+
+/// Listens to the console for the length of a scope, and passes on what is said.
+class UnwrittenFiles {
+ public:
+  UnwrittenFiles() : before_(Morvane::Console::redirect({})) {
+    Morvane::Console::redirect([this](std::string_view line) { hear(line); });
+  }
+  ~UnwrittenFiles() { Morvane::Console::redirect(before_); }
+  UnwrittenFiles(const UnwrittenFiles&) = delete;
+  UnwrittenFiles& operator=(const UnwrittenFiles&) = delete;
+
+  /// @return what `work` returns
+  /// @throws Error with NoSpace when a file could not be opened or written meanwhile
+  template <typename Work>
+  auto refusedAfter(const Work& work) {
+    try {
+      auto result = work();
+      if (!first_.empty()) throw Error(first_, Error::NoSpace);
+      return result;
+    } catch (const std::ios_base::failure& fault) {
+      throw Error(fault.what(), Error::NoSpace);
+    }
+  }
+
+ private:
+  void hear(std::string_view line) {
+    const bool isFault = line.find(": Failed to write the file:") != std::string_view::npos ||
+                         line.find(": Failed to open the file:") != std::string_view::npos;
+    if (isFault && first_.empty()) first_ = line;
+    if (before_) before_(line);
+  }
+
+  Morvane::Console::Target before_;
+  std::string first_;
+};
+
+}  // namespace Velorn::Flights
