@@ -129,8 +129,8 @@ std::string StoredColumn::check(std::size_t first, std::size_t count) const {
   if (count == 0) return {};
   return guarded([&](hid_t dataset, const Layout& layout) {
     if (!layout) return checkOnePiece(dataset, rows() * rowBytes(valueType()));
-    checkInflation(dataset, *layout, valueType(), rows(), count);
     ChunkReader(dataset, valueType(), rows(), *layout, file_->bytes()).check(first, count);
+    checkInflation(dataset, *layout, valueType(), rows(), count);
   });
 }
 
