@@ -5,6 +5,7 @@
 #pragma once
 
 #include <ios>
+#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -13,10 +14,12 @@
 
 namespace Velorn::Flights {
 
-/// Listens to the console for the length of a scope, and passes on what is said.
+/// Listens to the console for the length of a scope, and passes on what is said. There is one
+/// console: adjustments of several threads go one after the other, lest one gives it back to
+/// another that is over.
 class UnwrittenFiles {
  public:
-  UnwrittenFiles() : before_(Morvane::Console::redirect({})) {
+  UnwrittenFiles() : turn_(ofThisProcess()), before_(Morvane::Console::redirect({})) {
     Morvane::Console::redirect([this](std::string_view line) { hear(line); });
   }
   ~UnwrittenFiles() { Morvane::Console::redirect(before_); }
@@ -37,6 +40,12 @@ class UnwrittenFiles {
   }
 
  private:
+  /// Taken again by an adjustment that a callback of another one begins.
+  static std::recursive_mutex& ofThisProcess() {
+    static std::recursive_mutex mutex;
+    return mutex;
+  }
+
   void hear(std::string_view line) {
     const bool isFault = line.find(": Failed to write the file:") != std::string_view::npos ||
                          line.find(": Failed to open the file:") != std::string_view::npos;
@@ -44,6 +53,7 @@ class UnwrittenFiles {
     if (before_) before_(line);
   }
 
+  std::lock_guard<std::recursive_mutex> turn_;
   Morvane::Console::Target before_;
   std::string first_;
 };

@@ -167,7 +167,10 @@ class FlightImport {
       progress_.report("importing", k, files_.size());
       withMemoryFor(files_[k].file.string(), [&] { import(files_[k], trajectory); });
     }
-    fs::remove(mark);
+    std::error_code fault;
+    if (!fs::remove(mark, fault)) {
+      throw Error(mark.string() + ": cannot be removed: " + fault.message(), Error::NoSpace);
+    }
     return report_;
   }
 

@@ -8,7 +8,6 @@
 #include <sstream>
 #include <system_error>
 #include <thread>
-#include <vector>
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -37,6 +36,22 @@ std::optional<Process> ownerIn(const std::string& content) {
   return owner;
 }
 
+/// In the folder, and in those that a run makes there. Others may be somebody's: a variant's, which
+/// goes on, or the user's.
+void removeLeftovers(const fs::path& folder) {
+  std::error_code fault;
+  for (const auto& entry : fs::directory_iterator(folder, fault)) {
+    std::error_code ignored;
+    const auto name = entry.path().filename().string();
+    const bool isFolder = entry.is_directory(ignored) && !entry.is_symlink(ignored);
+    if (isFolder && (name.starts_with('0') || name == "steps")) {
+      removeLeftovers(entry.path());
+    } else if (!isFolder && Plome::isTemporaryName(name)) {
+      fs::remove(entry, ignored);
+    }
+  }
+}
+
 }  // namespace
 
 FolderLock::FolderLock(const fs::path& folder, Watcher* waiting)
@@ -53,7 +68,7 @@ FolderLock::FolderLock(const fs::path& folder, Watcher* waiting)
     waiting->report("waiting for another run", 0, 0);
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
   }
-  removeLeftovers();
+  removeLeftovers(folder_);
 }
 
 FolderLock::~FolderLock() {
@@ -80,21 +95,6 @@ std::optional<std::string> FolderLock::taken() {
       pwrite(descriptor_.value(), text.data(), text.size(), 0) == static_cast<ssize_t>(text.size());
   if (isWritten) return {};
   throw Error(file_.string() + ": " + std::generic_category().message(errno), Error::NoSpace);
-}
-
-void FolderLock::removeLeftovers() const {
-  std::vector<fs::path> folders{folder_};
-  std::error_code fault;
-  for (const auto& entry : fs::directory_iterator(folder_, fault)) {
-    std::error_code ignored;
-    if (entry.is_directory(ignored) && !entry.is_symlink(ignored)) folders.push_back(entry.path());
-  }
-  for (const auto& folder : folders) {
-    for (const auto& entry : fs::directory_iterator(folder, fault)) {
-      std::error_code ignored;
-      if (Plome::isTemporaryName(entry.path().filename().string())) fs::remove(entry, ignored);
-    }
-  }
 }
 
 }  // namespace Velorn::Flights

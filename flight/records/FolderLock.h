@@ -28,7 +28,6 @@ class FolderLock {
 
  private:
   std::optional<std::string> taken();
-  void removeLeftovers() const;
 
   std::filesystem::path folder_, file_;
   Plome::Descriptor descriptor_;

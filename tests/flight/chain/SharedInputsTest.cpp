@@ -98,13 +98,18 @@ TEST_F(SharedInputs, OfAnotherMachineKeepTheRootAndThoseOfADeadProcessDoNot) {
   std::array<char, 256> host{};
   ASSERT_EQ(gethostname(host.data(), host.size() - 1), 0);
   writeContent(lock, std::string(host.data()) + " 17 4711\n");
-  const auto leftover = folder / "out/02_raster/strip_01.kx.17-3.part";
-  const auto mine = folder / "out/02_raster/notes.part";
-  writeContent(leftover, "half");
-  writeContent(mine, "kept");
+  const auto out = folder / "out";
+  const std::vector<fs::path> leftovers{out / "run.json.17-1.part",
+                                        out / "01_status/steps/match_1.json.17-2.part",
+                                        out / "02_raster/strip_01.kx.17-3.part"};
+  // A user's file, and that of a variant whose run may be going on.
+  const std::vector<fs::path> others{out / "02_raster/notes.part", out / "wide/run.json.17-4.part"};
+  fs::create_directory(out / "wide");
+  for (const auto& file : leftovers) writeContent(file, "half");
+  for (const auto& file : others) writeContent(file, "kept");
   done();
-  EXPECT_FALSE(fs::exists(leftover));
-  EXPECT_TRUE(fs::exists(mine));
+  for (const auto& file : leftovers) EXPECT_FALSE(fs::exists(file)) << file;
+  for (const auto& file : others) EXPECT_TRUE(fs::exists(file)) << file;
   EXPECT_EQ(contentOf(lock), "");
 }
 
