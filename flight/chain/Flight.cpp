@@ -140,9 +140,14 @@ class Flight::Chain {
     try {
       runRounds(plan, work, rounds);
     } catch (...) {
-      addRounds(rounds);
+      endRounds(rounds);
       throw;
     }
+    endRounds(rounds);
+  }
+
+  void endRounds(const RoundsResult& rounds) {
+    context_.surfaces.forgetAll();
     addRounds(rounds);
   }
 

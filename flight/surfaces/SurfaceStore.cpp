@@ -57,6 +57,10 @@ void SurfaceStore::forget(std::size_t strip) {
   }
 }
 
+void SurfaceStore::forgetAll() {
+  for (std::size_t strip = 0; strip < size(); ++strip) forget(strip);
+}
+
 MatchPoints SurfaceStore::chosen(const fs::path& file, bool withPlanes, Kept& kept,
                                  const Wanted& wanted) {
   if (kept) return kept->at(numbersOf(*kept, wanted));

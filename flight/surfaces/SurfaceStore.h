@@ -39,8 +39,10 @@ class SurfaceStore {
   /// @throws Error of MissingFile that names the first file that is not there
   void requireFiles() const;
 
-  /// The files of a strip are about to be written anew.
+  /// Holds nothing of a strip any more: its files are about to be written anew.
   void forget(std::size_t strip);
+  /// Nor of any other: nobody is going to ask soon, and the files may be other ones then.
+  void forgetAll();
 
   /// The points that `wanted` takes, as delivered.
   /// @throws Error that names the file
