@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
 #include <chrono>
 #include <system_error>
 
@@ -135,8 +136,9 @@ class Flight::Chain {
     if (!matches && !adjusts) return;
     RoundsResult rounds;
     RoundWork work(context_);
-    const RoundPlan plan{matches, adjusts, settings().coarseRounds, settings().rounds,
-                         context_.configuration().SearchRadius};
+    RoundPlan plan{matches, adjusts, {}, settings().rounds,
+                   context_.configuration().SearchRadius};
+    if (settings().coarseRounds >= 0) plan.coarse = settings().coarseRounds;
     try {
       runRounds(plan, work, rounds);
     } catch (...) {
@@ -153,13 +155,24 @@ class Flight::Chain {
 
   /// What the last round found stands by itself, so that nobody has to look for it.
   void addRounds(const RoundsResult& rounds) {
+    report_.apart = rounds.apart;
     report_.rounds = rounds.reports;
+    report_.roundsEnd = rounds.end;
     if (context_.does("+optimization")) model_ = rounds.model;
     if (rounds.model) report_.model = context_.folder.fromRoot(rounds.model->files);
     if (rounds.reports.empty()) return;
-    const auto& last = rounds.reports.back();
+    const auto& last = lastThatCounts(rounds.reports);
     report_.adjustment = last.adjustment;
-    if (last.matching) report_.datum = datumOf(*last.matching, settings(), context_.strips);
+    if (!last.matching) return;
+    report_.datum = datumOf(*last.matching, settings(), context_.strips);
+    auto& warnings = report_.datum->warnings;
+    warnings.insert(warnings.end(), rounds.warnings.begin(), rounds.warnings.end());
+  }
+
+  static const RoundReport& lastThatCounts(const std::vector<RoundReport>& rounds) {
+    const auto last = std::find_if(rounds.rbegin(), rounds.rend(),
+                                   [](const RoundReport& round) { return !round.isTakenBack; });
+    return last == rounds.rend() ? rounds.back() : *last;
   }
 
   void tellOfEarlierStrips() const {

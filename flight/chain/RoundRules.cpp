@@ -4,13 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 #include <fmt/format.h>
 
 namespace Velorn::Flights {
 namespace {
 
-constexpr double smallestChange = 0.01;  // of the RMS of the pairs, from round to round
 constexpr std::size_t fewestOfCoarse = 10;
 
 std::string adjustmentLine(const RoundReport& round) {
@@ -18,8 +18,31 @@ std::string adjustmentLine(const RoundReport& round) {
   const auto& end = adjustment.solver.termination;
   const double before = adjustment.before.pairs.rms, after = adjustment.after.pairs.rms;
   if (!std::isfinite(after)) return fmt::format("round {}: {}", round.number, end);
-  return fmt::format("round {}: {}; pairs fit to {:.2f} cm, before {:.2f} cm{}", round.number, end,
-                     100.0 * after, 100.0 * before, round.isSkipped ? "; unchanged, skipped" : "");
+  const auto moved = std::isfinite(adjustment.moved)
+                         ? fmt::format("; points moved by {:.2f} cm", 100.0 * adjustment.moved)
+                         : std::string();
+  return fmt::format("round {}: {}; pairs fit to {:.2f} cm, before {:.2f} cm{}{}", round.number,
+                     end, 100.0 * after, 100.0 * before, moved,
+                     round.isSkipped ? "; unchanged, skipped" : "");
+}
+
+/// Points that move by less stay where they are [m]: a millimetre, or a tenth of the standard
+/// deviation of a point, of which the two of a pair have the same.
+double restOf(const AdjustmentReport& adjustment) {
+  constexpr double least = 1e-3, part = 0.1;
+  return std::fmax(least, part * adjustment.after.pairs.rms / std::numbers::sqrt2);
+}
+
+bool isAtRest(const AdjustmentReport& adjustment) {
+  constexpr double creeping = 10.0;  // one correction against the others
+  const double rest = restOf(adjustment);
+  return adjustment.moved <= rest && adjustment.movedByOne <= creeping * rest;
+}
+
+/// Of ground truth, robust [m]; NaN for too little of it.
+double misfitOf(const Fit& fit) {
+  constexpr std::size_t fewest = 20;
+  return fit.count < fewest ? std::nan("") : std::hypot(fit.median, fit.nmad);
 }
 
 class Rounds {
@@ -30,26 +53,83 @@ class Rounds {
         matches_(plan.matches),
         adjusts_(plan.adjusts),
         both_(plan.matches && plan.adjusts),
-        coarse_(both_ ? plan.coarse : 0),
+        coarse_(both_ ? coarseOf(plan) : 0),
         most_(both_ ? coarse_ + plan.fine : 1),
-        widest_(plan.widest) {}
+        widest_(plan.widest),
+        farthestControl_(std::max(plan.widest, apartAndHalf())) {}
 
   void all() {
-    Round round{1, widest_, 1.0, {}};
+    Round round{1, widest_, farthestControl_, 1.0, {}};
     for (; round.number <= most_; ++round.number) {
       round.scale = round.number > coarse_ ? 1.0 : std::exp2(0.5 * (coarse_ + 1 - round.number));
       round.start = result_.model;
-      const RoundReport report = one(round);
-      const bool hasFailed = report.adjustment && !result_.model;
-      const bool isLast =
-          !round.isCoarse() && (!report.adjustment || !result_.model || isSettledBy(report));
+      RoundReport report = one(round);
+      takeBack(round, report);
+      const bool isLast = isEnd(round, report);
+      if (!report.isTakenBack && report.adjustment) control_ = report.adjustment->after.groundTruth;
       result_.reports.push_back(report);
-      if (isLast || hasFailed) break;
-      if (both_) round.radius = nextRadius(report);
+      if (isLast) return;
+      if (both_) setRadii(report, round);
     }
+    tellOfLimit();
   }
 
  private:
+  unsigned int coarseOf(const RoundPlan& plan) {
+    if (plan.coarse) return *plan.coarse;
+    result_.apart = steps_.apart();
+    return result_.apart->coarseRounds = coarseRoundsFor(*result_.apart, plan.widest);
+  }
+
+  /// Strips that lie apart may all lie apart from the ground truth.
+  double apartAndHalf() const {
+    constexpr double more = 1.5;
+    return result_.apart && coarse_ > 0 ? more * result_.apart->farthest() : 0.0;
+  }
+
+  /// A round that brought the strips together at the cost of the ground truth.
+  void takeBack(const Round& round, RoundReport& report) {
+    constexpr double much = 2.0;
+    if (!report.adjustment || !result_.model) return;
+    if (!round.start && !round.isCoarse()) return;  // nothing to go back to
+    const auto& adjustment = *report.adjustment;
+    const double now = misfitOf(adjustment.after.groundTruth),
+                 before = misfitOf(control_ ? *control_ : adjustment.before.groundTruth);
+    if (!(now > much * before && now - before > adjustment.after.pairs.rms)) return;
+    report.isTakenBack = true;
+    result_.model = round.start;
+    result_.warnings.push_back(fmt::format(
+        "Round {} was taken back: ground truth fits to {:.1f} cm after it, and to {:.1f} cm "
+        "before.",
+        round.number, 100.0 * now, 100.0 * before));
+    steps_.tell(result_.warnings.back());
+  }
+
+  /// Says why, too.
+  bool isEnd(const Round& round, const RoundReport& report) {
+    if (report.adjustment && !report.isTakenBack && !result_.model) return true;  // has failed
+    if (round.isCoarse()) return false;
+    if (!report.adjustment) return true;
+    if (report.isTakenBack) {
+      result_.end = "the last round was taken back";
+      return true;
+    }
+    if (!both_ || !isSettledBy(round, report)) return !both_;
+    result_.end = fmt::format("points moved by {:.2f} mm in the last round",
+                              1e3 * report.adjustment->moved);
+    return true;
+  }
+
+  void tellOfLimit() {
+    if (!both_ || result_.reports.empty() || !result_.reports.back().adjustment) return;
+    const auto& last = *result_.reports.back().adjustment;
+    result_.end = fmt::format("{} rounds are the limit", most_ - coarse_);
+    result_.warnings.push_back(fmt::format(
+        "The rounds ended at their limit of {}, and the last one moved points by {:.1f} mm (one "
+        "global correction alone: {:.1f} mm): another round would change the result.",
+        most_ - coarse_, 1e3 * last.moved, 1e3 * last.movedByOne));
+  }
+
   /// The matching of a round is looked at only when its adjustment has to be done, for the blocks
   /// of an earlier round are gone, and in the last round, so that the blocks belong to the model.
   RoundReport one(const Round& round) {
@@ -77,7 +157,8 @@ class Rounds {
       steps_.tell(matchingLine(round.number, *done.matching, true));
       return done;
     }
-    const bool isLast = !round.isCoarse() && (round.number == most_ || isSettledBy(done));
+    const bool isLast =
+        !round.isCoarse() && (round.number == most_ || isSettledBy(round, done));
     if (isLast && matches_) steps_.match(round);
     result_.model = RoundModel{done.adjustment->files, steps_.digestOf(round)};
     steps_.tell(adjustmentLine(done));
@@ -107,29 +188,45 @@ class Rounds {
 
   /// From coarse to fine: what is left to search for is the distance of neighbouring points and the
   /// disagreement that the last adjustment left.
-  double nextRadius(const RoundReport& round) const {
-    if (!round.adjustment) return widest_;
-    const double typical = round.matching->typicalDistance;
-    const double rms = round.adjustment->after.pairs.rms;
-    if (!std::isfinite(typical) || !std::isfinite(rms)) return widest_;
-    return std::min(widest_, 3.0 * typical + 4.0 * rms);
+  void setRadii(const RoundReport& report, Round& round) const {
+    round.radius = widest_;
+    round.controlRadius = farthestControl_;
+    if (!report.adjustment || report.isTakenBack) return;
+    const double typical = report.matching->typicalDistance;
+    const auto& fit = report.adjustment->after;
+    if (std::isfinite(typical) && std::isfinite(fit.pairs.rms)) {
+      round.radius = std::min(widest_, 3.0 * typical + 4.0 * fit.pairs.rms);
+    }
+    const double misfit = misfitOf(fit.groundTruth);
+    if (!round.isCoarse() && std::isfinite(misfit)) {
+      round.controlRadius = std::min(farthestControl_, round.radius + 4.0 * misfit);
+    }
   }
 
-  /// Whether a round fits as well as the round before, which was no coarse one.
-  bool isSettledBy(const RoundReport& report) const {
-    if (result_.reports.size() <= coarse_ || !result_.reports.back().adjustment) return false;
-    const double before = result_.reports.back().adjustment->after.pairs.rms;
-    return std::abs(report.adjustment->after.pairs.rms - before) < smallestChange * before;
+  /// Whether nothing moves any more. The first round has nothing to be compared with.
+  bool isSettledBy(const Round& round, const RoundReport& report) const {
+    return round.start && isAtRest(*report.adjustment);
   }
 
   RoundSteps& steps_;
   RoundsResult& result_;
   bool matches_, adjusts_, both_;  // both: they take turns
   unsigned int coarse_, most_;
-  double widest_;
+  double widest_, farthestControl_;
+  std::optional<Fit> control_;  // after the last round that counts
 };
 
 }  // namespace
+
+unsigned int coarseRoundsFor(const ApartReport& apart, double radius) {
+  constexpr double nearEnough = 0.7;    // of the radius, beyond which most partners are missed
+  constexpr double mostSpacings = 8.0;  // beyond which most nearest points are wrong ones
+  constexpr double fewest = 2.0, most = 10.0;
+  const double farthest = apart.farthest();
+  if (!(farthest > std::min(nearEnough * radius, mostSpacings * apart.spacing))) return 0;
+  const double scale = farthest / (spacingsSearched * apart.spacing);
+  return static_cast<unsigned int>(std::clamp(std::ceil(2.0 * std::log2(scale)), fewest, most));
+}
 
 void runRounds(const RoundPlan& plan, RoundSteps& steps, RoundsResult& result) {
   Rounds(plan, steps, result).all();

@@ -22,12 +22,16 @@ struct RoundModel {
 /// One round on its way.
 struct Round {
   unsigned int number = 1;
-  double radius = 0.0;  ///< of the search [m]
-  double scale = 1.0;   ///< above 1: a coarse round
+  double radius = 0.0;         ///< of the search [m]
+  double controlRadius = 0.0;  ///< of the search for ground truth [m]
+  double scale = 1.0;          ///< above 1: a coarse round
   std::optional<RoundModel> start;
 
   bool isCoarse() const { return scale > 1.0; }
 };
+
+/// Search radius of a coarse round in units of its scale times the distance of the points.
+inline constexpr double spacingsSearched = 4.0;
 
 /// What the rounds are made of.
 class RoundSteps {
@@ -37,6 +41,8 @@ class RoundSteps {
   RoundSteps(const RoundSteps&) = delete;
   RoundSteps& operator=(const RoundSteps&) = delete;
 
+  /// How far the strips lie apart as delivered.
+  virtual ApartReport apart() = 0;
   /// The round as an earlier run has it, if nothing has changed since.
   virtual std::optional<RoundReport> finished(const Round& round) = 0;
   /// @throws Error for correspondences that no adjustment could use
@@ -52,20 +58,33 @@ class RoundSteps {
 
 struct RoundPlan {
   bool matches = true, adjusts = true;  ///< without one of both the other is done once
-  unsigned int coarse = 0, fine = 5;    ///< rounds at most
-  double widest = 3.0;                  ///< search radius [m]
+  /// Rounds that come first, each finer than the one before; none said: as many as the distance of
+  /// the strips asks for.
+  std::optional<unsigned int> coarse;
+  unsigned int fine = 10;  ///< rounds after them, at most
+  double widest = 3.0;     ///< search radius [m]
 };
 
 /// What the rounds leave, also when a step of them throws.
 struct RoundsResult {
+  std::optional<ApartReport> apart;  ///< where the rounds decided by it
   std::vector<RoundReport> reports;
   std::optional<RoundModel> model;  ///< none unless the last solver converged
+  std::string end;                  ///< why there is no other round
+  std::vector<std::string> warnings;
 };
 
 /// A matching in one line.
 std::string matchingLine(unsigned int round, const MatchReport& matching, bool isSkipped);
 
-/// From coarse to fine, and then until the fit of the pairs changes by less than 1 %.
+/// So many coarse rounds that the first searches as far as the strips lie apart; none where rounds
+/// that search within `radius` find their way by themselves.
+/// @param radius  of the search in other rounds [m]
+unsigned int coarseRoundsFor(const ApartReport& apart, double radius);
+
+/// From coarse to fine, and then until points move by less than a millimetre, or a tenth of the
+/// standard deviation of one, and no global correction creeps. A round after which ground truth fits
+/// much worse than before is taken back.
 /// @throws what the steps throw
 void runRounds(const RoundPlan& plan, RoundSteps& steps, RoundsResult& result);
 

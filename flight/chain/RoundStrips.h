@@ -7,6 +7,7 @@
 
 #include <algorithm>
 
+#include "flight/chain/RoundRules.h"
 #include "flight/chain/RunContext.h"
 #include "flight/surfaces/Solution.h"
 
@@ -22,7 +23,7 @@ struct Coarseness {
 
   bool isCoarse() const { return scale > 1.0; }
   double side() const { return std::max(1e-3, 0.5 * scale * spacing); }
-  double fewestRadius() const { return 4.0 * scale * spacing; }
+  double fewestRadius() const { return spacingsSearched * scale * spacing; }
   static unsigned int neighbours(unsigned int ofProject) { return 4 * ofProject; }
 };
 

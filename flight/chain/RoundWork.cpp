@@ -3,14 +3,17 @@
 #include "flight/chain/RoundWork.h"
 
 #include <algorithm>
+#include <cmath>
 #include <system_error>
 
 #include <fmt/format.h>
 
 #include "flight/chain/Adjustment.h"
+#include "flight/chain/PointMovement.h"
 #include "flight/chain/Rasterizing.h"
 #include "flight/chain/RoundStrips.h"
 #include "flight/chain/StepSettings.h"
+#include "flight/chain/StripsApart.h"
 #include "flight/matching/Match.h"
 #include "flight/strips/OrFail.h"
 
@@ -23,6 +26,7 @@ namespace fs = std::filesystem;
 void addMatching(const FlightSettings& settings, const Round& round, StepKey& key) {
   addSettings(settings, Step::Match, key);
   key.add("radius", round.radius);
+  key.add("control radius", round.controlRadius);
   key.add("scale", round.scale);
 }
 
@@ -82,11 +86,6 @@ std::string suffixOf(const Round& round) {
 }
 
 }  // namespace
-
-bool RoundWork::usesCoarseRounds() const {
-  const bool both = run_.does("+correspondences") && run_.does("+optimization");
-  return both && run_.settings.coarseRounds > 0;
-}
 
 StepRecord RoundWork::adjustRecord(const Round& round) const {
   return run_.folder.record("adjust_" + std::to_string(round.number));
@@ -169,19 +168,34 @@ MatchReport RoundWork::matchAnew(const Round& round) {
   MatchOptions options{run_.settings.match, run_.settings.raster.neighbours,
                        run_.settings.raster.neighbourRadius};
   std::optional<SurfaceStore> views;
-  if (usesCoarseRounds()) {
+  if (round.isCoarse()) {
     const Coarseness coarseness{round.scale, spacing()};
     configuration.SearchRadius = std::max(round.radius, coarseness.fewestRadius());
     views = stripsOfRound(run_, coarseness, start, configuration);
     options.neighbours = Coarseness::neighbours(options.neighbours);
     options.neighbourRadius *= round.scale;
     options.areFarApart = true;
-    options.reach = run_.configuration().SearchRadius;
   }
+  options.controlRadius = std::max(configuration.SearchRadius, round.controlRadius);
+  options.reach = options.controlRadius + reachOf(start);
   auto& surfaces = views ? *views : run_.surfaces;
   auto report = Flights::match(configuration, surfaces, options, start, *run_.watcher);
   if (!round.isCoarse()) checkMatching(report, run_);
   return report;
+}
+
+ApartReport RoundWork::apart() {
+  requireSurfaces(run_);
+  auto apart = stripsApart(run_, spacing());
+  tell(textOf(apart));
+  return apart;
+}
+
+/// How far points lie from where they were delivered, by which overlaps are seen [m].
+double RoundWork::reachOf(const Solution* start) {
+  if (!start) return run_.configuration().SearchRadius;
+  const double moved = movementOf(run_, nullptr, *start).points;
+  return std::isfinite(moved) ? moved : run_.configuration().SearchRadius;
 }
 
 double RoundWork::spacing() {
@@ -212,9 +226,18 @@ AdjustmentReport RoundWork::adjust(const Round& round) {
   const FilesAtRest atRest(blocks);
   if (run_.does("+correspondences")) matchRecord(round).requireOutputs(blocks, "match again");
   run_.requireInputs();
+  const auto start = round.start ? parametersOf(*round.start) : nullptr;
   auto adjusted = adjustedBy(input, run_.trajectory, run_.watcher, run_.does("+correspondences"));
   run_.requireInputs();
   atRest.requireUnchanged();
+  if (run_.does("+correspondences")) {
+    std::optional<Solution> before;
+    if (start) before.emplace(Solution{*start, run_.trajectory});
+    const Movement movement = movementOf(run_, before ? &*before : nullptr,
+                                         {*adjusted.parameters, run_.trajectory});
+    adjusted.report.moved = movement.points;
+    adjusted.report.movedByOne = movement.byOne;
+  }
   adjusted_ = std::move(adjusted.parameters);
   adjustedFiles_ = adjusted.report.files;
   if (round.isCoarse()) removeListsOfHeld(run_.folder);

@@ -9,6 +9,7 @@
 
 #include "flight/chain/RoundRules.h"
 #include "flight/chain/RunContext.h"
+#include "flight/surfaces/Solution.h"
 #include <velorn/SolverParameters.h>
 
 namespace Velorn::Flights {
@@ -17,6 +18,7 @@ class RoundWork final : public RoundSteps {
  public:
   explicit RoundWork(RunContext& run) : run_(run) {}
 
+  ApartReport apart() override;
   std::optional<RoundReport> finished(const Round& round) override;
   MatchReport match(const Round& round) override;
   AdjustmentReport adjust(const Round& round) override;
@@ -29,8 +31,8 @@ class RoundWork final : public RoundSteps {
   StepKey adjustKey(const Round& round) const;
   StepRecord matchRecord(const Round& round) const;
   StepRecord adjustRecord(const Round& round) const;
-  bool usesCoarseRounds() const;
   double spacing();
+  double reachOf(const Solution* start);
   MatchReport matchAnew(const Round& round);
 
   std::shared_ptr<const Velorn::SolverParameters> parametersOf(const RoundModel& model) const;

@@ -60,7 +60,7 @@ TruthFate examine(const PartnerSearch& strip, const GroundTruth& known, Correspo
   const SearchRules& rules = strip.rules();
   const MatchPoints& points = strip.points();
   const point& p = points.places()[pair.i];
-  const Neighbour nearest = known.nearest(p, rules.radius);
+  const Neighbour nearest = known.nearest(p, rules.controlReach());
   if (!(nearest.square < infinite)) return TruthFate::noCandidate;
   pair.j = nearest.number;
   pair.code = codeOf(Velorn::TerrainType::GROUND_TRUTH);
@@ -84,7 +84,7 @@ std::vector<std::uint32_t> nearGroundTruth(const PartnerSearch& strip, const Gro
   const auto& places = strip.points().places();
   std::vector<std::uint8_t> isNear(places.size());
   forEachInParallel(0, places.size(), 4096, [&](std::size_t k) {
-    isNear[k] = known.isNear(places[k], strip.rules().radius) ? 1 : 0;
+    isNear[k] = known.isNear(places[k], strip.rules().controlReach()) ? 1 : 0;
   });
   std::vector<std::uint32_t> near;
   for (std::uint32_t k = 0; k < places.size(); ++k) {

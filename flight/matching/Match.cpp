@@ -90,7 +90,7 @@ class Matcher {
         progress_(progress),
         rules_{configuration.SearchRadius, std::cos(configuration.ThresholdMaxAngle * degree),
                options.ontoPlanes,         options.neighbours,
-               options.neighbourRadius,    options.areFarApart},
+               options.neighbourRadius,    options.areFarApart, options.controlRadius},
         reach_(std::max(configuration.SearchRadius, options.reach)),
         total_(plan.candidates()) {}
 
@@ -125,11 +125,12 @@ class Matcher {
   /// The strip's points where partners may be searched, and those that their planes go through.
   MatchPoints pointsOf(std::uint32_t j, const std::vector<PlannedPair>& pairs, bool isKnown) {
     const double reach = reach_ + rules_.neighbourRadius;
+    const double knownReach = std::max(reach_, rules_.controlReach()) + rules_.neighbourRadius;
     MatchPoints points = surfaces_.planar(j, [&](const point& place) {
       const bool isOverlap = std::any_of(pairs.begin(), pairs.end(), [&](const auto& pair) {
         return plan_.hulls[pair.i].holds(place, reach);
       });
-      return isOverlap || (isKnown && groundTruth_.isNear(place, reach));
+      return isOverlap || (isKnown && groundTruth_.isNear(place, knownReach));
     });
     georeference(surfaces_.files(j).planar, j, points);
     return points;

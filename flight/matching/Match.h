@@ -24,6 +24,8 @@ struct MatchOptions : MatchSettings {
   /// with a normal that agrees, several points may share it, and outliers are sought among
   /// correspondences of one direction, not of one class.
   bool areFarApart = false;
+  /// Distance within which ground truth is sought, where that is more than the search radius [m].
+  double controlRadius = 0.0;
   /// Overlaps are grown by that, or by the search radius where that is more: strips may disagree by
   /// it as delivered, which is how overlaps are seen [m].
   double reach = 0.0;

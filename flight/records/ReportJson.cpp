@@ -73,6 +73,19 @@ void fields(auto& visit, Of<PairReport> auto& pair) {
   visit("classes", pair.classes);
 }
 
+void fields(auto& visit, Of<PairShift> auto& pair) {
+  visit("i", pair.i);
+  visit("j", pair.j);
+  visit("shift", pair.shift);
+  visit("cells", pair.cells);
+}
+
+void fields(auto& visit, Of<ApartReport> auto& apart) {
+  visit("spacing", apart.spacing);
+  visit("pairs", apart.pairs);
+  visit("coarse_rounds", apart.coarseRounds);
+}
+
 void fields(auto& visit, Of<MatchReport> auto& matching) {
   visit("search_radius", matching.searchRadius);
   visit("max_correspondences", matching.maxCorrespondences);
@@ -148,6 +161,8 @@ void fields(auto& visit, Of<AdjustmentReport> auto& adjustment) {
   visit("globals", adjustment.globals);
   visit("held_sections", adjustment.heldSections);
   visit("movements", adjustment.movements);
+  visit("moved", adjustment.moved);
+  visit("moved_by_one", adjustment.movedByOne);
   visit("solver", adjustment.solver);
   visit.unless("files", adjustment.files, ModelFiles());
 }
@@ -158,6 +173,7 @@ void fields(auto& visit, Of<RoundReport> auto& round) {
   visit("matching", round.matching);
   visit("adjustment", round.adjustment);
   visit.unless("skipped", round.isSkipped, false);
+  visit.unless("taken_back", round.isTakenBack, false);
 }
 
 void fields(auto& visit, Of<DatumReport> auto& datum) {
@@ -179,7 +195,9 @@ void fields(auto& visit, Of<RunReport> auto& run) {
   visit("root", run.root);
   visit("strips", run.strips);
   visit("rasterize", run.rasterizing);
+  visit("apart", run.apart);
   if (!run.rounds.empty() || visit.has("rounds")) visit("rounds", run.rounds);
+  visit.unless("rounds_end", run.roundsEnd, std::string());
   visit("files", run.model);
   visit("adjustment", run.adjustment);
   visit("datum", run.datum);
@@ -312,6 +330,10 @@ Json jsonOf(const RasterCounts& counts) {
   return Writer::of(counts);
 }
 
+Json jsonOf(const ApartReport& apart) {
+  return Writer::of(apart);
+}
+
 Json jsonOf(const MatchReport& matching) {
   return Writer::of(matching);
 }
@@ -337,6 +359,10 @@ Json jsonOf(const RunReport& run) {
 
 void fromJson(const Json& json, RasterCounts& counts) {
   Reader::into(json, counts);
+}
+
+void fromJson(const Json& json, ApartReport& apart) {
+  Reader::into(json, apart);
 }
 
 void fromJson(const Json& json, MatchReport& matching) {

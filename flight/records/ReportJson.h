@@ -15,6 +15,7 @@ namespace Velorn::Flights {
 /// Of a step, for its record.
 /// @{
 nlohmann::ordered_json jsonOf(const RasterCounts& counts);
+nlohmann::ordered_json jsonOf(const ApartReport& apart);
 nlohmann::ordered_json jsonOf(const MatchReport& matching);
 nlohmann::ordered_json jsonOf(const RoundReport& round);
 nlohmann::ordered_json jsonOf(const GeoreferencingReport& georeferencing);
@@ -27,6 +28,7 @@ nlohmann::ordered_json jsonOf(const RunReport& run);
 /// @throws nlohmann::json::exception for what no such report gives
 /// @{
 void fromJson(const nlohmann::ordered_json& json, RasterCounts& counts);
+void fromJson(const nlohmann::ordered_json& json, ApartReport& apart);
 void fromJson(const nlohmann::ordered_json& json, MatchReport& matching);
 void fromJson(const nlohmann::ordered_json& json, RoundReport& round);
 void fromJson(const nlohmann::ordered_json& json, GeoreferencingReport& georeferencing);

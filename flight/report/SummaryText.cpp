@@ -172,7 +172,8 @@ std::string datumText(const DatumReport& datum) {
 std::string roundsText(const std::vector<RoundReport>& rounds) {
   std::string text;
   for (const auto& round : rounds) {
-    text += fmt::format("round {}{}:", round.number, round.isCoarse() ? ", coarse" : "");
+    text += fmt::format("round {}{}{}:", round.number, round.isCoarse() ? ", coarse" : "",
+                        round.isTakenBack ? ", taken back" : "");
     if (round.matching) {
       text += fmt::format(" search radius {:.2f} m, {} correspondences",
                           round.matching->searchRadius, round.matching->correspondences);
@@ -180,6 +181,10 @@ std::string roundsText(const std::vector<RoundReport>& rounds) {
     if (round.adjustment) {
       text += fmt::format(", pairs fit to{} cm",
                           number(round.adjustment->after.pairs.rms, centimetres, 6, 2));
+      if (std::isfinite(round.adjustment->moved)) {
+        text += fmt::format(", points moved by{} cm",
+                            number(round.adjustment->moved, centimetres, 7, 2));
+      }
     }
     text += "\n";
   }
@@ -202,6 +207,7 @@ std::string textOf(const RunReport& run) {
   std::string text = stripTable(run);
   if (!run.rounds.empty()) {
     text += "\n" + roundsText(run.rounds);
+    if (!run.roundsEnd.empty()) text += "end of the rounds: " + run.roundsEnd + "\n";
     const auto& last = run.rounds.back();
     if (last.matching) text += "\n" + funnelTables(*last.matching);
   }

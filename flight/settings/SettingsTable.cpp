@@ -67,16 +67,17 @@ std::vector<Setting> filesAndChain() {
        .place = [](FlightSettings& all) -> SettingPlace { return &all.steps; }},
       {.name = "rounds",
        .group = chain,
-       .sentence = "rounds of matching and adjusting, at most; they end early when the fit changes "
-                   "by less than 1 %",
+       .sentence = "rounds of matching and adjusting, at most; they end early when points move by "
+                   "less than a millimetre or a tenth of their standard deviation",
        .low = 1,
        .high = 20,
        .place = [](FlightSettings& all) -> SettingPlace { return &all.rounds; }},
       {.name = "coarse-rounds",
        .group = chain,
        .sentence =
-           "rounds that come first when strips disagree by many times the distance of their "
-           "points, each finer than the one before",
+           "rounds that come first when strips lie apart by many times the distance of their "
+           "points, each finer than the one before; -1: as many as that distance asks for",
+       .low = -1,
        .high = 10,
        .steps = {Match},
        .place = [](FlightSettings& all) -> SettingPlace { return &all.coarseRounds; }},

@@ -5,7 +5,9 @@
 // is NaN. docs/run.md describes the same as summary.json.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -65,6 +67,32 @@ struct RasterizingReport {
   std::vector<RasterReport> strips;
   RasterReport groundTruth;
   double seconds = 0.0;
+};
+
+/// How far one strip lies from another, as delivered: the place of J minus that of I, to about three
+/// times the distance of the points.
+struct PairShift {
+  std::uint32_t i = 0, j = 0;      ///< file ids
+  std::array<double, 3> shift{};   ///< east, north, up [m]
+  std::size_t cells = 0;           ///< of the two surfaces that were compared
+
+  double length() const { return std::hypot(shift[0], shift[1], shift[2]); }
+};
+
+struct ApartReport {
+  double spacing = unknownFigure;  ///< distance of neighbouring points of the strips [m]
+  std::vector<PairShift> pairs;    ///< with enough surface in common
+  unsigned int coarseRounds = 0;   ///< that followed from it
+
+  /// Null without pairs.
+  const PairShift* farthestPair() const {
+    const auto farthest = std::max_element(
+        pairs.begin(), pairs.end(),
+        [](const PairShift& a, const PairShift& b) { return a.length() < b.length(); });
+    return farthest == pairs.end() ? nullptr : &*farthest;
+  }
+  /// 0 without pairs [m].
+  double farthest() const { return farthestPair() ? farthestPair()->length() : 0.0; }
 };
 
 /// Where the candidates of one class went.
@@ -168,6 +196,12 @@ struct AdjustmentReport {
   GlobalCorrections globals;
   std::vector<HeldSection> heldSections;
   std::vector<StripMovement> movements;
+  /// 95 % quantile of how far this adjustment moved the points of a strip from where it began, of
+  /// the strip that moved most [m]: what rounds end by.
+  double moved = unknownFigure;
+  /// The same, by the change of one of the global corrections alone, of the one that would move a
+  /// point at the median range most [m].
+  double movedByOne = unknownFigure;
   Velorn::SolverEnd solver;
   ModelFiles files;  ///< of the adjusted model; complete only after convergence
 };
@@ -177,6 +211,8 @@ struct RoundReport {
   unsigned int number = 1;
   double scale = 1.0;  ///< above 1: a coarse round, so many times the distance of the points
   bool isSkipped = false;
+  /// Ground truth fits much worse than before the round, whose model is not used.
+  bool isTakenBack = false;
   std::optional<MatchReport> matching;
   std::optional<AdjustmentReport> adjustment;
 
@@ -203,7 +239,9 @@ struct RunReport {
   std::filesystem::path root;  ///< folder of the results
   std::vector<StripFacts> strips;
   std::optional<RasterizingReport> rasterizing;
+  std::optional<ApartReport> apart;  ///< where the run decided on coarse rounds by itself
   std::vector<RoundReport> rounds;
+  std::string roundsEnd;  ///< why no other round was done
   std::optional<AdjustmentReport> adjustment;  ///< of the last round
   std::optional<ModelFiles> model;  ///< adjusted, as seen from the root; none without convergence
   std::optional<DatumReport> datum;

@@ -64,8 +64,8 @@ struct FlightSettings {
 
   ModelSettings model;
   std::vector<std::string> steps{"+rasterize", "+correspondences", "+optimization", "+adjustment"};
-  unsigned int coarseRounds = 0;  ///< that come first, each half as coarse as the one before
-  unsigned int rounds = 5;        ///< of matching and adjusting, at most
+  int coarseRounds = -1;     ///< that come first, each finer; -1: by how far the strips lie apart
+  unsigned int rounds = 10;  ///< of matching and adjusting after them, at most
   RasterSettings raster;
   MatchSettings match;
   bool compress = false;     ///< what is newly written into adjusted strips
