@@ -56,7 +56,7 @@ class Rounds {
         coarse_(both_ ? coarseOf(plan) : 0),
         most_(both_ ? coarse_ + plan.fine : 1),
         widest_(plan.widest),
-        farthestControl_(std::max(plan.widest, apartAndHalf())) {}
+        farthestControl_(std::max(plan.widest, controlApart())) {}
 
   void all() {
     Round round{1, widest_, farthestControl_, 1.0, {}};
@@ -81,10 +81,12 @@ class Rounds {
     return result_.apart->coarseRounds = coarseRoundsFor(*result_.apart, plan.widest);
   }
 
-  /// Strips that lie apart may all lie apart from the ground truth.
-  double apartAndHalf() const {
+  /// Strips that lie apart from each other lie apart from the ground truth, too.
+  double controlApart() const {
     constexpr double more = 1.5;
-    return result_.apart && coarse_ > 0 ? more * result_.apart->farthest() : 0.0;
+    if (!result_.apart) return 0.0;
+    const double up = result_.apart->control;
+    return more * std::fmax(coarse_ > 0 ? result_.apart->farthest() : 0.0, std::abs(up));
   }
 
   /// A round that brought the strips together at the cost of the ground truth.
@@ -219,7 +221,7 @@ class Rounds {
 }  // namespace
 
 unsigned int coarseRoundsFor(const ApartReport& apart, double radius) {
-  constexpr double nearEnough = 0.7;    // of the radius, beyond which most partners are missed
+  constexpr double nearEnough = 1.5;    // of the radius, beyond which most partners are missed
   constexpr double mostSpacings = 8.0;  // beyond which most nearest points are wrong ones
   constexpr double fewest = 2.0, most = 10.0;
   const double farthest = apart.farthest();

@@ -3,6 +3,7 @@
 #include "flight/chain/StripsApart.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <fmt/format.h>
 
@@ -11,12 +12,25 @@
 #include "flight/strips/EnoughMemory.h"
 #include "flight/strips/GridFile.h"
 #include "flight/strips/ParallelLoop.h"
+#include "platform/orvek/Figures.h"
 
 namespace Velorn::Flights {
 namespace {
 
 constexpr double cellsOfSpacing = 3.0;  // smaller cells have holes
 constexpr double reachInCells = 32.0;
+
+/// Median height of ground truth above the strips' cells that it lies in [m].
+double controlAbove(const std::vector<point>& known, const std::vector<HeightGrid>& grids) {
+  std::vector<double> heights;
+  for (const HeightGrid& grid : grids) {
+    for (const point& place : known) {
+      const auto* const height = grid.cells().find(cellOf(place, grid.side()));
+      if (height) heights.push_back(place.z - height->mean());
+    }
+  }
+  return OrvekStatistic::quantileInPlace(heights, 0.5);
+}
 
 ApartReport measured(RunContext& run, double spacing) {
   ApartReport report;
@@ -43,6 +57,7 @@ ApartReport measured(RunContext& run, double spacing) {
     pairs[k].shift = {shift->east, shift->north, shift->up};
     pairs[k].cells = shift->cells;
   });
+  report.control = controlAbove(run.surfaces.knownPoints().places, grids);
   for (const PairShift& pair : pairs) {
     if (pair.cells > 0) report.pairs.push_back(pair);
   }
@@ -68,11 +83,14 @@ ApartReport stripsApart(RunContext& run, double spacing) {
 std::string textOf(const ApartReport& apart) {
   const auto* const pair = apart.farthestPair();
   if (!pair) return "no two strips have enough surfaces in common to tell how far they lie apart";
+  const auto control = std::isfinite(apart.control)
+                           ? fmt::format("; control lies {:.2f} m above them", apart.control)
+                           : std::string();
   return fmt::format(
       "strips lie up to {:.2f} m apart ({} and {}: {:.2f} m east, {:.2f} m north, {:.2f} m up); "
-      "points {:.2f} m",
+      "points {:.2f} m{}",
       pair->length(), pair->i, pair->j, pair->shift[0], pair->shift[1], pair->shift[2],
-      apart.spacing);
+      apart.spacing, control);
 }
 
 }  // namespace Velorn::Flights

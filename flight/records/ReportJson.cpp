@@ -83,6 +83,7 @@ void fields(auto& visit, Of<PairShift> auto& pair) {
 void fields(auto& visit, Of<ApartReport> auto& apart) {
   visit("spacing", apart.spacing);
   visit("pairs", apart.pairs);
+  visit("control", apart.control);
   visit("coarse_rounds", apart.coarseRounds);
 }
 

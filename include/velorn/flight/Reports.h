@@ -82,6 +82,7 @@ struct PairShift {
 struct ApartReport {
   double spacing = unknownFigure;  ///< distance of neighbouring points of the strips [m]
   std::vector<PairShift> pairs;    ///< with enough surface in common
+  double control = unknownFigure;  ///< median height of ground truth above the strips [m]
   unsigned int coarseRounds = 0;   ///< that followed from it
 
   /// Null without pairs.
