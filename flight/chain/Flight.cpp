@@ -12,6 +12,7 @@
 #include "flight/chain/Rasterizing.h"
 #include "flight/chain/RoundWork.h"
 #include "flight/chain/RunRecording.h"
+#include "flight/chain/Stability.h"
 #include "flight/matching/SolverMemory.h"
 #include "flight/strips/Threads.h"
 #include "flight/surfaces/Rasterize.h"
@@ -118,6 +119,7 @@ class Flight::Chain {
     try {
       if (context_.does("+rasterize")) report_.rasterizing = rasterizeAll(context_);
       doRounds();
+      context_.surfaces.forgetAll();
       if (context_.does("+adjustment") && model_) {
         report_.georeferencing = georeferenceAll(context_, *model_, watch_);
       } else {
@@ -142,15 +144,28 @@ class Flight::Chain {
     try {
       runRounds(plan, work, rounds);
     } catch (...) {
-      endRounds(rounds);
+      addRounds(rounds);
+      context_.surfaces.forgetAll();
       throw;
     }
-    endRounds(rounds);
+    addRounds(rounds);
+    if (matches && adjusts && settings().stability) testStability();
   }
 
-  void endRounds(const RoundsResult& rounds) {
-    context_.surfaces.forgetAll();
-    addRounds(rounds);
+  void testStability() {
+    const auto& last = lastThatCounts(report_.rounds);
+    if (!model_ || !last.matching || last.isCoarse()) return;
+    StepKey key("stability");
+    key.add("model", model_->digest);
+    const StepRecord record = context_.folder.record("stability");
+    if (!settings().force) report_.stability = record.valid<StabilityReport>(key);
+    if (!report_.stability) {
+      record.begin();
+      report_.stability = stabilityOf(context_, last);
+      record.finish(key, {}, *report_.stability);
+    }
+    const auto more = warningsOf(*report_.stability);
+    report_.datum->warnings.insert(report_.datum->warnings.end(), more.begin(), more.end());
   }
 
   /// What the last round found stands by itself, so that nobody has to look for it.

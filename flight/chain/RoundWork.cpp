@@ -87,6 +87,26 @@ std::string suffixOf(const Round& round) {
 
 }  // namespace
 
+MatchOptions matchOptionsOf(const RunContext& run) {
+  return {run.settings.match, run.settings.raster.neighbours, run.settings.raster.neighbourRadius};
+}
+
+AdjustmentInput adjustmentInputOf(const RunContext& run, const Round& round) {
+  AdjustmentInput input;
+  input.strips = run.files.getStripFiles();
+  input.groundTruth = run.groundTruth;
+  input.trajectories = run.files.getTrajectories();
+  input.correspondences = run.folder.blocks();
+  input.configuration = run.configuration();
+  input.configuration.FileSuffix = suffixOf(round);
+  input.settings = solverSettingsOf(run.settings.model);
+  input.threads = run.settings.threads;
+  input.repeatable = run.settings.repeatable;
+  if (round.isCoarse()) restrainToMisalignment(input);
+  if (round.start) input.start = round.start->files;
+  return input;
+}
+
 StepRecord RoundWork::adjustRecord(const Round& round) const {
   return run_.folder.record("adjust_" + std::to_string(round.number));
 }
@@ -165,8 +185,7 @@ MatchReport RoundWork::matchAnew(const Round& round) {
   std::optional<Solution> solution;
   if (parameters) solution.emplace(Solution{*parameters, run_.trajectory});
   const auto* const start = solution ? &*solution : nullptr;
-  MatchOptions options{run_.settings.match, run_.settings.raster.neighbours,
-                       run_.settings.raster.neighbourRadius};
+  MatchOptions options = matchOptionsOf(run_);
   std::optional<SurfaceStore> views;
   if (round.isCoarse()) {
     const Coarseness coarseness{round.scale, spacing()};
@@ -210,18 +229,7 @@ AdjustmentReport RoundWork::adjust(const Round& round) {
                 ": holds no blocks of correspondences; match first");
   }
   adjustRecord(round).begin();
-  AdjustmentInput input;
-  input.strips = run_.files.getStripFiles();
-  input.groundTruth = run_.groundTruth;
-  input.trajectories = run_.files.getTrajectories();
-  input.correspondences = run_.folder.blocks();
-  input.configuration = run_.configuration();
-  input.configuration.FileSuffix = suffixOf(round);
-  input.settings = solverSettingsOf(run_.settings.model);
-  input.threads = run_.settings.threads;
-  input.repeatable = run_.settings.repeatable;
-  if (round.isCoarse()) restrainToMisalignment(input);
-  if (round.start) input.start = round.start->files;
+  AdjustmentInput input = adjustmentInputOf(run_, round);
   check(input);
   const FilesAtRest atRest(blocks);
   if (run_.does("+correspondences")) matchRecord(round).requireOutputs(blocks, "match again");

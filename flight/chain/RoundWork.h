@@ -11,8 +11,17 @@
 #include "flight/chain/RunContext.h"
 #include "flight/surfaces/Solution.h"
 #include <velorn/SolverParameters.h>
+#include <velorn/flight/Adjust.h>
 
 namespace Velorn::Flights {
+
+struct MatchOptions;
+
+/// How a run matches where its strips do not lie far apart.
+MatchOptions matchOptionsOf(const RunContext& run);
+
+/// What an adjustment of a run takes: the folder of its blocks, and the start of the round.
+AdjustmentInput adjustmentInputOf(const RunContext& run, const Round& round);
 
 class RoundWork final : public RoundSteps {
  public:

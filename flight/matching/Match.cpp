@@ -14,6 +14,7 @@
 #include "flight/matching/MatchPlan.h"
 #include "flight/matching/PairSearch.h"
 #include "flight/matching/Rejection.h"
+#include "flight/matching/SampledSquares.h"
 #include "flight/matching/Thinning.h"
 #include "flight/strips/EnoughMemory.h"
 #include "flight/surfaces/SearchPlaces.h"
@@ -92,6 +93,7 @@ class Matcher {
                options.ontoPlanes,         options.neighbours,
                options.neighbourRadius,    options.areFarApart, options.controlRadius},
         reach_(std::max(configuration.SearchRadius, options.reach)),
+        part_(options.oneSquareOf, options.seed),
         total_(plan.candidates()) {}
 
   MatchReport run() {
@@ -127,6 +129,7 @@ class Matcher {
     const double reach = reach_ + rules_.neighbourRadius;
     const double knownReach = std::max(reach_, rules_.controlReach()) + rules_.neighbourRadius;
     MatchPoints points = surfaces_.planar(j, [&](const point& place) {
+      if (!isKnown && !part_.isNear(place, reach)) return false;
       const bool isOverlap = std::any_of(pairs.begin(), pairs.end(), [&](const auto& pair) {
         return plan_.hulls[pair.i].holds(place, reach);
       });
@@ -142,7 +145,9 @@ class Matcher {
 
   void matchPair(const PlannedPair& pair, const PartnerSearch& search) {
     MatchPoints candidates = surfaces_.raster(
-        pair.i, [&](const point& place) { return plan_.hulls[pair.j].holds(place, reach_); });
+        pair.i, [&](const point& place) {
+          return part_.holds(place) && plan_.hulls[pair.j].holds(place, reach_);
+        });
     georeference(surfaces_.files(pair.i).raster, pair.i, candidates);
     Found found;
     found.pairs =
@@ -212,6 +217,7 @@ class Matcher {
   Kestrum::LoaderProgress& progress_;
   SearchRules rules_;
   double reach_;
+  SampledSquares part_;
   std::size_t done_ = 0, total_;
   MatchReport report_;
   std::vector<double> distances_, disagreements_;  // of the strip pairs kept

@@ -26,6 +26,9 @@ struct MatchOptions : MatchSettings {
   bool areFarApart = false;
   /// Distance within which ground truth is sought, where that is more than the search radius [m].
   double controlRadius = 0.0;
+  /// Only one of so many squares of 20 m by 20 m is searched, ground truth apart: a part stands for
+  /// a large flight.
+  unsigned int oneSquareOf = 1;
   /// Overlaps are grown by that, or by the search radius where that is more: strips may disagree by
   /// it as delivered, which is how overlaps are seen [m].
   double reach = 0.0;

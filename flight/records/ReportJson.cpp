@@ -177,6 +177,22 @@ void fields(auto& visit, Of<RoundReport> auto& round) {
   visit.unless("taken_back", round.isTakenBack, false);
 }
 
+void fields(auto& visit, Of<StableSum> auto& sum) {
+  visit("name", sum.name);
+  visit("unit", sum.unit);
+  visit("value", sum.value);
+  visit("low", sum.low);
+  visit("high", sum.high);
+}
+
+void fields(auto& visit, Of<StabilityReport> auto& stability) {
+  visit("length", stability.length);
+  visit("starts", stability.starts);
+  visit("failed", stability.failed);
+  visit("sums", stability.sums);
+  visit("points", stability.points);
+}
+
 void fields(auto& visit, Of<DatumReport> auto& datum) {
   visit("fixed_by", datum.fixedBy);
   visit("warnings", datum.warnings);
@@ -201,6 +217,7 @@ void fields(auto& visit, Of<RunReport> auto& run) {
   visit.unless("rounds_end", run.roundsEnd, std::string());
   visit("files", run.model);
   visit("adjustment", run.adjustment);
+  visit("stability", run.stability);
   visit("datum", run.datum);
   visit("georeference", run.georeferencing);
   visit.unless("failure", run.failure, std::string());
@@ -343,6 +360,10 @@ Json jsonOf(const RoundReport& round) {
   return Writer::of(round);
 }
 
+Json jsonOf(const StabilityReport& stability) {
+  return Writer::of(stability);
+}
+
 Json jsonOf(const GeoreferencingReport& georeferencing) {
   return Writer::of(georeferencing);
 }
@@ -372,6 +393,10 @@ void fromJson(const Json& json, MatchReport& matching) {
 
 void fromJson(const Json& json, RoundReport& round) {
   Reader::into(json, round);
+}
+
+void fromJson(const Json& json, StabilityReport& stability) {
+  Reader::into(json, stability);
 }
 
 void fromJson(const Json& json, GeoreferencingReport& georeferencing) {

@@ -18,6 +18,7 @@ nlohmann::ordered_json jsonOf(const RasterCounts& counts);
 nlohmann::ordered_json jsonOf(const ApartReport& apart);
 nlohmann::ordered_json jsonOf(const MatchReport& matching);
 nlohmann::ordered_json jsonOf(const RoundReport& round);
+nlohmann::ordered_json jsonOf(const StabilityReport& stability);
 nlohmann::ordered_json jsonOf(const GeoreferencingReport& georeferencing);
 /// @}
 
@@ -31,6 +32,7 @@ void fromJson(const nlohmann::ordered_json& json, RasterCounts& counts);
 void fromJson(const nlohmann::ordered_json& json, ApartReport& apart);
 void fromJson(const nlohmann::ordered_json& json, MatchReport& matching);
 void fromJson(const nlohmann::ordered_json& json, RoundReport& round);
+void fromJson(const nlohmann::ordered_json& json, StabilityReport& stability);
 void fromJson(const nlohmann::ordered_json& json, GeoreferencingReport& georeferencing);
 void fromJson(const nlohmann::ordered_json& json, RunReport& run);
 /// @}

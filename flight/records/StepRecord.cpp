@@ -98,6 +98,7 @@ template std::optional<RasterCounts> StepRecord::valid(const StepKey& key) const
 template std::optional<ApartReport> StepRecord::valid(const StepKey& key) const;
 template std::optional<MatchReport> StepRecord::valid(const StepKey& key) const;
 template std::optional<RoundReport> StepRecord::valid(const StepKey& key) const;
+template std::optional<StabilityReport> StepRecord::valid(const StepKey& key) const;
 template std::optional<GeoreferencingReport> StepRecord::valid(const StepKey& key) const;
 template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
                                  const RasterCounts& report) const;
@@ -107,6 +108,8 @@ template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>
                                  const MatchReport& report) const;
 template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
                                  const RoundReport& report) const;
+template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
+                                 const StabilityReport& report) const;
 template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
                                  const GeoreferencingReport& report) const;
 

@@ -162,6 +162,18 @@ std::string solverText(const AdjustmentReport& adjustment) {
   return text;
 }
 
+std::string stabilityText(const StabilityReport& stability) {
+  std::string text = fmt::format("stability, {} starts {:.1f} cm beside the result: points within{} cm\n",
+                                 stability.starts, centimetres * stability.length,
+                                 number(stability.points, centimetres, 6, 2));
+  for (const auto& sum : stability.sums) {
+    text += fmt::format("  {:<8}{} {:<4} others from{} to{}\n", sum.name,
+                        number(sum.value, 1.0, 10, 4), sum.unit, number(sum.low, 1.0, 10, 4),
+                        number(sum.high, 1.0, 10, 4));
+  }
+  return text;
+}
+
 std::string datumText(const DatumReport& datum) {
   std::string text;
   for (const auto& line : datum.fixedBy) text += "datum: " + line + "\n";
@@ -218,6 +230,7 @@ std::string textOf(const RunReport& run) {
             idleScaleText(adjustment.globals.scales[1], farthestForwardOf(run.strips)) + "\n" +
             solverText(adjustment);
   }
+  if (run.stability) text += stabilityText(*run.stability);
   if (run.datum) text += datumText(*run.datum);
   if (run.georeferencing) {
     text += "adjusted strips: " + run.georeferencing->folder.string() + "\n";

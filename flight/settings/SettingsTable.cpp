@@ -81,6 +81,11 @@ std::vector<Setting> filesAndChain() {
        .high = 10,
        .steps = {Match},
        .place = [](FlightSettings& all) -> SettingPlace { return &all.coarseRounds; }},
+      {.name = "stability",
+       .group = chain,
+       .sentence = "after the last round the search begins anew from four starts beside the result; "
+                   "what they do not agree about is told",
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.stability; }},
       {.name = "compress",
        .group = chain,
        .sentence = "deflate what is written into adjusted strips",

@@ -63,6 +63,13 @@ void keepCovered(const Solution& solution, const std::filesystem::path& file, st
             [&](std::size_t k) { return coverage.hasSection(points.times[k]); });
 }
 
+std::vector<point> rotatedBy(const Disturbance& disturbance, const std::vector<point>& scanner) {
+  std::vector<point> rotated;
+  rotated.reserve(scanner.size());
+  for (const point& place : scanner) rotated.push_back(disturbance.rotated(place));
+  return rotated;
+}
+
 /// The columns of the points that have a place.
 struct Covered {
   std::vector<std::size_t> numbers;
@@ -92,9 +99,14 @@ void searchWith(const Solution* solution, const std::filesystem::path& file, std
   if (points.size() == 0) return;
   points.searched.resize(points.size());
   std::vector<vector> directions(points.size());
+  const auto* const disturbance = solution->disturbance;
   const std::string message = Velorn::scanner2world(
-      solution->parameters, solution->trajectory, points.scanner, points.times, points.week, strip,
-      points.searched, directions, 0.0, interpolationFlag);
+      solution->parameters, solution->trajectory,
+      disturbance ? rotatedBy(*disturbance, points.scanner) : points.scanner, points.times,
+      points.week, strip, points.searched, directions, 0.0, interpolationFlag);
+  if (disturbance) {
+    for (point& place : points.searched) place = place + disturbance->shifts.at(strip);
+  }
   const auto dropped = keepThose(file, "they have no place by the last result", points,
                                  [&](std::size_t k) { return isOnEarth(points.searched[k]); });
   if (!message.empty() && dropped == 0) {

@@ -220,6 +220,22 @@ struct RoundReport {
   bool isCoarse() const { return scale > 1.0; }
 };
 
+/// A sum of corrections that a user reads, and what other starts give for it.
+struct StableSum {
+  std::string name, unit;
+  double value = unknownFigure;
+  double low = unknownFigure, high = unknownFigure;  ///< of all starts
+};
+
+/// How far results of searches that began beside the result lie apart.
+struct StabilityReport {
+  double length = 0.0;  ///< that each start was turned and shifted by [m]
+  std::size_t starts = 0, failed = 0;
+  std::vector<StableSum> sums;
+  /// 95 % quantile of the distances between points by the first start and by another [m].
+  double points = unknownFigure;
+};
+
 /// What fixes the block in space, and what nothing controls.
 struct DatumReport {
   std::vector<std::string> fixedBy, warnings;
@@ -245,6 +261,7 @@ struct RunReport {
   std::string roundsEnd;  ///< why no other round was done
   std::optional<AdjustmentReport> adjustment;  ///< of the last round
   std::optional<ModelFiles> model;  ///< adjusted, as seen from the root; none without convergence
+  std::optional<StabilityReport> stability;
   std::optional<DatumReport> datum;
   std::optional<GeoreferencingReport> georeferencing;
   std::string failure;  ///< empty: none

@@ -68,6 +68,7 @@ struct FlightSettings {
   unsigned int rounds = 10;  ///< of matching and adjusting after them, at most
   RasterSettings raster;
   MatchSettings match;
+  bool stability = true;     ///< the result is held against others from starts beside it
   bool compress = false;     ///< what is newly written into adjusted strips
   bool force = false;        ///< steps that are done already are done again
   unsigned int threads = 0;  ///< of all work; 0: as many as there are cores

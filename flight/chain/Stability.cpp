@@ -1,0 +1,257 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+#include "flight/chain/Stability.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "flight/chain/Adjustment.h"
+#include "flight/chain/PointMovement.h"
+#include "flight/chain/RoundWork.h"
+#include "flight/matching/Match.h"
+#include "flight/strips/OrFail.h"
+#include "platform/geomra/Degree.h"
+#include "platform/orvek/Figures.h"
+
+namespace Velorn::Flights {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Parameters = std::shared_ptr<const Velorn::SolverParameters>;
+
+constexpr std::size_t starts = 4;
+constexpr std::size_t enoughCorrespondences = 6000;  // a flight with more is matched in part
+
+/// A folder that goes with its contents.
+class ScratchFolder {
+ public:
+  explicit ScratchFolder(fs::path folder) : folder_(std::move(folder)) {
+    std::error_code fault;
+    fs::remove_all(folder_, fault);
+    fs::create_directories(folder_, fault);
+    if (fault) throw Error(folder_.string() + ": " + fault.message(), Error::NoSpace);
+  }
+  ~ScratchFolder() {
+    std::error_code ignored;
+    fs::remove_all(folder_, ignored);
+  }
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+  const fs::path& path() const { return folder_; }
+
+ private:
+  fs::path folder_;
+};
+
+/// Half-width of the swath and range, medians over the rasters' points [m].
+struct Reach {
+  double aside = 1.0, range = 1.0;
+};
+
+Reach reachOf(RunContext& run) {
+  std::vector<double> aside, ranges;
+  for (std::uint32_t strip = 0; strip < run.surfaces.size(); ++strip) {
+    const auto points = run.surfaces.raster(strip, [](const point&) { return true; });
+    for (std::size_t k = 0; k < points.size(); k += 1 + points.size() / 1000) {
+      aside.push_back(std::hypot(points.scanner[k].y, points.scanner[k].z));
+      ranges.push_back(lengthOf(points.scanner[k] - point{}));
+    }
+  }
+  constexpr double least = 1.0;
+  return {std::fmax(least, OrvekStatistic::quantileInPlace(aside, 0.5)),
+          std::fmax(least, OrvekStatistic::quantileInPlace(ranges, 0.5))};
+}
+
+/// Signs of the columns of a factorial design in as many runs as there are starts; a column further
+/// on is a product of the first ones, so that strips do not all go the same way.
+double signOf(std::size_t start, std::size_t column) {
+  const bool first = (start & 1U) != 0, second = (start & 2U) != 0;
+  switch (column % 4) {
+    case 0:
+      return first ? 1.0 : -1.0;
+    case 1:
+      return second ? 1.0 : -1.0;
+    case 2:
+      return first == second ? 1.0 : -1.0;
+    default:
+      return first != second ? 1.0 : -1.0;
+  }
+}
+
+/// @param length  that each turn and shift moves a point by [m]
+Disturbance disturbanceOf(std::size_t start, double length, const Reach& reach,
+                          std::size_t strips) {
+  Disturbance disturbance;
+  disturbance.rotation = {signOf(start, 0) * length / reach.range,
+                          signOf(start, 1) * length / reach.range,
+                          signOf(start, 2) * length / reach.aside};
+  for (std::size_t strip = 0; strip < strips; ++strip) {
+    disturbance.shifts.push_back({signOf(start, strip) * length, signOf(start, strip + 1) * length,
+                                  signOf(start, strip + 2) * length});
+  }
+  return disturbance;
+}
+
+/// Mean correction of an attitude over all sections, at the middle of each [rad].
+double meanAttitude(const Velorn::SolverParameters& parameters, unsigned int axis) {
+  double sum = 0.0;
+  std::size_t sections = 0;
+  for (const auto& strip : parameters.getStripSections()) {
+    for (auto section = strip.sections.begin(); section != strip.sections.end(); ++section) {
+      const auto next = std::next(section);
+      const double end = next == strip.sections.end() ? strip.maxTime : next->first;
+      const double middle = std::max(0.0, 0.5 * (end - section->first));
+      double power = 1.0;
+      for (unsigned int m = 0; m < 4; ++m, power *= middle) {
+        sum += power * parameters.getTrajectoryAngleCorrection(section->second.sectionID,
+                                                               4 * axis + m);
+      }
+      ++sections;
+    }
+  }
+  return sections == 0 ? 0.0 : sum / static_cast<double>(sections);
+}
+
+/// What a user reads: the sums that a flight tells, not their parts.
+std::vector<StableSum> sumsOf(const Velorn::SolverParameters& parameters) {
+  using Geomra::degreesPerRadian;
+  const auto angle = [&](unsigned int axis, double offset) {
+    return degreesPerRadian *
+           (parameters.getMisalignment(axis) + meanAttitude(parameters, axis) + offset);
+  };
+  return {{"roll", "deg", angle(0, parameters.getRangeAngleOffset(2))},
+          {"pitch", "deg", angle(1, 0.0)},
+          {"yaw", "deg", angle(2, 0.0)},
+          {"range", "m", parameters.getRangeAngleOffset(0)}};
+}
+
+class StabilityTest {
+ public:
+  StabilityTest(RunContext& run, const RoundReport& last)
+      : run_(run),
+        last_(last),
+        adjusted_(restored(last.adjustment->files)),
+        scratch_(run.folder.status() / "stability"),
+        reach_(reachOf(run)) {
+    part_ = static_cast<unsigned int>(
+        std::max<std::size_t>(1, last.matching->correspondences / enoughCorrespondences));
+    constexpr double times = 3.0;
+    length_ = times * last.adjustment->after.pairs.rms;
+  }
+
+  StabilityReport report() {
+    StabilityReport report;
+    report.length = length_;
+    report.sums = sumsOf(*adjusted_);
+    std::vector<Parameters> found;
+    for (std::size_t start = 0; start < starts; ++start) {
+      if (auto parameters = from(start)) found.push_back(std::move(parameters));
+    }
+    report.starts = found.size();
+    report.failed = starts - found.size();
+    if (found.size() < 2) return report;
+    for (std::size_t k = 0; k < report.sums.size(); ++k) {
+      const auto [low, high] = rangeOf(found, k);
+      report.sums[k].low = low;
+      report.sums[k].high = high;
+    }
+    for (std::size_t k = 1; k < found.size(); ++k) {
+      const Solution first{*found[0], run_.trajectory}, other{*found[k], run_.trajectory};
+      report.points = std::fmax(report.points, movementOf(run_, &first, other).points);
+    }
+    return report;
+  }
+
+ private:
+  static std::pair<double, double> rangeOf(const std::vector<Parameters>& found, std::size_t sum) {
+    double low = sumsOf(*found[0])[sum].value, high = low;
+    for (const auto& parameters : found) {
+      const double value = sumsOf(*parameters)[sum].value;
+      low = std::min(low, value);
+      high = std::max(high, value);
+    }
+    return {low, high};
+  }
+
+  Parameters restored(const ModelFiles& files) const {
+    auto parameters = std::make_shared<Velorn::SolverParameters>(run_.files.getStripFiles(),
+                                                                 run_.configuration());
+    orFail(parameters->restore(files.sections, files.parameters, files.stripIds));
+    return parameters;
+  }
+
+  /// @return null where the start does not lead to a result
+  Parameters from(std::size_t start) {
+    const Disturbance disturbance = disturbanceOf(start, length_, reach_, run_.strips.size());
+    const Solution solution{*adjusted_, run_.trajectory, &disturbance};
+    Round round;
+    round.start = RoundModel{last_.adjustment->files, {}};
+    auto input = adjustmentInputOf(run_, round);
+    input.configuration.RootPath = scratch_.path();
+    input.configuration.SearchRadius = last_.matching->searchRadius + 2.0 * length_;
+    input.correspondences = scratch_.path() / input.configuration.getCorrespondencePath();
+    input.settings.fewestGroundTruth = 0;
+    MatchOptions options = matchOptionsOf(run_);
+    options.oneSquareOf = part_;
+    options.reach = reachOfOverlaps();
+    options.controlRadius = input.configuration.SearchRadius;
+    const auto found = match(input.configuration, run_.surfaces, options, &solution, *run_.watcher);
+    if (found.correspondences < 100) return nullptr;
+    auto adjusted = adjustedBy(input, run_.trajectory, run_.watcher, true);
+    run_.tell(fmt::format("stability: start {} of {}: {} correspondences, {}", start + 1, starts,
+                          found.correspondences, adjusted.report.solver.termination));
+    return adjusted.report.solver.isConvergence() ? adjusted.parameters : nullptr;
+  }
+
+  double reachOfOverlaps() {
+    const double moved = movementOf(run_, nullptr, {*adjusted_, run_.trajectory}).points;
+    return last_.matching->searchRadius + (std::isfinite(moved) ? moved : 0.0);
+  }
+
+  RunContext& run_;
+  const RoundReport& last_;
+  Parameters adjusted_;
+  ScratchFolder scratch_;
+  Reach reach_;
+  unsigned int part_ = 1;
+  double length_ = 0.0;
+};
+
+}  // namespace
+
+StabilityReport stabilityOf(RunContext& run, const RoundReport& last) {
+  return StabilityTest(run, last).report();
+}
+
+std::vector<std::string> warningsOf(const StabilityReport& stability) {
+  constexpr double roll = 0.02, pitch = 0.05, yaw = 0.1, range = 0.01, points = 0.02;
+  std::vector<std::string> warnings;
+  const std::array<double, 4> claimed{roll, pitch, yaw, range};
+  for (std::size_t k = 0; k < stability.sums.size() && k < claimed.size(); ++k) {
+    const auto& sum = stability.sums[k];
+    if (!(sum.high - sum.low > 2.0 * claimed[k])) continue;
+    warnings.push_back(fmt::format(
+        "The {} is not told by this flight: starts beside the result fit alike with {:.3f} to "
+        "{:.3f} {} (misalignment, offset and trajectory together).",
+        sum.name, sum.low, sum.high, sum.unit));
+  }
+  if (stability.points > points) {
+    warnings.push_back(
+        fmt::format("Starts beside the result put points up to {:.1f} cm apart: where they lie "
+                    "depends on luck.",
+                    100.0 * stability.points));
+  }
+  if (stability.failed > 0) {
+    warnings.push_back(fmt::format("{} of {} starts beside the result led to none.",
+                                   stability.failed, stability.failed + stability.starts));
+  }
+  return warnings;
+}
+
+}  // namespace Velorn::Flights
