@@ -6,11 +6,13 @@
 #include <fmt/format.h>
 
 #include "flight/chain/AdjustedStrips.h"
+#include "flight/chain/ControlFit.h"
 #include "flight/chain/Datum.h"
 #include "flight/chain/PeakMemory.h"
 #include "flight/chain/Rasterizing.h"
 #include "flight/chain/RoundWork.h"
 #include "flight/chain/RunRecording.h"
+#include "flight/chain/Sufficiency.h"
 #include "flight/matching/SolverMemory.h"
 #include "flight/strips/Threads.h"
 #include "flight/surfaces/Rasterize.h"
@@ -159,7 +161,11 @@ class Flight::Chain {
     if (rounds.reports.empty()) return;
     const auto& last = rounds.reports.back();
     report_.adjustment = last.adjustment;
-    if (last.matching) report_.datum = datumOf(*last.matching, settings(), context_.strips);
+    if (!last.matching) return;
+    report_.datum = datumOf(*last.matching, settings(), context_.strips);
+    addControlWarnings(rounds.reports, settings().configuration().TypeModel, *report_.datum);
+    addSufficiencyWarnings(last, context_.strips, settings().configuration().LockedStrips,
+                           *report_.datum);
   }
 
   void tellOfEarlierStrips() const {

@@ -11,6 +11,7 @@
 #include "flight/chain/Rasterizing.h"
 #include "flight/chain/RoundStrips.h"
 #include "flight/chain/StepSettings.h"
+#include "flight/matching/ControlMisfits.h"
 #include "flight/matching/Match.h"
 #include "flight/strips/OrFail.h"
 
@@ -168,6 +169,8 @@ MatchReport RoundWork::matchAnew(const Round& round) {
   const auto* const start = solution ? &*solution : nullptr;
   MatchOptions options{run_.settings.match, run_.settings.raster.neighbours,
                        run_.settings.raster.neighbourRadius};
+  options.controlReach = run_.configuration().SearchRadius;
+  options.weighsControl = round.start && !round.isCoarse();
   std::optional<SurfaceStore> views;
   if (usesCoarseRounds()) {
     const Coarseness coarseness{round.scale, spacing()};
@@ -206,6 +209,7 @@ AdjustmentReport RoundWork::adjust(const Round& round) {
   input.settings = solverSettingsOf(run_.settings.model);
   input.threads = run_.settings.threads;
   input.repeatable = run_.settings.repeatable;
+  input.mayBeScarce = round.isCoarse();
   if (round.isCoarse()) restrainToMisalignment(input);
   if (round.start) input.start = round.start->files;
   check(input);
@@ -218,6 +222,10 @@ AdjustmentReport RoundWork::adjust(const Round& round) {
   adjusted_ = std::move(adjusted.parameters);
   adjustedFiles_ = adjusted.report.files;
   if (round.isCoarse()) removeListsOfHeld(run_.folder);
+  if (fs::exists(run_.surfaces.groundTruth())) {
+    adjusted.report.control = controlMisfits(blocks, GroundTruth(run_.surfaces.knownPoints()),
+                                             {*adjusted_, run_.trajectory}, run_.configuration());
+  }
   return std::move(adjusted.report);
 }
 

@@ -8,6 +8,7 @@
 #include <numeric>
 #include <utility>
 
+#include "flight/matching/ControlTally.h"
 #include "flight/matching/Rejection.h"
 #include "flight/strips/ParallelLoop.h"
 
@@ -56,11 +57,12 @@ class JoinedSets {
 
 enum class TruthFate : std::uint8_t { noCandidate, tooFar, angle, roughness, found };
 
-TruthFate examine(const PartnerSearch& strip, const GroundTruth& known, Correspondence& pair) {
+TruthFate examine(const PartnerSearch& strip, const GroundTruth& known, double reach,
+                  Correspondence& pair) {
   const SearchRules& rules = strip.rules();
   const MatchPoints& points = strip.points();
   const point& p = points.places()[pair.i];
-  const Neighbour nearest = known.nearest(p, rules.radius);
+  const Neighbour nearest = known.nearest(p, reach);
   if (!(nearest.square < infinite)) return TruthFate::noCandidate;
   pair.j = nearest.number;
   pair.code = codeOf(Velorn::TerrainType::GROUND_TRUTH);
@@ -80,12 +82,12 @@ TruthFate examine(const PartnerSearch& strip, const GroundTruth& known, Correspo
   return TruthFate::found;
 }
 
-std::vector<std::uint32_t> nearGroundTruth(const PartnerSearch& strip, const GroundTruth& known) {
+std::vector<std::uint32_t> nearGroundTruth(const PartnerSearch& strip, const GroundTruth& known,
+                                           double reach) {
   const auto& places = strip.points().places();
   std::vector<std::uint8_t> isNear(places.size());
-  forEachInParallel(0, places.size(), 4096, [&](std::size_t k) {
-    isNear[k] = known.isNear(places[k], strip.rules().radius) ? 1 : 0;
-  });
+  forEachInParallel(0, places.size(), 4096,
+                    [&](std::size_t k) { isNear[k] = known.isNear(places[k], reach) ? 1 : 0; });
   std::vector<std::uint32_t> near;
   for (std::uint32_t k = 0; k < places.size(); ++k) {
     if (isNear[k] != 0) near.push_back(k);
@@ -100,6 +102,12 @@ void count(TruthFate fate, Funnel& funnel) {
   funnel.roughness += fate == TruthFate::roughness ? 1 : 0;
 }
 
+void count(TruthFate fate, std::uint32_t item, ControlTally& items) {
+  if (fate == TruthFate::tooFar) items.count(item, &ControlItem::beside);
+  if (fate == TruthFate::angle) items.count(item, &ControlItem::turnedAway);
+  if (fate == TruthFate::roughness) items.count(item, &ControlItem::rough);
+}
+
 }  // namespace
 
 GroundTruth::GroundTruth(KnownPoints points)
@@ -107,7 +115,12 @@ GroundTruth::GroundTruth(KnownPoints points)
       tree_(points_.places, allOf(points_.places.size())),
       planTree_(planTreeOf(points_.places)),
       spacing_(medianSpacing()),
-      patches_(patches()) {}
+      patches_(patches()),
+      items_(patches_.size()) {
+  for (std::uint32_t k = 0; k < items_.size(); ++k) {  // a patch is known by its first point
+    items_[k] = patches_[k] == k ? static_cast<std::uint32_t>(itemCount_++) : items_[patches_[k]];
+  }
+}
 
 double GroundTruth::medianSpacing() const {
   if (points_.places.size() < 2) return 0.0;
@@ -144,20 +157,22 @@ bool GroundTruth::isNear(const point& place, double radius) const {
 }
 
 std::vector<Correspondence> searchGroundTruth(const PartnerSearch& strip,
-                                              const GroundTruth& groundTruth, Funnels& funnels,
+                                              const GroundTruth& groundTruth, double reach,
+                                              Funnels& funnels, ControlTally& items,
                                               const std::function<void(std::size_t)>& tell) {
   std::vector<Correspondence> pairs;
   if (groundTruth.empty()) return pairs;
-  const auto near = nearGroundTruth(strip, groundTruth);
+  const auto near = nearGroundTruth(strip, groundTruth, reach);
   pairs.resize(near.size());
   std::vector<TruthFate> fates(near.size());
   forEachInChunks(near.size(), tell, [&](std::size_t k) {
     pairs[k].i = near[k];
-    fates[k] = examine(strip, groundTruth, pairs[k]);
+    fates[k] = examine(strip, groundTruth, reach, pairs[k]);
   });
   std::size_t found = 0;
   for (std::size_t k = 0; k < pairs.size(); ++k) {
     count(fates[k], funnels[0]);
+    count(fates[k], groundTruth.itemOf(pairs[k].j), items);
     if (fates[k] == TruthFate::found) pairs[found++] = pairs[k];
   }
   pairs.resize(found);

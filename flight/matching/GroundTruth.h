@@ -29,6 +29,12 @@ class GroundTruth {
   /// spacings.
   std::uint32_t patchOf(std::size_t k) const { return patches_[k]; }
 
+  /// Numbers of the patches from 0, in the order of their first points.
+  /// @{
+  std::uint32_t itemOf(std::size_t k) const { return items_[k]; }
+  std::size_t items() const { return itemCount_; }
+  /// @}
+
   /// The nearest point within a radius; none: its distance is infinite.
   Neighbour nearest(const point& place, double radius) const;
 
@@ -42,15 +48,22 @@ class GroundTruth {
   KnownPoints points_;
   PointTiles tree_, planTree_;
   double spacing_;
-  std::vector<std::uint32_t> patches_;
+  std::vector<std::uint32_t> patches_, items_;
+  std::size_t itemCount_ = 0;
 };
 
-/// The points of a strip with a point of the ground truth within the radius: the nearest one. The
+class ControlTally;
+
+/// The points of a strip with a point of the ground truth within reach: the nearest one. The
 /// strip's point is I, of code 10. Too far: beside the ground truth's point, along its plane, by
-/// more than its spacing. Both normals are the ground truth's; the same for any number of threads.
-/// @param tell  told on the calling thread how many points are done
+/// more than its spacing or the search radius. Both normals are the ground truth's; the same for
+/// any number of threads.
+/// @param reach  [m]
+/// @param items  counts what is left out of each patch
+/// @param tell   told on the calling thread how many points are done
 std::vector<Correspondence> searchGroundTruth(const PartnerSearch& strip,
-                                              const GroundTruth& groundTruth, Funnels& funnels,
+                                              const GroundTruth& groundTruth, double reach,
+                                              Funnels& funnels, ControlTally& items,
                                               const std::function<void(std::size_t)>& tell);
 
 }  // namespace Velorn::Flights

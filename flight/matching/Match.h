@@ -27,6 +27,11 @@ struct MatchOptions : MatchSettings {
   /// Overlaps are grown by that, or by the search radius where that is more: strips may disagree by
   /// it as delivered, which is how overlaps are seen [m].
   double reach = 0.0;
+  /// Ground truth is searched within that, or the search radius where that is more: what a round
+  /// searches less far must not make control disappear [m].
+  double controlReach = 0.0;
+  /// Patches of the ground truth far off the model that the search starts from count less.
+  bool weighsControl = false;
 };
 
 /// Writes a block for each pair with correspondences into the

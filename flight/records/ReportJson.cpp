@@ -73,6 +73,31 @@ void fields(auto& visit, Of<PairReport> auto& pair) {
   visit("classes", pair.classes);
 }
 
+void fields(auto& visit, Of<ControlItem> auto& item) {
+  visit("id", item.id);
+  visit("place", item.place);
+  visit("points", item.points);
+  visit("inclined", item.isInclined);
+  visit("strips", item.strips);
+  visit("correspondences", item.correspondences);
+  visit("beside", item.beside);
+  visit("turned_away", item.turnedAway);
+  visit("rough", item.rough);
+  visit("other_surface", item.otherSurface);
+  visit("thinned", item.thinned);
+  visit("misfit", item.misfit);
+  visit("weight", item.weight);
+  visit.unless("left_out", item.leftOut, std::string());
+}
+
+void fields(auto& visit, Of<StripSupport> auto& support) {
+  visit("strip", support.strip);
+  visit("correspondences", support.correspondences);
+  visit("first_time", support.first);
+  visit("last_time", support.last);
+  visit("weakest_aspect", support.weakestAspect);
+}
+
 void fields(auto& visit, Of<MatchReport> auto& matching) {
   visit("search_radius", matching.searchRadius);
   visit("max_correspondences", matching.maxCorrespondences);
@@ -82,6 +107,8 @@ void fields(auto& visit, Of<MatchReport> auto& matching) {
   visit("ground_truth_patches", matching.groundTruthPatches);
   visit("typical_distance", matching.typicalDistance);
   visit("disagreement", matching.disagreement);
+  visit("control", matching.control);
+  visit("support", matching.support);
   visit("pairs", matching.pairs);
 }
 
@@ -123,6 +150,19 @@ void fields(auto& visit, Of<StripMovement> auto& movement) {
   visit("vertical_q90", movement.vertical);
 }
 
+void fields(auto& visit, Of<ControlMisfit> auto& item) {
+  visit("id", item.id);
+  visit("correspondences", item.correspondences);
+  visit("before", item.before);
+  visit("after", item.after);
+}
+
+void fields(auto& visit, Of<StripRedundancy> auto& strip) {
+  visit("strip", strip.strip);
+  visit("correspondences", strip.correspondences);
+  visit("unknowns", strip.unknowns);
+}
+
 void fields(auto& visit, Of<Velorn::SolverEnd> auto& end) {
   visit("termination", end.termination);
   visit("message", end.message);
@@ -148,6 +188,8 @@ void fields(auto& visit, Of<AdjustmentReport> auto& adjustment) {
   visit("globals", adjustment.globals);
   visit("held_sections", adjustment.heldSections);
   visit("movements", adjustment.movements);
+  visit("redundancy", adjustment.redundancy);
+  visit("control", adjustment.control);
   visit("solver", adjustment.solver);
   visit.unless("files", adjustment.files, ModelFiles());
 }

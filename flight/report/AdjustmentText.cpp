@@ -37,8 +37,7 @@ std::string solverLine(const Velorn::SolverEnd& end) {
 std::string heldSections(const std::vector<HeldSection>& sections) {
   std::string text;
   for (const auto& section : sections) {
-    const char* const why = section.isLocked ? (section.isLow ? "locked, and weak" : "locked")
-                                             : "too few correspondences";
+    const char* const why = section.isLocked ? "locked" : "too few correspondences";
     text += fmt::format("held constant: section {} of {} ({} correspondences): {}\n",
                         section.section, section.strip, section.correspondences, why);
   }
