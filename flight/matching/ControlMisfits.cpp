@@ -31,7 +31,7 @@ void add(const Velorn::CorrespondenceBlock& block, std::uint32_t strip, const Gr
     const Neighbour same = known.nearest(q, samePlace);
     if (!(same.square < infinite) || !std::isfinite(places[k].x)) continue;
     const vector& normal = known.points().normals[same.number];
-    Distances& one = all[known.itemOf(same.number)];
+    Distances& one = all[known.patchOf(same.number)];
     one.before.push_back(dot(normal, q - (*measured.world)[k]));
     one.after.push_back(dot(normal, q - places[k]));
   }

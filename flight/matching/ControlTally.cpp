@@ -27,11 +27,11 @@ std::string reasonOf(const ControlItem& item) {
 }  // namespace
 
 ControlTally::ControlTally(const GroundTruth& known)
-    : known_(known), items_(known.items()), distances_(known.items()) {
+    : known_(known), items_(known.patches()), distances_(known.patches()) {
   std::vector<vector> normals(items_.size());
   const KnownPoints& points = known.points();
   for (std::size_t k = 0; k < points.places.size(); ++k) {
-    const std::uint32_t id = known.itemOf(k);
+    const std::uint32_t id = known.patchOf(k);
     ControlItem& item = items_[id];
     item.id = id;
     const auto count = static_cast<double>(++item.points);
@@ -50,14 +50,14 @@ ControlTally::ControlTally(const GroundTruth& known)
 void ControlTally::countGone(const std::vector<Correspondence>& before,
                              const std::vector<Correspondence>& after,
                              std::size_t ControlItem::*counter) {
-  for (const Correspondence& one : before) ++(items_[known_.itemOf(one.j)].*counter);
-  for (const Correspondence& one : after) --(items_[known_.itemOf(one.j)].*counter);
+  for (const Correspondence& one : before) ++(items_[known_.patchOf(one.j)].*counter);
+  for (const Correspondence& one : after) --(items_[known_.patchOf(one.j)].*counter);
 }
 
 void ControlTally::add(const std::vector<Correspondence>& kept) {
   std::vector<std::uint8_t> isHit(items_.size(), 0);
   for (const Correspondence& one : kept) {
-    const std::uint32_t id = known_.itemOf(one.j);
+    const std::uint32_t id = known_.patchOf(one.j);
     isHit[id] = 1;
     ++items_[id].correspondences;
     distances_[id].push_back(one.distance);
@@ -78,11 +78,11 @@ void leaveOtherSurfaces(std::vector<Correspondence>& pairs, const GroundTruth& k
                         Funnels& funnels) {
   constexpr double width = 3.0, farOff = 0.1;  // [m]
   std::map<std::uint32_t, std::vector<double>> distances;
-  for (const Correspondence& one : pairs) distances[known.itemOf(one.j)].push_back(one.distance);
+  for (const Correspondence& one : pairs) distances[known.patchOf(one.j)].push_back(one.distance);
   std::map<std::uint32_t, Spread> spreads;
   for (auto& [item, values] : distances) spreads[item] = spreadOf(std::move(values));
   std::erase_if(pairs, [&](const Correspondence& one) {
-    const Spread& spread = spreads.at(known.itemOf(one.j));
+    const Spread& spread = spreads.at(known.patchOf(one.j));
     const bool isOther =
         std::abs(one.distance - spread.median) > std::max(farOff, width * spread.nmad);
     if (isOther) ++funnels[classIndexOf(one.code)].outlier;

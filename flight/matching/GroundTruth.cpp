@@ -114,12 +114,8 @@ GroundTruth::GroundTruth(KnownPoints points)
     : points_(std::move(points)),
       tree_(points_.places, allOf(points_.places.size())),
       planTree_(planTreeOf(points_.places)),
-      spacing_(medianSpacing()),
-      patches_(patches()),
-      items_(patches_.size()) {
-  for (std::uint32_t k = 0; k < items_.size(); ++k) {  // a patch is known by its first point
-    items_[k] = patches_[k] == k ? static_cast<std::uint32_t>(itemCount_++) : items_[patches_[k]];
-  }
+      spacing_(medianSpacing()) {
+  findPatches();
 }
 
 double GroundTruth::medianSpacing() const {
@@ -134,7 +130,7 @@ double GroundTruth::medianSpacing() const {
   return spreadOf(std::move(distances)).median;
 }
 
-std::vector<std::uint32_t> GroundTruth::patches() const {
+void GroundTruth::findPatches() {
   constexpr std::size_t linked = 32;  // nearest points that are looked at: more than a ring's
   JoinedSets sets(points_.places.size());
   for (std::uint32_t k = 0; k < points_.places.size(); ++k) {
@@ -143,9 +139,11 @@ std::vector<std::uint32_t> GroundTruth::patches() const {
     tree_.search(points_.places[k], found);
     for (const Neighbour& one : found.found()) sets.join(k, one.number);
   }
-  std::vector<std::uint32_t> numbers(points_.places.size());
-  for (std::uint32_t k = 0; k < numbers.size(); ++k) numbers[k] = sets.of(k);
-  return numbers;
+  patches_.resize(points_.places.size());
+  for (std::uint32_t k = 0; k < patches_.size(); ++k) {
+    const std::uint32_t first = sets.of(k);
+    patches_[k] = first == k ? static_cast<std::uint32_t>(patchCount_++) : patches_[first];
+  }
 }
 
 Neighbour GroundTruth::nearest(const point& place, double radius) const {
@@ -172,7 +170,7 @@ std::vector<Correspondence> searchGroundTruth(const PartnerSearch& strip,
   std::size_t found = 0;
   for (std::size_t k = 0; k < pairs.size(); ++k) {
     count(fates[k], funnels[0]);
-    count(fates[k], groundTruth.itemOf(pairs[k].j), items);
+    count(fates[k], groundTruth.patchOf(pairs[k].j), items);
     if (fates[k] == TruthFate::found) pairs[found++] = pairs[k];
   }
   pairs.resize(found);

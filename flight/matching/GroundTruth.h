@@ -25,14 +25,11 @@ class GroundTruth {
   /// Median distance of a point from the nearest other one [m]; 0 for fewer than two points.
   double spacing() const { return spacing_; }
 
-  /// Number of the patch that a point belongs to: points that are linked by steps of at most three
-  /// spacings.
-  std::uint32_t patchOf(std::size_t k) const { return patches_[k]; }
-
-  /// Numbers of the patches from 0, in the order of their first points.
+  /// Patches are points that are linked by steps of at most three spacings. They have the numbers
+  /// from 0 in the order of their first points.
   /// @{
-  std::uint32_t itemOf(std::size_t k) const { return items_[k]; }
-  std::size_t items() const { return itemCount_; }
+  std::uint32_t patchOf(std::size_t k) const { return patches_[k]; }
+  std::size_t patches() const { return patchCount_; }
   /// @}
 
   /// The nearest point within a radius; none: its distance is infinite.
@@ -43,13 +40,13 @@ class GroundTruth {
 
  private:
   double medianSpacing() const;
-  std::vector<std::uint32_t> patches() const;
+  void findPatches();
 
   KnownPoints points_;
   PointTiles tree_, planTree_;
   double spacing_;
-  std::vector<std::uint32_t> patches_, items_;
-  std::size_t itemCount_ = 0;
+  std::vector<std::uint32_t> patches_;
+  std::size_t patchCount_ = 0;
 };
 
 class ControlTally;

@@ -208,7 +208,7 @@ class Matcher {
     const KnownPoints& known = groundTruth_.points();
     KnownBlock block{{pair.i, pair.j, true, points.week, 0}, {}, {}};
     for (const Correspondence& one : found.pairs) {
-      block.items.push_back(groundTruth_.itemOf(one.j));
+      block.items.push_back(groundTruth_.patchOf(one.j));
       block.entries.push_back(
           {moved(points, one.i, one.shiftI, one.normalI, one.code),
            {known.places[one.j], {}, 0.0, one.normalJ, {}, known.codes[one.j]}});
