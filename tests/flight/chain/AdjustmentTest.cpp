@@ -114,6 +114,8 @@ TEST_F(Adjusting, RefusesARootInWhichNoFolderCanBeMade) {
 TEST_F(Adjusting, CancelledAtAnyTimeLeavesAnInterruptedRunInsteadOfAnEarlierResult) {
   writePairs(1005);
   input.settings.fewestGroundTruth = 0;
+  EXPECT_THAT(failure(), HasSubstr("blocks: only 3 correspondences for 12 estimated unknowns"));
+  input.mayBeScarce = true;
   EXPECT_EQ(adjust(input, {}).heldSections.size(), 2U);
   const fs::path root = folder / "out";
   EXPECT_TRUE(fs::exists(FinishedRun(root).model().parameters));

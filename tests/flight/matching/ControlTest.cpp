@@ -65,9 +65,8 @@ TEST(ControlOfAMatching, KeepsAPatchThatIsWrongAndNamesOneWithoutASurface) {
   ASSERT_GT(sound.control.size(), 10U);
   std::vector<std::uint32_t> byNumber(sound.control.size());
   std::iota(byNumber.begin(), byNumber.end(), 0U);
-  std::ranges::stable_sort(byNumber, std::greater{}, [&](std::uint32_t id) {
-    return sound.control[id].correspondences;
-  });
+  std::ranges::stable_sort(byNumber, std::greater{},
+                           [&](std::uint32_t id) { return sound.control[id].correspondences; });
   const std::uint32_t wrong = byNumber[0], gone = byNumber[1];
   ASSERT_GT(sound.control[gone].correspondences, 0U);
   raise(flight, wrong, 0.5);
@@ -82,7 +81,8 @@ TEST(ControlOfAMatching, KeepsAPatchThatIsWrongAndNamesOneWithoutASurface) {
   EXPECT_EQ(lost.leftOut, "no surface in reach");
   EXPECT_EQ(correspondencesOf(report), report.withGroundTruth);
   for (const ControlItem& item : report.control) {
-    EXPECT_TRUE(item.id == wrong || item.weight > 0.8) << item.id;
+    if (item.id == wrong || item.correspondences < 4) continue;
+    EXPECT_GT(item.weight, 0.8) << item.id;
   }
 
   // The weight is the length of the normals, and the misfits do not hang on it.
