@@ -15,8 +15,8 @@
 namespace Velorn::Flights {
 namespace {
 
-constexpr double notable = 0.8;    // a weight below that is told
-constexpr std::size_t named = 10;  // patches in a warning
+constexpr double notable = 0.8;   // a weight below that is told
+constexpr std::size_t named = 6;  // patches in a warning
 
 /// A patch with all that a round says of it.
 struct Fitted {

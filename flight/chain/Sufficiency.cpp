@@ -2,37 +2,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "flight/chain/Sufficiency.h"
 
-#include <cmath>
+#include <array>
 #include <string>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "flight/report/RedundancyText.h"
 #include <velorn/flight/Error.h>
 
 namespace Velorn::Flights {
 namespace {
 
-constexpr std::size_t enough = 20;  // correspondences per unknown, or of a class
+constexpr std::size_t enough = 20;  // correspondences of a class
 constexpr std::array<const char*, 5> classNames{"ground_truth", "roof", "slope", "bed", "flat"};
-
-void warnOfRedundancy(const AdjustmentReport& adjustment, DatumReport& datum) {
-  const auto count = static_cast<std::size_t>(std::max(0, adjustment.solver.residuals)),
-             unknowns = static_cast<std::size_t>(std::max(0, adjustment.solver.estimated));
-  if (count < enough * unknowns) {
-    datum.warnings.push_back(
-        fmt::format("Only {} correspondences for {} estimated unknowns: at least {} for each keep "
-                    "noise and wrong ones from deciding them.",
-                    count, unknowns, enough));
-  }
-  for (const auto& strip : adjustment.redundancy) {
-    if (strip.correspondences >= enough * strip.unknowns) continue;
-    datum.warnings.push_back(
-        fmt::format("{}: only {} correspondences for its {} unknowns, which they hardly determine; "
-                    "a simpler model or longer sections have fewer.",
-                    strip.strip, strip.correspondences, strip.unknowns));
-  }
-}
 
 void warnOfClasses(const MatchReport& matching, DatumReport& datum) {
   std::array<Funnel, 5> sums;
@@ -103,7 +86,10 @@ void requireEnough(const Velorn::SolverEnd& end, const std::filesystem::path& wh
 
 void addSufficiencyWarnings(const RoundReport& round, const std::vector<StripFacts>& strips,
                             const std::set<int>& locked, DatumReport& datum) {
-  if (round.adjustment) warnOfRedundancy(*round.adjustment, datum);
+  if (round.adjustment) {
+    const auto few = redundancyWarnings(*round.adjustment);
+    datum.warnings.insert(datum.warnings.end(), few.begin(), few.end());
+  }
   warnOfClasses(*round.matching, datum);
   warnOfSpread(*round.matching, strips, locked, datum);
 }

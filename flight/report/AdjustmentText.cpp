@@ -5,6 +5,7 @@
 // ended, and which sections were held constant and why.
 #include <fmt/format.h>
 
+#include "flight/report/RedundancyText.h"
 #include <velorn/flight/Reports.h>
 
 namespace Velorn::Flights {
@@ -52,6 +53,7 @@ std::string textOf(const AdjustmentReport& adjustment, bool isControlled) {
     text += fit(adjustment.before, adjustment.after);
   }
   text += heldSections(adjustment.heldSections) + solverLine(adjustment.solver);
+  for (const auto& line : redundancyWarnings(adjustment)) text += "WARNING: " + line + "\n";
   if (!isControlled) {
     text +=
         "No ground truth was asked for: absolute position and tilt of the block are not "

@@ -17,7 +17,7 @@
 
 using namespace Velorn::Flights;
 
-using testing::HasSubstr, testing::IsSupersetOf;
+using testing::HasSubstr, testing::IsSupersetOf, testing::Not;
 namespace fs = std::filesystem;
 
 namespace {
@@ -156,4 +156,8 @@ TEST(AdjustmentText, SumsUpHowTheSolverEndedAndWhatWasHeld) {
   EXPECT_THAT(text, HasSubstr("section 1 of b.kx (7 correspondences): too few"));
   EXPECT_THAT(text, HasSubstr("section 2 of b.kx (9 correspondences): locked\n"));
   EXPECT_THAT(text, HasSubstr("not controlled"));
+  EXPECT_THAT(text, Not(HasSubstr("WARNING")));
+  report.solver.residuals = 400;
+  report.solver.estimated = 21;
+  EXPECT_THAT(textOf(report, false), HasSubstr("WARNING: Only 400 correspondences for 21"));
 }
