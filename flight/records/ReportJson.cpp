@@ -20,6 +20,11 @@ concept Of = std::same_as<std::remove_const_t<T>, Report>;
 // The names of all values, once for both directions. A visitor is called with a name and a value;
 // `unless` leaves a value out where it is the standard one.
 
+/// A list that summaries of this version may lack.
+void addedLater(auto& visit, const char* name, auto& list) {
+  if (!list.empty() || visit.has(name)) visit(name, list);
+}
+
 void fields(auto& visit, Of<StripFacts> auto& strip) {
   visit("id", strip.id);
   visit("file", strip.file);
@@ -107,8 +112,8 @@ void fields(auto& visit, Of<MatchReport> auto& matching) {
   visit("ground_truth_patches", matching.groundTruthPatches);
   visit("typical_distance", matching.typicalDistance);
   visit("disagreement", matching.disagreement);
-  visit("control", matching.control);
-  visit("support", matching.support);
+  addedLater(visit, "control", matching.control);
+  addedLater(visit, "support", matching.support);
   visit("pairs", matching.pairs);
 }
 
@@ -188,8 +193,8 @@ void fields(auto& visit, Of<AdjustmentReport> auto& adjustment) {
   visit("globals", adjustment.globals);
   visit("held_sections", adjustment.heldSections);
   visit("movements", adjustment.movements);
-  visit("redundancy", adjustment.redundancy);
-  visit("control", adjustment.control);
+  addedLater(visit, "redundancy", adjustment.redundancy);
+  addedLater(visit, "control", adjustment.control);
   visit("solver", adjustment.solver);
   visit.unless("files", adjustment.files, ModelFiles());
 }
