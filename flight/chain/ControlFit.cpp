@@ -60,7 +60,7 @@ std::string listOf(const Patches& patches) {
   for (const Fitted& one : patches) {
     if (texts.size() < named) texts.push_back(one.text());
   }
-  const auto list = fmt::format("{}", fmt::join(texts, "; "));
+  auto list = fmt::format("{}", fmt::join(texts, "; "));
   if (patches.size() <= named) return list;
   return list + fmt::format("; and {} more", patches.size() - named);
 }
