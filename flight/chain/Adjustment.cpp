@@ -13,6 +13,7 @@
 
 #include "flight/chain/CorrespondenceTimes.h"
 #include "flight/chain/RunRecording.h"
+#include "flight/chain/Sufficiency.h"
 #include "flight/chain/UnwrittenFiles.h"
 #include "flight/matching/Match.h"
 #include "flight/matching/SolverMemory.h"
@@ -109,8 +110,15 @@ AdjustmentReport reportOf(const Velorn::AdjustmentResult& result,
   report.after = fitOf(result.after);
   for (const auto& section : result.sections) {
     if (!section.isConstant()) continue;
-    report.heldSections.push_back({nameOf(section.strip), section.section, section.correspondences,
-                                   section.isLow, section.isLocked});
+    const bool isLow = section.isLow && !section.isLocked;
+    report.heldSections.push_back(
+        {nameOf(section.strip), section.section, section.correspondences, isLow, section.isLocked});
+  }
+  for (const auto& strip : strips) report.redundancy.push_back({strip.filename().string()});
+  for (const auto& section : result.sections) {
+    auto& strip = report.redundancy.at(section.strip);
+    strip.correspondences += section.correspondences;
+    strip.unknowns += section.isConstant() ? 0 : static_cast<std::size_t>(section.coefficients);
   }
   const auto& movements = result.after.movements;
   for (std::size_t i = 0; i < movements.size() && i < strips.size(); ++i) {
@@ -166,6 +174,7 @@ class Adjustment {
       throw Error("cancelled while the solver was at work", Error::Interrupted);
     }
     if (!result.end.hasRun()) throw refusal(fault, input_, result);
+    if (!input_.mayBeScarce) requireEnough(result.end, input_.correspondences);
     if (!optimization.failed()) {
       orFail(fault);
       orFail(parameters_->writeExactParameters(files().parameters), Error::NoSpace);

@@ -7,12 +7,14 @@
 #include <fmt/format.h>
 
 #include "flight/chain/AdjustedStrips.h"
+#include "flight/chain/ControlFit.h"
 #include "flight/chain/Datum.h"
 #include "flight/chain/PeakMemory.h"
 #include "flight/chain/Rasterizing.h"
 #include "flight/chain/RoundWork.h"
 #include "flight/chain/RunRecording.h"
 #include "flight/chain/Stability.h"
+#include "flight/chain/Sufficiency.h"
 #include "flight/matching/SolverMemory.h"
 #include "flight/strips/Threads.h"
 #include "flight/surfaces/Rasterize.h"
@@ -182,6 +184,9 @@ class Flight::Chain {
     report_.datum = datumOf(*last.matching, settings(), context_.strips);
     auto& warnings = report_.datum->warnings;
     warnings.insert(warnings.end(), rounds.warnings.begin(), rounds.warnings.end());
+    addControlWarnings(rounds.reports, settings().configuration().TypeModel, *report_.datum);
+    addSufficiencyWarnings(last, context_.strips, settings().configuration().LockedStrips,
+                           *report_.datum);
   }
 
   static const RoundReport& lastThatCounts(const std::vector<RoundReport>& rounds) {

@@ -201,7 +201,7 @@ class Rounds {
     }
     const double misfit = misfitOf(fit.groundTruth);
     if (!round.isCoarse() && std::isfinite(misfit)) {
-      round.controlRadius = std::min(farthestControl_, round.radius + 4.0 * misfit);
+      round.controlRadius = std::min(farthestControl_, std::max(widest_, round.radius + 4.0 * misfit));
     }
   }
 

@@ -14,6 +14,7 @@
 #include "flight/chain/RoundStrips.h"
 #include "flight/chain/StepSettings.h"
 #include "flight/chain/StripsApart.h"
+#include "flight/matching/ControlMisfits.h"
 #include "flight/matching/Match.h"
 #include "flight/strips/OrFail.h"
 
@@ -186,6 +187,8 @@ MatchReport RoundWork::matchAnew(const Round& round) {
   if (parameters) solution.emplace(Solution{*parameters, run_.trajectory});
   const auto* const start = solution ? &*solution : nullptr;
   MatchOptions options = matchOptionsOf(run_);
+  options.controlReach = std::max(run_.configuration().SearchRadius, round.controlRadius);
+  options.weighsControl = round.start && !round.isCoarse();
   std::optional<SurfaceStore> views;
   if (round.isCoarse()) {
     const Coarseness coarseness{round.scale, spacing()};
@@ -195,8 +198,7 @@ MatchReport RoundWork::matchAnew(const Round& round) {
     options.neighbourRadius *= round.scale;
     options.areFarApart = true;
   }
-  options.controlRadius = std::max(configuration.SearchRadius, round.controlRadius);
-  options.reach = options.controlRadius + reachOf(start);
+  options.reach = std::max(configuration.SearchRadius, options.controlReach) + reachOf(start);
   auto& surfaces = views ? *views : run_.surfaces;
   auto report = Flights::match(configuration, surfaces, options, start, *run_.watcher);
   if (!round.isCoarse()) checkMatching(report, run_);
@@ -230,6 +232,7 @@ AdjustmentReport RoundWork::adjust(const Round& round) {
   }
   adjustRecord(round).begin();
   AdjustmentInput input = adjustmentInputOf(run_, round);
+  input.mayBeScarce = round.isCoarse();
   check(input);
   const FilesAtRest atRest(blocks);
   if (run_.does("+correspondences")) matchRecord(round).requireOutputs(blocks, "match again");
@@ -249,6 +252,10 @@ AdjustmentReport RoundWork::adjust(const Round& round) {
   adjusted_ = std::move(adjusted.parameters);
   adjustedFiles_ = adjusted.report.files;
   if (round.isCoarse()) removeListsOfHeld(run_.folder);
+  if (fs::exists(run_.surfaces.groundTruth())) {
+    adjusted.report.control = controlMisfits(blocks, GroundTruth(run_.surfaces.knownPoints()),
+                                             {*adjusted_, run_.trajectory}, run_.configuration());
+  }
   return std::move(adjusted.report);
 }
 

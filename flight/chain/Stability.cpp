@@ -200,7 +200,8 @@ class StabilityTest {
     MatchOptions options = matchOptionsOf(run_);
     options.oneSquareOf = part_;
     options.reach = reachOfOverlaps();
-    options.controlRadius = input.configuration.SearchRadius;
+    options.controlReach = input.configuration.SearchRadius;
+    input.mayBeScarce = true;
     const auto found = match(input.configuration, run_.surfaces, options, &solution, *run_.watcher);
     if (found.correspondences < 100) return nullptr;
     auto adjusted = adjustedBy(input, run_.trajectory, run_.watcher, true);

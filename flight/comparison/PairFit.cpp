@@ -100,7 +100,8 @@ void PairFit::addBlock(const Velorn::CorrespondenceBlock& block, std::uint32_t i
   for (std::uint32_t k = 0; k < block.size(); ++k) {
     const auto [first, second] = block.get(k);
     Record record;
-    record.normal = first.normal;
+    const double length = lengthOf(first.normal);  // a weight where it is control
+    record.normal = length > 0.0 ? (1.0 / length) * first.normal : first.normal;
     record.origin = first.worldPosition;
     record.isGroundTruth = !j;
     records_.push_back(record);

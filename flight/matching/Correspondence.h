@@ -24,9 +24,6 @@ struct SearchRules {
   unsigned int neighbours;   ///< of the partner's plane
   double neighbourRadius;    ///< [m]
   bool areFarApart = false;  ///< partners may be shared, and have normals that agree
-  double controlRadius = 0.0;  ///< of the ground truth, where that is more than the radius [m]
-
-  double controlReach() const { return std::max(radius, controlRadius); }
 };
 
 /// A found partner; numbers are those of the points searched in.

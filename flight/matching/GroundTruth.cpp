@@ -8,6 +8,7 @@
 #include <numeric>
 #include <utility>
 
+#include "flight/matching/ControlTally.h"
 #include "flight/matching/Rejection.h"
 #include "flight/strips/ParallelLoop.h"
 
@@ -56,11 +57,12 @@ class JoinedSets {
 
 enum class TruthFate : std::uint8_t { noCandidate, tooFar, angle, roughness, found };
 
-TruthFate examine(const PartnerSearch& strip, const GroundTruth& known, Correspondence& pair) {
+TruthFate examine(const PartnerSearch& strip, const GroundTruth& known, double reach,
+                  Correspondence& pair) {
   const SearchRules& rules = strip.rules();
   const MatchPoints& points = strip.points();
   const point& p = points.places()[pair.i];
-  const Neighbour nearest = known.nearest(p, rules.controlReach());
+  const Neighbour nearest = known.nearest(p, reach);
   if (!(nearest.square < infinite)) return TruthFate::noCandidate;
   pair.j = nearest.number;
   pair.code = codeOf(Velorn::TerrainType::GROUND_TRUTH);
@@ -80,12 +82,12 @@ TruthFate examine(const PartnerSearch& strip, const GroundTruth& known, Correspo
   return TruthFate::found;
 }
 
-std::vector<std::uint32_t> nearGroundTruth(const PartnerSearch& strip, const GroundTruth& known) {
+std::vector<std::uint32_t> nearGroundTruth(const PartnerSearch& strip, const GroundTruth& known,
+                                           double reach) {
   const auto& places = strip.points().places();
   std::vector<std::uint8_t> isNear(places.size());
-  forEachInParallel(0, places.size(), 4096, [&](std::size_t k) {
-    isNear[k] = known.isNear(places[k], strip.rules().controlReach()) ? 1 : 0;
-  });
+  forEachInParallel(0, places.size(), 4096,
+                    [&](std::size_t k) { isNear[k] = known.isNear(places[k], reach) ? 1 : 0; });
   std::vector<std::uint32_t> near;
   for (std::uint32_t k = 0; k < places.size(); ++k) {
     if (isNear[k] != 0) near.push_back(k);
@@ -100,14 +102,21 @@ void count(TruthFate fate, Funnel& funnel) {
   funnel.roughness += fate == TruthFate::roughness ? 1 : 0;
 }
 
+void count(TruthFate fate, std::uint32_t item, ControlTally& items) {
+  if (fate == TruthFate::tooFar) items.count(item, &ControlItem::beside);
+  if (fate == TruthFate::angle) items.count(item, &ControlItem::turnedAway);
+  if (fate == TruthFate::roughness) items.count(item, &ControlItem::rough);
+}
+
 }  // namespace
 
 GroundTruth::GroundTruth(KnownPoints points)
     : points_(std::move(points)),
       tree_(points_.places, allOf(points_.places.size())),
       planTree_(planTreeOf(points_.places)),
-      spacing_(medianSpacing()),
-      patches_(patches()) {}
+      spacing_(medianSpacing()) {
+  findPatches();
+}
 
 double GroundTruth::medianSpacing() const {
   if (points_.places.size() < 2) return 0.0;
@@ -121,7 +130,7 @@ double GroundTruth::medianSpacing() const {
   return spreadOf(std::move(distances)).median;
 }
 
-std::vector<std::uint32_t> GroundTruth::patches() const {
+void GroundTruth::findPatches() {
   constexpr std::size_t linked = 32;  // nearest points that are looked at: more than a ring's
   JoinedSets sets(points_.places.size());
   for (std::uint32_t k = 0; k < points_.places.size(); ++k) {
@@ -130,9 +139,11 @@ std::vector<std::uint32_t> GroundTruth::patches() const {
     tree_.search(points_.places[k], found);
     for (const Neighbour& one : found.found()) sets.join(k, one.number);
   }
-  std::vector<std::uint32_t> numbers(points_.places.size());
-  for (std::uint32_t k = 0; k < numbers.size(); ++k) numbers[k] = sets.of(k);
-  return numbers;
+  patches_.resize(points_.places.size());
+  for (std::uint32_t k = 0; k < patches_.size(); ++k) {
+    const std::uint32_t first = sets.of(k);
+    patches_[k] = first == k ? static_cast<std::uint32_t>(patchCount_++) : patches_[first];
+  }
 }
 
 Neighbour GroundTruth::nearest(const point& place, double radius) const {
@@ -144,20 +155,22 @@ bool GroundTruth::isNear(const point& place, double radius) const {
 }
 
 std::vector<Correspondence> searchGroundTruth(const PartnerSearch& strip,
-                                              const GroundTruth& groundTruth, Funnels& funnels,
+                                              const GroundTruth& groundTruth, double reach,
+                                              Funnels& funnels, ControlTally& items,
                                               const std::function<void(std::size_t)>& tell) {
   std::vector<Correspondence> pairs;
   if (groundTruth.empty()) return pairs;
-  const auto near = nearGroundTruth(strip, groundTruth);
+  const auto near = nearGroundTruth(strip, groundTruth, reach);
   pairs.resize(near.size());
   std::vector<TruthFate> fates(near.size());
   forEachInChunks(near.size(), tell, [&](std::size_t k) {
     pairs[k].i = near[k];
-    fates[k] = examine(strip, groundTruth, pairs[k]);
+    fates[k] = examine(strip, groundTruth, reach, pairs[k]);
   });
   std::size_t found = 0;
   for (std::size_t k = 0; k < pairs.size(); ++k) {
     count(fates[k], funnels[0]);
+    count(fates[k], groundTruth.patchOf(pairs[k].j), items);
     if (fates[k] == TruthFate::found) pairs[found++] = pairs[k];
   }
   pairs.resize(found);

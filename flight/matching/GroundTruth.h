@@ -25,9 +25,12 @@ class GroundTruth {
   /// Median distance of a point from the nearest other one [m]; 0 for fewer than two points.
   double spacing() const { return spacing_; }
 
-  /// Number of the patch that a point belongs to: points that are linked by steps of at most three
-  /// spacings.
+  /// Patches are points that are linked by steps of at most three spacings. They have the numbers
+  /// from 0 in the order of their first points.
+  /// @{
   std::uint32_t patchOf(std::size_t k) const { return patches_[k]; }
+  std::size_t patches() const { return patchCount_; }
+  /// @}
 
   /// The nearest point within a radius; none: its distance is infinite.
   Neighbour nearest(const point& place, double radius) const;
@@ -37,20 +40,27 @@ class GroundTruth {
 
  private:
   double medianSpacing() const;
-  std::vector<std::uint32_t> patches() const;
+  void findPatches();
 
   KnownPoints points_;
   PointTiles tree_, planTree_;
   double spacing_;
   std::vector<std::uint32_t> patches_;
+  std::size_t patchCount_ = 0;
 };
 
-/// The points of a strip with a point of the ground truth within the radius: the nearest one. The
+class ControlTally;
+
+/// The points of a strip with a point of the ground truth within reach: the nearest one. The
 /// strip's point is I, of code 10. Too far: beside the ground truth's point, along its plane, by
-/// more than its spacing. Both normals are the ground truth's; the same for any number of threads.
-/// @param tell  told on the calling thread how many points are done
+/// more than its spacing or the search radius. Both normals are the ground truth's; the same for
+/// any number of threads.
+/// @param reach  [m]
+/// @param items  counts what is left out of each patch
+/// @param tell   told on the calling thread how many points are done
 std::vector<Correspondence> searchGroundTruth(const PartnerSearch& strip,
-                                              const GroundTruth& groundTruth, Funnels& funnels,
+                                              const GroundTruth& groundTruth, double reach,
+                                              Funnels& funnels, ControlTally& items,
                                               const std::function<void(std::size_t)>& tell);
 
 }  // namespace Velorn::Flights

@@ -4,17 +4,19 @@
 
 #include <algorithm>
 #include <cmath>
-#include <set>
 #include <utility>
 
 #include <fmt/format.h>
 
 #include "flight/matching/BlockFolder.h"
+#include "flight/matching/ControlTally.h"
+#include "flight/matching/ControlWeights.h"
 #include "flight/matching/GroundTruth.h"
 #include "flight/matching/MatchPlan.h"
 #include "flight/matching/PairSearch.h"
 #include "flight/matching/Rejection.h"
 #include "flight/matching/SampledSquares.h"
+#include "flight/matching/SupportTally.h"
 #include "flight/matching/Thinning.h"
 #include "flight/strips/EnoughMemory.h"
 #include "flight/surfaces/SearchPlaces.h"
@@ -26,7 +28,6 @@ namespace {
 
 using Geomra::degree;
 
-constexpr double inclined = 10.0 * degree;  // ground truth that controls more than heights
 constexpr unsigned int timeBins = 16;
 
 /// The correspondences of one pair, from found to written.
@@ -75,6 +76,13 @@ Velorn::SphericalBeing moved(const MatchPoints& points, std::size_t k, double sh
   return being;
 }
 
+/// A block with the ground truth, until the weights of its patches are known.
+struct KnownBlock {
+  BlockTitle title;
+  std::vector<BlockEntry> entries;
+  std::vector<std::uint32_t> items;  // of each entry
+};
+
 /// Goes through the strips; of the partners of a strip J no more than one is looked at.
 class Matcher {
  public:
@@ -91,10 +99,13 @@ class Matcher {
         progress_(progress),
         rules_{configuration.SearchRadius, std::cos(configuration.ThresholdMaxAngle * degree),
                options.ontoPlanes,         options.neighbours,
-               options.neighbourRadius,    options.areFarApart, options.controlRadius},
+               options.neighbourRadius,    options.areFarApart},
         reach_(std::max(configuration.SearchRadius, options.reach)),
+        controlReach_(std::max(configuration.SearchRadius, options.controlReach)),
         part_(options.oneSquareOf, options.seed),
-        total_(plan.candidates()) {}
+        total_(plan.candidates()),
+        control_(groundTruth),
+        support_(surfaces.size()) {}
 
   MatchReport run() {
     for (std::uint32_t j = 0; j < surfaces_.size(); ++j) {
@@ -105,9 +116,10 @@ class Matcher {
     });
     report_.searchRadius = rules_.radius;
     report_.maxCorrespondences = plan_.maxCorrespondences;
+    report_.support = support_.strips();
     report_.typicalDistance = spreadOf(std::move(distances_)).median;
     report_.disagreement = spreadOf(std::move(disagreements_)).median;
-    report_.groundTruthPatches = patches_.size();
+    addControl();
     return std::move(report_);
   }
 
@@ -126,14 +138,14 @@ class Matcher {
 
   /// The strip's points where partners may be searched, and those that their planes go through.
   MatchPoints pointsOf(std::uint32_t j, const std::vector<PlannedPair>& pairs, bool isKnown) {
-    const double reach = reach_ + rules_.neighbourRadius;
-    const double knownReach = std::max(reach_, rules_.controlReach()) + rules_.neighbourRadius;
+    const double reach = reach_ + rules_.neighbourRadius,
+                 controlReach = std::max(reach_, controlReach_) + rules_.neighbourRadius;
     MatchPoints points = surfaces_.planar(j, [&](const point& place) {
       if (!isKnown && !part_.isNear(place, reach)) return false;
       const bool isOverlap = std::any_of(pairs.begin(), pairs.end(), [&](const auto& pair) {
         return plan_.hulls[pair.i].holds(place, reach);
       });
-      return isOverlap || (isKnown && groundTruth_.isNear(place, knownReach));
+      return isOverlap || (isKnown && groundTruth_.isNear(place, controlReach));
     });
     georeference(surfaces_.files(j).planar, j, points);
     return points;
@@ -169,40 +181,65 @@ class Matcher {
     for (const Correspondence& one : found.pairs) {
       entries.push_back({moved(pointsOfI, one.i, one.shiftI, one.normalI, one.code),
                          moved(pointsOfJ, one.j, one.shiftJ, one.normalJ, one.code)});
+      support_.add(pair.i, pointsOfI.times[one.i], one.normalI);
+      support_.add(pair.j, pointsOfJ.times[one.j], one.normalI);
     }
     folder_.write({pair.i, pair.j, false, pointsOfI.week, pointsOfJ.week}, entries);
     report_.pairs.push_back({pair.i, pair.j, false, found.funnels});
     report_.correspondences += entries.size();
   }
 
+  /// Nothing is left out for its distance: control that does not fit is a finding.
   void matchGroundTruth(const PlannedPair& pair, const PartnerSearch& search) {
     Found found;
-    found.pairs =
-        searchGroundTruth(search, groundTruth_, found.funnels, [this](std::size_t) { tell(0); });
-    rejectUnlike(found.pairs, found.funnels);
+    found.pairs = searchGroundTruth(search, groundTruth_, controlReach_, found.funnels, control_,
+                                    [this](std::size_t) { tell(0); });
+    auto before = found.pairs;
+    rejectRough(found.pairs, found.funnels);
+    control_.countGone(before, found.pairs, &ControlItem::rough);
+    before = found.pairs;
+    leaveOtherSurfaces(found.pairs, groundTruth_, found.funnels);
+    control_.countGone(before, found.pairs, &ControlItem::otherSurface);
+    before = found.pairs;
     std::vector<std::uint64_t> patches;
     for (const Correspondence& one : found.pairs) patches.push_back(groundTruth_.patchOf(one.j));
     thin(found, patches, pair.room, derivedSeed(options_.seed, pair.i, pair.j));
-    for (const Correspondence& one : found.pairs) countKnown(one);
-    writeKnown(pair, found, search.points());
+    control_.countGone(before, found.pairs, &ControlItem::thinned);
+    control_.add(found.pairs);
+    keepKnown(pair, found, search.points());
   }
 
-  void countKnown(const Correspondence& one) {
-    patches_.insert(groundTruth_.patchOf(one.j));
-    report_.onInclinedGroundTruth += std::abs(one.normalI.z) < std::cos(inclined) ? 1 : 0;
-    ++report_.withGroundTruth;
-  }
-
-  void writeKnown(const PlannedPair& pair, const Found& found, const MatchPoints& points) {
+  void keepKnown(const PlannedPair& pair, const Found& found, const MatchPoints& points) {
     const KnownPoints& known = groundTruth_.points();
-    std::vector<BlockEntry> entries;
+    KnownBlock block{{pair.i, pair.j, true, points.week, 0}, {}, {}};
     for (const Correspondence& one : found.pairs) {
-      entries.push_back({moved(points, one.i, one.shiftI, one.normalI, one.code),
-                         {known.places[one.j], {}, 0.0, one.normalJ, {}, known.codes[one.j]}});
+      block.items.push_back(groundTruth_.patchOf(one.j));
+      block.entries.push_back(
+          {moved(points, one.i, one.shiftI, one.normalI, one.code),
+           {known.places[one.j], {}, 0.0, one.normalJ, {}, known.codes[one.j]}});
+      support_.add(pair.i, points.times[one.i], one.normalI);
     }
-    folder_.write({pair.i, pair.j, true, points.week, 0}, entries);
     report_.pairs.push_back({pair.i, pair.j, true, found.funnels});
-    report_.correspondences += entries.size();
+    report_.correspondences += block.entries.size();
+    report_.withGroundTruth += block.entries.size();
+    known_.push_back(std::move(block));
+  }
+
+  /// The length of the normal is the weight of a patch: the residual is a multiple of it.
+  void addControl() {
+    report_.control = control_.items();
+    if (options_.weighsControl) weigh(report_.control, report_.disagreement);
+    for (KnownBlock& block : known_) {
+      for (std::size_t k = 0; k < block.entries.size(); ++k) {
+        vector& normal = block.entries[k].i.normal;
+        normal = report_.control[block.items[k]].weight * normal;
+      }
+      folder_.write(block.title, block.entries);
+    }
+    for (const ControlItem& item : report_.control) {
+      report_.groundTruthPatches += item.correspondences > 0 ? 1 : 0;
+      report_.onInclinedGroundTruth += item.isInclined ? item.correspondences : 0;
+    }
   }
 
   void tell(std::size_t inPair) { progress_.report("matching", done_ + inPair, total_); }
@@ -216,12 +253,14 @@ class Matcher {
   const BlockFolder& folder_;
   Kestrum::LoaderProgress& progress_;
   SearchRules rules_;
-  double reach_;
+  double reach_, controlReach_;
   SampledSquares part_;
   std::size_t done_ = 0, total_;
   MatchReport report_;
   std::vector<double> distances_, disagreements_;  // of the strip pairs kept
-  std::set<std::uint32_t> patches_;
+  ControlTally control_;
+  std::vector<KnownBlock> known_;
+  SupportTally support_;
 };
 
 }  // namespace

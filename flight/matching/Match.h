@@ -24,14 +24,17 @@ struct MatchOptions : MatchSettings {
   /// with a normal that agrees, several points may share it, and outliers are sought among
   /// correspondences of one direction, not of one class.
   bool areFarApart = false;
-  /// Distance within which ground truth is sought, where that is more than the search radius [m].
-  double controlRadius = 0.0;
   /// Only one of so many squares of 20 m by 20 m is searched, ground truth apart: a part stands for
   /// a large flight.
   unsigned int oneSquareOf = 1;
   /// Overlaps are grown by that, or by the search radius where that is more: strips may disagree by
   /// it as delivered, which is how overlaps are seen [m].
   double reach = 0.0;
+  /// Ground truth is searched within that, or the search radius where that is more: what a round
+  /// searches less far must not make control disappear [m].
+  double controlReach = 0.0;
+  /// Patches of the ground truth far off the model that the search starts from count less.
+  bool weighsControl = false;
 };
 
 /// Writes a block for each pair with correspondences into the

@@ -82,7 +82,7 @@ MatchPlan planOf(const Velorn::InputParameter& configuration, SurfaceStore& surf
   outline(surfaces, plan);
   const double reach = std::max(configuration.SearchRadius, options.reach);
   findPairs(surfaces, reach, plan);
-  findKnown(groundTruth, std::max(reach, options.controlRadius), plan);
+  findKnown(groundTruth, std::max(reach, options.controlReach), plan);
   shareOut(plan);
   return plan;
 }

@@ -64,16 +64,6 @@ void takeOut(std::vector<Correspondence>& pairs, Funnels& funnels, std::size_t F
   });
 }
 
-void rejectRough(std::vector<Correspondence>& pairs, Funnels& funnels) {
-  const Spreads sideI(pairs, Alike::ofClass,
-                      [](const Correspondence& pair) { return pair.roughnessI; });
-  const Spreads sideJ(pairs, Alike::ofClass,
-                      [](const Correspondence& pair) { return pair.roughnessJ; });
-  takeOut(pairs, funnels, &Funnel::roughness, [&](const Correspondence& pair) {
-    return sideI.excess(pair, pair.roughnessI) > 1.0 || sideJ.excess(pair, pair.roughnessJ) > 1.0;
-  });
-}
-
 /// Median and NMAD of the distances of each class.
 void describe(const std::vector<Correspondence>& pairs, Funnels& funnels) {
   std::array<std::vector<double>, classCount> each;
@@ -91,9 +81,19 @@ Spread spreadOf(std::vector<double> values) {
   return {OrvekStatistic::quantileInPlace(values, 0.5), OrvekStatistic::nmadInPlace(values)};
 }
 
+void rejectRough(std::vector<Correspondence>& pairs, Funnels& funnels) {
+  const Spreads sideI(pairs, Alike::ofClass,
+                      [](const Correspondence& pair) { return pair.roughnessI; });
+  const Spreads sideJ(pairs, Alike::ofClass,
+                      [](const Correspondence& pair) { return pair.roughnessJ; });
+  takeOut(pairs, funnels, &Funnel::roughness, [&](const Correspondence& pair) {
+    return sideI.excess(pair, pair.roughnessI) > 1.0 || sideJ.excess(pair, pair.roughnessJ) > 1.0;
+  });
+  describe(pairs, funnels);
+}
+
 void rejectUnlike(std::vector<Correspondence>& pairs, Funnels& funnels, Alike alike) {
   rejectRough(pairs, funnels);
-  describe(pairs, funnels);
   const Spreads distances(pairs, alike, [](const Correspondence& pair) { return pair.distance; });
   const bool areTooFew = pairs.size() < enoughOfPair;
   takeOut(pairs, funnels, &Funnel::outlier, [&](const Correspondence& pair) {

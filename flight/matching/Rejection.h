@@ -27,6 +27,9 @@ enum class Alike : std::uint8_t {
                 ///< while strips lie far apart the few walls must not be measured by the ground
 };
 
+/// The first step of `rejectUnlike` alone, with median and NMAD of the distances that are left.
+void rejectRough(std::vector<Correspondence>& pairs, Funnels& funnels);
+
 /// Takes out, class by class, the correspondences with a neighbourhood on either side that is
 /// rougher than the median + 3 NMAD of that side, then those with a distance along the normal
 /// beyond the median ± 3 NMAD of those alike. Fewer than ten are judged by all of the pair

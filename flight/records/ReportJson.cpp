@@ -20,6 +20,11 @@ concept Of = std::same_as<std::remove_const_t<T>, Report>;
 // The names of all values, once for both directions. A visitor is called with a name and a value;
 // `unless` leaves a value out where it is the standard one.
 
+/// A list that summaries of this version may lack.
+void addedLater(auto& visit, const char* name, auto& list) {
+  if (!list.empty() || visit.has(name)) visit(name, list);
+}
+
 void fields(auto& visit, Of<StripFacts> auto& strip) {
   visit("id", strip.id);
   visit("file", strip.file);
@@ -87,6 +92,31 @@ void fields(auto& visit, Of<ApartReport> auto& apart) {
   visit("coarse_rounds", apart.coarseRounds);
 }
 
+void fields(auto& visit, Of<ControlItem> auto& item) {
+  visit("id", item.id);
+  visit("place", item.place);
+  visit("points", item.points);
+  visit("inclined", item.isInclined);
+  visit("strips", item.strips);
+  visit("correspondences", item.correspondences);
+  visit("beside", item.beside);
+  visit("turned_away", item.turnedAway);
+  visit("rough", item.rough);
+  visit("other_surface", item.otherSurface);
+  visit("thinned", item.thinned);
+  visit("misfit", item.misfit);
+  visit("weight", item.weight);
+  visit.unless("left_out", item.leftOut, std::string());
+}
+
+void fields(auto& visit, Of<StripSupport> auto& support) {
+  visit("strip", support.strip);
+  visit("correspondences", support.correspondences);
+  visit("first_time", support.first);
+  visit("last_time", support.last);
+  visit("weakest_aspect", support.weakestAspect);
+}
+
 void fields(auto& visit, Of<MatchReport> auto& matching) {
   visit("search_radius", matching.searchRadius);
   visit("max_correspondences", matching.maxCorrespondences);
@@ -96,6 +126,8 @@ void fields(auto& visit, Of<MatchReport> auto& matching) {
   visit("ground_truth_patches", matching.groundTruthPatches);
   visit("typical_distance", matching.typicalDistance);
   visit("disagreement", matching.disagreement);
+  addedLater(visit, "control", matching.control);
+  addedLater(visit, "support", matching.support);
   visit("pairs", matching.pairs);
 }
 
@@ -137,6 +169,19 @@ void fields(auto& visit, Of<StripMovement> auto& movement) {
   visit("vertical_q90", movement.vertical);
 }
 
+void fields(auto& visit, Of<ControlMisfit> auto& item) {
+  visit("id", item.id);
+  visit("correspondences", item.correspondences);
+  visit("before", item.before);
+  visit("after", item.after);
+}
+
+void fields(auto& visit, Of<StripRedundancy> auto& strip) {
+  visit("strip", strip.strip);
+  visit("correspondences", strip.correspondences);
+  visit("unknowns", strip.unknowns);
+}
+
 void fields(auto& visit, Of<Velorn::SolverEnd> auto& end) {
   visit("termination", end.termination);
   visit("message", end.message);
@@ -164,6 +209,8 @@ void fields(auto& visit, Of<AdjustmentReport> auto& adjustment) {
   visit("movements", adjustment.movements);
   visit("moved", adjustment.moved);
   visit("moved_by_one", adjustment.movedByOne);
+  addedLater(visit, "redundancy", adjustment.redundancy);
+  addedLater(visit, "control", adjustment.control);
   visit("solver", adjustment.solver);
   visit.unless("files", adjustment.files, ModelFiles());
 }

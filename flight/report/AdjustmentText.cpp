@@ -5,6 +5,7 @@
 // ended, and which sections were held constant and why.
 #include <fmt/format.h>
 
+#include "flight/report/RedundancyText.h"
 #include <velorn/flight/Reports.h>
 
 namespace Velorn::Flights {
@@ -37,8 +38,7 @@ std::string solverLine(const Velorn::SolverEnd& end) {
 std::string heldSections(const std::vector<HeldSection>& sections) {
   std::string text;
   for (const auto& section : sections) {
-    const char* const why = section.isLocked ? (section.isLow ? "locked, and weak" : "locked")
-                                             : "too few correspondences";
+    const char* const why = section.isLocked ? "locked" : "too few correspondences";
     text += fmt::format("held constant: section {} of {} ({} correspondences): {}\n",
                         section.section, section.strip, section.correspondences, why);
   }
@@ -53,6 +53,7 @@ std::string textOf(const AdjustmentReport& adjustment, bool isControlled) {
     text += fit(adjustment.before, adjustment.after);
   }
   text += heldSections(adjustment.heldSections) + solverLine(adjustment.solver);
+  for (const auto& line : redundancyWarnings(adjustment)) text += "WARNING: " + line + "\n";
   if (!isControlled) {
     text +=
         "No ground truth was asked for: absolute position and tilt of the block are not "

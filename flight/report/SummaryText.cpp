@@ -10,6 +10,8 @@
 
 #include <fmt/format.h>
 
+#include "flight/report/ControlText.h"
+
 namespace Velorn::Flights {
 
 namespace {
@@ -203,6 +205,14 @@ std::string roundsText(const std::vector<RoundReport>& rounds) {
   return text;
 }
 
+/// As the last round has it.
+std::string controlText(const RunReport& run) {
+  if (run.rounds.empty() || !run.rounds.back().matching) return {};
+  const auto table =
+      controlTable(*run.rounds.back().matching, run.adjustment ? &*run.adjustment : nullptr);
+  return table.empty() ? table : "\n" + table;
+}
+
 }  // namespace
 
 std::string idleScaleText(double scale, double farthestForward) {
@@ -225,8 +235,12 @@ std::string textOf(const RunReport& run) {
   }
   if (run.adjustment) {
     const auto& adjustment = *run.adjustment;
-    text += "\n" + fitTable(adjustment.before, adjustment.after) + "\n" +
-            globalsTable(adjustment.globals) +
+    text += "\n" + fitTable(adjustment.before, adjustment.after);
+  }
+  text += controlText(run);
+  if (run.adjustment) {
+    const auto& adjustment = *run.adjustment;
+    text += "\n" + globalsTable(adjustment.globals) +
             idleScaleText(adjustment.globals.scales[1], farthestForwardOf(run.strips)) + "\n" +
             solverText(adjustment);
   }

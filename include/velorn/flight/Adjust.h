@@ -25,6 +25,7 @@ struct AdjustmentInput {
   Velorn::AdjustmentSettings settings;
   std::optional<ModelFiles> start;  ///< unknowns to begin with; none: those of the trajectory
   unsigned int threads = 0;         ///< 0: as many as there are cores
+  bool mayBeScarce = false;         ///< the result is but a start: no number is too small
   bool repeatable = false;          ///< the solver takes one thread: the same bytes every time
 };
 
@@ -33,7 +34,8 @@ struct AdjustmentInput {
 /// @return also for a solver that did not converge: see requireConvergence
 /// @throws Error that names the file, for everything that keeps the solver from running or its
 ///         result from being written: files that are missing, names that the list of files cannot
-///         hold, two strips of one name, correspondences of a matching that was cut off
+///         hold, two strips of one name, correspondences of a matching that was cut off; fewer
+///         than five correspondences for each estimated unknown, or than thirty
 VELORN_FLIGHT_EXPORT AdjustmentReport adjust(const AdjustmentInput& input, const Watch& watch);
 
 /// Anything but a convergence leaves unknowns that are not to be used, also where the library

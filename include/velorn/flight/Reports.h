@@ -102,7 +102,8 @@ struct Funnel {
   std::size_t tooFar = 0;         ///< nothing of the class within the search radius
   std::size_t angle = 0;          ///< normals disagree
   std::size_t roughness = 0;      ///< one of the two neighbourhoods is no plane, or a rough one
-  std::size_t outlier = 0;        ///< distance along the normal beyond median ± 3 NMAD
+  std::size_t outlier = 0;        ///< distance along the normal beyond median ± 3 NMAD; of the
+                                  ///< ground truth: far off the other points at the same item
   std::size_t thinned = 0;        ///< given up for the sake of memory
   std::size_t kept = 0;           ///< correspondences
   double median = unknownFigure;  ///< distance along the normal [m]
@@ -135,6 +136,35 @@ struct PairReport {
   }
 };
 
+/// A patch of the ground truth, or a single point of it: evidence, which no size of its misfit
+/// takes away.
+struct ControlItem {
+  std::uint32_t id = 0;             ///< from 0, in the order of the ground truth's file
+  std::array<double, 3> place{};    ///< middle of its points: easting, northing, height [m]
+  std::size_t points = 0;           ///< of the ground truth
+  bool isInclined = false;          ///< by more than 10°
+  std::size_t strips = 0;           ///< with a correspondence
+  std::size_t correspondences = 0;  ///< kept
+  std::size_t beside = 0;           ///< points of strips near it that lie beside it
+  std::size_t turnedAway = 0;       ///< on planes with another normal
+  std::size_t rough = 0;            ///< without a plane, or with a rough one
+  std::size_t otherSurface = 0;     ///< far off the other points of the strip at this item
+  std::size_t thinned = 0;          ///< given up for the sake of memory
+  double misfit = unknownFigure;    ///< median of n · (Q − P) as searched [m]
+  double weight = 1.0;              ///< of its residuals, beside that of the class
+  std::string leftOut;              ///< why it has no correspondence; empty: it has
+};
+
+/// How the correspondences of a strip lie, those with the ground truth among them.
+struct StripSupport {
+  std::uint32_t strip = 0;  ///< file id
+  std::size_t correspondences = 0;
+  double first = unknownFigure, last = unknownFigure;  ///< 5 and 95 % quantile of times [s of week]
+  /// Least eigenvalue of the sum of h h^T over the horizontal parts h of the normals on slopes of
+  /// more than 10°: the number of vertical walls that look in the direction looked at least.
+  double weakestAspect = 0.0;
+};
+
 struct MatchReport {
   std::vector<PairReport> pairs;       ///< by i and j, the ground truth last
   double searchRadius = 0.0;           ///< of this round [m]
@@ -148,6 +178,8 @@ struct MatchReport {
   /// Ground-truth correspondences on planes of more than 10°.
   std::size_t onInclinedGroundTruth = 0;
   std::size_t groundTruthPatches = 0;  ///< groups of ground-truth points that were matched
+  std::vector<ControlItem> control;    ///< all of the ground truth
+  std::vector<StripSupport> support;   ///< of all strips, by id
 };
 
 /// Distances of points from the planes of their correspondences [m].
@@ -184,6 +216,20 @@ struct StripMovement {
   double horizontal = 0.0, vertical = 0.0;
 };
 
+/// How well an adjustment fits an item of the ground truth: medians of n · (Q − P) over its
+/// correspondences in all strips.
+struct ControlMisfit {
+  std::uint32_t id = 0;  ///< as in `ControlItem`
+  std::size_t correspondences = 0;
+  double before = unknownFigure, after = unknownFigure;  ///< as delivered, and adjusted [m]
+};
+
+/// What determines the unknowns of a strip.
+struct StripRedundancy {
+  std::string strip;
+  std::size_t correspondences = 0, unknowns = 0;  ///< those estimated
+};
+
 /// The three files of an adjusted model.
 struct ModelFiles {
   std::filesystem::path sections, parameters, stripIds;
@@ -203,6 +249,8 @@ struct AdjustmentReport {
   /// The same, by the change of one of the global corrections alone, of the one that would move a
   /// point at the median range most [m].
   double movedByOne = unknownFigure;
+  std::vector<StripRedundancy> redundancy;  ///< of all strips
+  std::vector<ControlMisfit> control;       ///< empty where the patches are not known
   Velorn::SolverEnd solver;
   ModelFiles files;  ///< of the adjusted model; complete only after convergence
 };

@@ -17,7 +17,7 @@
 
 using namespace Velorn::Flights;
 
-using testing::HasSubstr, testing::IsSupersetOf;
+using testing::HasSubstr, testing::IsSupersetOf, testing::Not;
 namespace fs = std::filesystem;
 
 namespace {
@@ -114,6 +114,8 @@ TEST_F(Adjusting, RefusesARootInWhichNoFolderCanBeMade) {
 TEST_F(Adjusting, CancelledAtAnyTimeLeavesAnInterruptedRunInsteadOfAnEarlierResult) {
   writePairs(1005);
   input.settings.fewestGroundTruth = 0;
+  EXPECT_THAT(failure(), HasSubstr("blocks: only 3 correspondences for 12 estimated unknowns"));
+  input.mayBeScarce = true;
   EXPECT_EQ(adjust(input, {}).heldSections.size(), 2U);
   const fs::path root = folder / "out";
   EXPECT_TRUE(fs::exists(FinishedRun(root).model().parameters));
@@ -148,10 +150,14 @@ TEST(RequireConvergence, TellsHowTheSolverEndedByKindAndWords) {
 TEST(AdjustmentText, SumsUpHowTheSolverEndedAndWhatWasHeld) {
   AdjustmentReport report;
   report.solver.termination = "FAILURE";
-  report.heldSections = {{"b.kx", 1, 7, true, false}, {"b.kx", 2, 9, true, true}};
+  report.heldSections = {{"b.kx", 1, 7, true, false}, {"b.kx", 2, 9, false, true}};
   const auto text = textOf(report, false);
   EXPECT_THAT(text, HasSubstr("solver: FAILURE after 0 steps"));
   EXPECT_THAT(text, HasSubstr("section 1 of b.kx (7 correspondences): too few"));
-  EXPECT_THAT(text, HasSubstr("section 2 of b.kx (9 correspondences): locked, and weak"));
+  EXPECT_THAT(text, HasSubstr("section 2 of b.kx (9 correspondences): locked\n"));
   EXPECT_THAT(text, HasSubstr("not controlled"));
+  EXPECT_THAT(text, Not(HasSubstr("WARNING")));
+  report.solver.residuals = 400;
+  report.solver.estimated = 21;
+  EXPECT_THAT(textOf(report, false), HasSubstr("WARNING: Only 400 correspondences for 21"));
 }

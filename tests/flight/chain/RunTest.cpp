@@ -6,10 +6,12 @@
 
 #include <gmock/gmock.h>
 
+#include "flight/matching/GroundTruth.h"
 #include "flight/records/FinishedRun.h"
 #include "flight/report/SummaryText.h"
 #include "platform/morvane/Console.h"
 #include "tests/flight/chain/SmallRun.h"
+#include "tests/flight/matching/MatchFiles.h"
 #include "tests/flight/simulation/TrueWorld.h"
 #include <velorn/flight/Containers.h>
 
@@ -106,6 +108,39 @@ TEST_F(SeveralRuns, SaysWhatNothingControls) {
   const auto summary = done();
   EXPECT_THAT(textOf(summary), HasSubstr("WARNING: No ground truth"));
   EXPECT_LT(summary.adjustment->after.pairs.rms, 0.03);
+}
+
+TEST_F(SeveralRuns, NamesAWrongPatchOfControlAndGivesItLittleWeight) {
+  const GroundTruth known(readGroundTruth(settings.groundTruth, settings.configuration()));
+  ASSERT_GT(known.patches(), 10U);
+  constexpr std::uint32_t wrong = 2;
+  auto places = known.points().places;
+  for (std::size_t k = 0; k < places.size(); ++k) {
+    if (known.patchOf(k) == wrong) places[k].z += 0.1;
+  }
+  GridEditor(settings.groundTruth).set("Positions", places).save();
+  settings.rounds = 4;
+  settings.match.maxCorrespondences = 4000;
+  const auto summary = done();
+  const auto& last = summary.rounds.back();
+  ASSERT_EQ(last.matching->control.size(), known.patches());
+  const auto& item = last.matching->control[wrong];
+  EXPECT_GT(item.correspondences, 0U);
+  EXPECT_LT(item.weight, 0.5);
+  ASSERT_THAT(summary.datum->warnings, testing::SizeIs(1));
+  EXPECT_THAT(summary.datum->warnings[0], HasSubstr(": 2 (E "));
+  for (const auto& fit : last.adjustment->control) {
+    if (fit.id == wrong) {
+      EXPECT_NEAR(std::abs(fit.after), 0.1, 0.03);
+    } else {
+      EXPECT_LT(std::abs(fit.after), 0.03) << fit.id;
+    }
+  }
+  EXPECT_THAT(textOf(summary), HasSubstr("after [cm]"));
+  EXPECT_EQ(textOf(RunFolder(folder / "out").readSummary()), textOf(summary));
+  const auto again = done();  // from the records
+  EXPECT_EQ(skipped(), lines.size());
+  EXPECT_EQ(again.datum->warnings, summary.datum->warnings);
 }
 
 TEST_F(SmallRun, GoesOnWithAStripThatHasNoPlanarSurface) {

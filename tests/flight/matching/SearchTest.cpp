@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "flight/matching/ControlTally.h"
 #include "flight/matching/GroundTruth.h"
 #include "flight/matching/PairSearch.h"
 #include "flight/matching/PlanHull.h"
@@ -267,7 +268,8 @@ TEST(GroundTruth, KnowsItsSpacingAndItsPatches) {
   EXPECT_DOUBLE_EQ(known.spacing(), 1.0);
   EXPECT_EQ(known.patchOf(0), known.patchOf(15));
   EXPECT_EQ(known.patchOf(0), known.patchOf(40)) << "2.9 m apart";
-  EXPECT_NE(known.patchOf(0), known.patchOf(20));
+  EXPECT_EQ(known.patchOf(20), 1U) << "in the order of the file";
+  EXPECT_EQ(known.patches(), 2U);
   EXPECT_TRUE(known.isNear({-3, 0, 1000}, 3.0));
   EXPECT_FALSE(known.isNear({-3.1, 0, 0}, 3.0));
   EXPECT_DOUBLE_EQ(GroundTruth(KnownPoints{{{1, 2, 3}}, {{0, 0, 1}}, {14}}).spacing(), 0.0);
@@ -287,7 +289,9 @@ TEST(GroundTruth, IsMatchedBesideItsPointsByNoMoreThanTheirSpacing) {
   Funnels funnels;
   const SearchRules rules{3.0, std::cos(0.05), true, 16, 5.0};
   const PartnerSearch search(strip, rules);
-  const auto found = searchGroundTruth(search, known, funnels, [](std::size_t) {});
+  ControlTally tally(known);
+  const auto found =
+      searchGroundTruth(search, known, rules.radius, funnels, tally, [](std::size_t) {});
   for (const Correspondence& one : found) {
     EXPECT_NEAR(one.distance, -0.3, 1e-9);
     EXPECT_EQ(one.code, 10);
@@ -302,10 +306,14 @@ TEST(GroundTruth, IsMatchedBesideItsPointsByNoMoreThanTheirSpacing) {
   EXPECT_EQ(found.size(), within);
   EXPECT_EQ(funnels[0].candidates, candidates);
   EXPECT_EQ(funnels[0].tooFar, candidates - within);
+  EXPECT_EQ(tally.items().at(0).beside, candidates - within);
   const SearchRules strict{3.0, std::cos(0.4), true, 16, 5.0};
   const GroundTruth flat(patchesAt({{0, 0, 100}}, {0, 0, 1}));
-  EXPECT_TRUE(
-      searchGroundTruth(PartnerSearch(strip, strict), flat, funnels, [](std::size_t) {}).empty());
+  ControlTally turned(flat);
+  EXPECT_TRUE(searchGroundTruth(PartnerSearch(strip, strict), flat, rules.radius, funnels, turned,
+                                [](std::size_t) {})
+                  .empty());
+  EXPECT_EQ(turned.items()[0].leftOut, "the surface is turned away");
 }
 
 }  // namespace
