@@ -61,6 +61,7 @@ class Flight::Chain {
     report_.steps = context_.configuration().Options.text();
     report_.root = context_.folder.root();
     report_.strips = context_.strips;
+    report_.scale = context_.scale;
     try {
       requireMemory();
       RunRecording recording(context_.folder.root(), report_.steps, *context_.watcher);

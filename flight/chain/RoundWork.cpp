@@ -168,14 +168,19 @@ MatchReport RoundWork::matchAnew(const Round& round) {
   const auto* const start = solution ? &*solution : nullptr;
   MatchOptions options{run_.settings.match, run_.settings.raster.neighbours,
                        run_.settings.raster.neighbourRadius};
+  options.mostNeighbours = run_.settings.raster.mostNeighbours;
+  options.roughest = run_.settings.raster.maxRoughness;
   std::optional<SurfaceStore> views;
   if (usesCoarseRounds()) {
     const Coarseness coarseness{round.scale, spacing()};
-    configuration.SearchRadius = std::max(round.radius, coarseness.fewestRadius());
+    if (round.isCoarse()) {
+      configuration.SearchRadius = std::max(round.radius, coarseness.fewestRadius());
+      options.neighbours = Coarseness::neighbours(options.neighbours);
+      options.mostNeighbours = options.neighbours;
+      options.neighbourRadius *= round.scale;
+      options.areFarApart = true;
+    }
     views = stripsOfRound(run_, coarseness, start, configuration);
-    options.neighbours = Coarseness::neighbours(options.neighbours);
-    options.neighbourRadius *= round.scale;
-    options.areFarApart = true;
     options.reach = run_.configuration().SearchRadius;
   }
   auto& surfaces = views ? *views : run_.surfaces;

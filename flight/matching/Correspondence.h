@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 #include "platform/geomra/PhysicalSpace.h"
 #include <velorn/SphericalBeing.h>
@@ -23,6 +24,8 @@ struct SearchRules {
   unsigned int neighbours;   ///< of the partner's plane
   double neighbourRadius;    ///< [m]
   bool areFarApart = false;  ///< partners may be shared, and have normals that agree
+  unsigned int mostNeighbours = 0;  ///< of planes that fewer do not tell the normal of
+  double roughest = std::numeric_limits<double>::infinity();  ///< of planes that grow [m]
 };
 
 /// A found partner; numbers are those of the points searched in.

@@ -90,7 +90,8 @@ class Matcher {
         progress_(progress),
         rules_{configuration.SearchRadius, std::cos(configuration.ThresholdMaxAngle * degree),
                options.ontoPlanes,         options.neighbours,
-               options.neighbourRadius,    options.areFarApart},
+               options.neighbourRadius,    options.areFarApart,
+               options.mostNeighbours,     options.roughest},
         reach_(std::max(configuration.SearchRadius, options.reach)),
         total_(plan.candidates()) {}
 

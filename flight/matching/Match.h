@@ -27,6 +27,8 @@ struct MatchOptions : MatchSettings {
   /// Overlaps are grown by that, or by the search radius where that is more: strips may disagree by
   /// it as delivered, which is how overlaps are seen [m].
   double reach = 0.0;
+  unsigned int mostNeighbours = 0;  ///< of planes that fewer do not tell the normal of
+  double roughest = 0.05;           ///< of planes that grow [m]
 };
 
 /// Writes a block for each pair with correspondences into the

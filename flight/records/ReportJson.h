@@ -8,6 +8,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "flight/surfaces/StripScale.h"
 #include <velorn/flight/Reports.h>
 
 namespace Velorn::Flights {
@@ -15,6 +16,7 @@ namespace Velorn::Flights {
 /// Of a step, for its record.
 /// @{
 nlohmann::ordered_json jsonOf(const RasterCounts& counts);
+nlohmann::ordered_json jsonOf(const StripScale& scale);
 nlohmann::ordered_json jsonOf(const MatchReport& matching);
 nlohmann::ordered_json jsonOf(const RoundReport& round);
 nlohmann::ordered_json jsonOf(const GeoreferencingReport& georeferencing);
@@ -27,6 +29,7 @@ nlohmann::ordered_json jsonOf(const RunReport& run);
 /// @throws nlohmann::json::exception for what no such report gives
 /// @{
 void fromJson(const nlohmann::ordered_json& json, RasterCounts& counts);
+void fromJson(const nlohmann::ordered_json& json, StripScale& scale);
 void fromJson(const nlohmann::ordered_json& json, MatchReport& matching);
 void fromJson(const nlohmann::ordered_json& json, RoundReport& round);
 void fromJson(const nlohmann::ordered_json& json, GeoreferencingReport& georeferencing);

@@ -95,11 +95,14 @@ void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs
 }
 
 template std::optional<RasterCounts> StepRecord::valid(const StepKey& key) const;
+template std::optional<StripScale> StepRecord::valid(const StepKey& key) const;
 template std::optional<MatchReport> StepRecord::valid(const StepKey& key) const;
 template std::optional<RoundReport> StepRecord::valid(const StepKey& key) const;
 template std::optional<GeoreferencingReport> StepRecord::valid(const StepKey& key) const;
 template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
                                  const RasterCounts& report) const;
+template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
+                                 const StripScale& report) const;
 template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
                                  const MatchReport& report) const;
 template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
