@@ -84,8 +84,7 @@ void RunFolder::make() const {
 }
 
 void RunFolder::makeSurfaces() const {
-  for (const auto& folder :
-       {surfaces_ / status_ / "steps", rasters(), surfaces_ / planarPoints}) {
+  for (const auto& folder : {surfaces_ / status_ / "steps", rasters(), surfaces_ / planarPoints}) {
     makeFolder(folder);
   }
 }

@@ -140,7 +140,7 @@ std::vector<Setting> ofRasterizing() {
        .place = [](FlightSettings& all) -> SettingPlace { return &all.raster.neighbours; }},
       {.name = "most-neighbours",
        .group = rasterizing,
-       .sentence = "points of a plane whose normal fewer do not tell to 1.5 degrees; no more than "
+       .sentence = "points of a plane whose normal fewer do not tell to 1.25 degrees; no more than "
                    "neighbours: all planes have as many",
        .low = 0,
        .high = 2000,
@@ -157,8 +157,9 @@ std::vector<Setting> ofRasterizing() {
        .place = [](FlightSettings& all) -> SettingPlace { return &all.raster.neighbourRadius; }},
       {.name = "max-roughness",
        .group = rasterizing,
-       .sentence = "standard deviation from the plane of a planar neighbourhood; 0: 2.5 times the noise of "
-                   "the points",
+       .sentence =
+           "standard deviation from the plane of a planar neighbourhood; 0: 2.5 times the noise of "
+           "the points",
        .unit = metres,
        .low = 1e-6,
        .high = 1000,
@@ -179,8 +180,9 @@ std::vector<Setting> ofMatching() {
   return {
       {.name = "search-radius",
        .group = matching,
-       .sentence = "distance within which the partner of a point is sought, 0: by the points; later rounds "
-                   "take less",
+       .sentence =
+           "distance within which the partner of a point is sought, 0: by the points; later rounds "
+           "take less",
        .unit = metres,
        .low = 0.01,
        .high = 1000,

@@ -73,8 +73,7 @@ void Terrain::addTile(std::int64_t column, std::int64_t row, std::uint64_t seed)
   tiles_.push_back({static_cast<std::uint32_t>(planes_.size()), 0, 0, {}});
   const double e = (static_cast<double>(column) + 0.5) * side_;
   const double n = (static_cast<double>(row) + 0.5) * side_;
-  const Rectangle square{
-      e, n, 1.0, 0.0, -side_ / 2.0, side_ / 2.0, -side_ / 2.0, side_ / 2.0};
+  const Rectangle square{e, n, 1.0, 0.0, -side_ / 2.0, side_ / 2.0, -side_ / 2.0, side_ / 2.0};
   if (row % rowsPerRiver == riverRow) return addRiver(square);
   const double height = heightOfHills(e, n, scale_);
   const double kind = random.uniform(0.0, 1.0);
@@ -82,8 +81,7 @@ void Terrain::addTile(std::int64_t column, std::int64_t row, std::uint64_t seed)
   if (kind < 0.20) return addField(square, height, random.uniform(4.0, 20.0) * degree, azimuth);
   addField(square, height, 0.0, 0.0);
   if (kind < 0.40) return;
-  const double a = scale_ * random.uniform(10.0, 13.0),
-               b = scale_ * random.uniform(7.0, 9.0);
+  const double a = scale_ * random.uniform(10.0, 13.0), b = scale_ * random.uniform(7.0, 9.0);
   const Rectangle house{e + scale_ * random.uniform(-2.8, 2.8),
                         n + scale_ * random.uniform(-2.8, 2.8),
                         std::cos(azimuth),

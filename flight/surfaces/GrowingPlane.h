@@ -32,7 +32,7 @@ struct Neighbourhood {
 /// Standard deviations of a normal at which a neighbourhood grows no more, and at which it is no
 /// plane [rad].
 /// @{
-inline constexpr double wellKnownNormal = 1.5 * std::numbers::pi / 180.0;
+inline constexpr double wellKnownNormal = 1.25 * std::numbers::pi / 180.0;
 inline constexpr double unknownNormal = 3.0 * std::numbers::pi / 180.0;
 /// @}
 

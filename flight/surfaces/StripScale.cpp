@@ -13,7 +13,7 @@
 namespace Velorn::Flights {
 namespace {
 
-constexpr std::size_t windows = 24, pointsOfWindow = 3000, spotsOfWindow = 32;
+constexpr std::size_t windows = 16, pointsOfWindow = 3000, spotsOfWindow = 32;
 constexpr std::size_t fewest = 16, most = 256;  // neighbours of a spot
 constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
 
@@ -24,7 +24,7 @@ double aside(const point& a, const point& b) {
 /// Half the side of the square about a place that holds as many points as a window shall.
 double halfSideOf(const point& seed, std::span<const point> points,
                   const std::vector<std::uint32_t>& members) {
-  constexpr std::size_t samples = 200'000, fewestSamples = 8;
+  constexpr std::size_t samples = 30'000, fewestSamples = 8;
   const std::size_t step = std::max<std::size_t>(1, members.size() / samples);
   std::vector<double> distances;
   for (std::size_t k = 0; k < members.size(); k += step) {
@@ -133,7 +133,8 @@ StripScale scaleOf(std::span<const point> points, const std::vector<std::uint32_
 
 WorkLengths lengthsFor(const StripScale& scale) {
   WorkLengths lengths;
-  if (scale.noise > 0.0) lengths.maxRoughness = std::clamp(roundLength(2.5 * scale.noise), 0.02, 1.0);
+  if (scale.noise > 0.0)
+    lengths.maxRoughness = std::clamp(roundLength(2.5 * scale.noise), 0.02, 1.0);
   if (!(scale.spacing > 0.0)) return lengths;
   constexpr double cells = 2500.0;  // of a strip, as many as there is room for
   // n points of a disc have the lesser spread s sqrt(n / pi) / 2.
@@ -142,7 +143,7 @@ WorkLengths lengthsFor(const StripScale& scale) {
   const double width = scale.spacing * std::sqrt(std::max(1.0, needed / fewest));
   const double unit = roundLength(width / 4.0);
   lengths.cell = std::clamp(unit, 0.01, lengths.cell);
-  lengths.largestCell = std::max(2.0 * unit, roundLength(std::sqrt(scale.area() / cells)));
+  lengths.largestCell = std::max(unit, roundLength(std::sqrt(scale.area() / cells)));
   lengths.searchRadius = std::clamp(30.0 * unit, 2.0, 30.0);
   lengths.neighbourRadius = std::max({1.0, std::min(50.0 * unit, 5.0), 20.0 * unit});
   return lengths;

@@ -28,7 +28,7 @@ struct StripScale {
   double area() const { return static_cast<double>(points) * spacing * spacing; }
 };
 
-/// Looks at some 800 places in 24 parts of a cloud. The noise is that of the smoother planes among
+/// Looks at some 500 places in 16 parts of a cloud. The noise is that of the smoother planes among
 /// them: each is the smallest one thrice as wide as it is thick, and the roughness that most of the
 /// smoother half have in common counts, for vegetation is rough at every size.
 /// @param points   those that `members` names are finite

@@ -57,8 +57,8 @@ struct ModelSettings {
   bool isRelative = false;        ///< ground truth may be missing, or too little
 };
 
-/// Zero as smallest cell, search radius, radius of the neighbours or largest roughness, as it comes,
-/// stands for what follows from the points, which a run measures at its begin.
+/// Zero as smallest cell, search radius, radius of the neighbours or largest roughness, as it
+/// comes, stands for what follows from the points, which a run measures at its begin.
 struct FlightSettings {
   FlightSettings() {
     configuration().MinCellSize = configuration().SearchRadius = 0.0;
