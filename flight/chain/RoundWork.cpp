@@ -34,6 +34,16 @@ Funnel funnelOfPairs(const MatchReport& report) {
   return sum;
 }
 
+/// What helps where most candidates were lost.
+std::string adviceFor(const Funnel& funnel) {
+  constexpr std::size_t few = 100;
+  if (funnel.candidates < few) return "a smaller --min-cell-size leaves more candidates";
+  const auto most = std::max({funnel.tooFar, funnel.angle, funnel.roughness});
+  if (most == funnel.roughness) return "a larger --max-roughness or more --most-neighbours";
+  if (most == funnel.angle) return "--coarse-rounds 4, or a wider --max-angle";
+  return "--coarse-rounds 4, or a wider --search-radius";
+}
+
 /// Refuses what no adjustment could use, and says at which gate the candidates were lost.
 void checkMatching(const MatchReport& report, const RunContext& run) {
   const auto isPair = [](const auto& pair) { return !pair.isGroundTruth; };
@@ -47,11 +57,9 @@ void checkMatching(const MatchReport& report, const RunContext& run) {
   if (funnel.kept > 0) return;
   throw Error(fmt::format(
       "no correspondences between strips: {} candidates, of which {} found nothing within {} m, {} "
-      "disagreed in their normals, {} were rough and {} outliers. A wider --search-radius or "
-      "--max-angle finds more; so does --coarse-rounds 4 where strips lie apart by many times the "
-      "distance of their points",
+      "disagreed in their normals, {} were rough and {} outliers. What may help: {}",
       funnel.candidates, funnel.tooFar, report.searchRadius, funnel.angle, funnel.roughness,
-      funnel.outlier));
+      funnel.outlier, adviceFor(funnel)));
 }
 
 /// What strips far apart have in common is the mounting. The rest is left to the finer rounds, for
