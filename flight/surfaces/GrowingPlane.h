@@ -24,7 +24,7 @@ namespace Velorn::Flights {
 struct Neighbourhood {
   unsigned int points = 16;  ///< the nearest ones, the point itself included
   double radius = 5.0;       ///< within that distance [m]
-  unsigned int most = 16;    ///< so many where fewer do not tell the normal; no more than `points`:
+  unsigned int most = 0;     ///< so many where fewer do not tell the normal; no more than `points`:
                              ///< all planes have as many
   double roughest = std::numeric_limits<double>::infinity();  ///< rougher ones do not grow [m]
 };
