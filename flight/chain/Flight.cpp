@@ -65,6 +65,7 @@ class Flight::Chain {
     report_.steps = context_.configuration().Options.text();
     report_.root = context_.folder.root();
     report_.strips = context_.strips;
+    report_.scale = context_.scale;
     try {
       requireMemory();
       RunRecording recording(context_.folder.root(), report_.steps, *context_.watcher);
@@ -151,10 +152,10 @@ class Flight::Chain {
       throw;
     }
     addRounds(rounds);
-    if (matches && adjusts && settings().stability) testStability();
+    if (matches && adjusts && settings().stability) testStability(work.surfaces());
   }
 
-  void testStability() {
+  void testStability(SurfaceStore& surfaces) {
     const auto& last = lastThatCounts(report_.rounds);
     if (!model_ || !last.matching || last.isCoarse()) return;
     StepKey key("stability");
@@ -163,7 +164,7 @@ class Flight::Chain {
     if (!settings().force) report_.stability = record.valid<StabilityReport>(key);
     if (!report_.stability) {
       record.begin();
-      report_.stability = stabilityOf(context_, last);
+      report_.stability = stabilityOf(context_, surfaces, last);
       record.finish(key, {}, *report_.stability);
     }
     const auto more = warningsOf(*report_.stability);

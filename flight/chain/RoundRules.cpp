@@ -59,7 +59,7 @@ class Rounds {
         farthestControl_(std::max(plan.widest, controlApart())) {}
 
   void all() {
-    Round round{1, widest_, farthestControl_, 1.0, {}};
+    Round round{1, widest_, farthestControl_, 1.0, coarse_ > 0, {}};
     for (; round.number <= most_; ++round.number) {
       round.scale = round.number > coarse_ ? 1.0 : std::exp2(0.5 * (coarse_ + 1 - round.number));
       round.start = result_.model;

@@ -25,6 +25,9 @@ struct Round {
   double radius = 0.0;         ///< of the search [m]
   double controlRadius = 0.0;  ///< of the search for ground truth [m]
   double scale = 1.0;          ///< above 1: a coarse round
+  /// Planes are fitted anew where the round before puts the points: a mounting that was far off had
+  /// bent the strips.
+  bool seesAnew = false;
   std::optional<RoundModel> start;
 
   bool isCoarse() const { return scale > 1.0; }

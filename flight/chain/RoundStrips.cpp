@@ -32,6 +32,7 @@ RasterSettings optionsOf(const FlightSettings& settings, const Coarseness& coars
   options.neighbourRadius = std::min(1000.0, options.neighbourRadius * coarseness.scale);
   options.maxRoughness = std::min(1000.0, options.maxRoughness * coarseness.scale);
   options.neighbours = Coarseness::neighbours(options.neighbours);
+  options.mostNeighbours = options.neighbours;
   if (coarseness.isCoarse()) options.slopeLimit = 0.0;
   return options;
 }
@@ -59,15 +60,22 @@ SurfaceStore stripsOfRound(const RunContext& run, const Coarseness& coarseness,
   const auto options = optionsOf(run.settings, coarseness);
   std::vector<SurfaceFiles> files;
   for (std::uint32_t id = 0; id < run.strips.size(); ++id) {
-    const auto raster =
-        folder / fmt::format("{:06}_{}", id, run.strips[id].file.filename().string());
-    files.push_back({raster, raster});
+    const auto name = run.strips[id].file.filename().string();
+    const auto raster = folder / fmt::format("{:06}_{}", id, name);
+    const auto planar = folder / fmt::format("{:06}_planar_{}", id, name);
+    files.push_back({coarseness.isCoarse() ? raster : planar, raster});
   }
   const auto known = folder / run.groundTruth.filename();
   SurfaceStore surfaces(std::move(files), known, configuration, run.memory);
   for (std::uint32_t id = 0; id < run.strips.size(); ++id) {
-    rasterizeView(run.strips[id].file, {id, solution, coarseness.side()}, surfaces.files(id).raster,
-                  configuration, options, *run.watcher);
+    const auto& strip = run.strips[id].file;
+    const auto& made = surfaces.files(id);
+    const StripView view{id, solution, coarseness.side()};
+    if (coarseness.isCoarse()) {
+      rasterizeView(strip, view, made.raster, configuration, options, *run.watcher);
+    } else {
+      rasterizeStrip(strip, made, configuration, run.settings.raster, *run.watcher, view);
+    }
   }
   rasterizeGroundTruth(run.groundTruth, known, configuration);
   configuration.ThresholdMaxAngle =

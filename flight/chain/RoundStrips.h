@@ -14,9 +14,9 @@
 namespace Velorn::Flights {
 
 /// How coarse a round is. One point counts in every cube whose side is half the distance of the
-/// points, times the scale, and a plane takes four times the neighbours of the project: it is as
-/// wide as those of the densest points that are left of all strips, and many of its points are
-/// candidates.
+/// points, times the scale, and a plane takes 64 neighbours, or those of the project where they are
+/// more: it is as wide as those of the densest points that are left of all strips, and many of its
+/// points are candidates.
 struct Coarseness {
   double scale = 1.0;    ///< 1 in the rounds after the coarse ones
   double spacing = 1.0;  ///< distance of neighbouring points of the strips [m]
@@ -24,7 +24,7 @@ struct Coarseness {
   bool isCoarse() const { return scale > 1.0; }
   double side() const { return std::max(1e-3, 0.5 * scale * spacing); }
   double fewestRadius() const { return spacingsSearched * scale * spacing; }
-  static unsigned int neighbours(unsigned int ofProject) { return 4 * ofProject; }
+  static unsigned int neighbours(unsigned int ofProject) { return std::max(64U, ofProject); }
 };
 
 /// The largest of the strips' point distances, so that all are as dense after they are thinned.

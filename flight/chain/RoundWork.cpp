@@ -28,6 +28,7 @@ void addMatching(const FlightSettings& settings, const Round& round, StepKey& ke
   addSettings(settings, Step::Match, key);
   key.add("radius", round.radius);
   key.add("control radius", round.controlRadius);
+  key.add("sees anew", round.seesAnew);
   key.add("scale", round.scale);
 }
 
@@ -37,6 +38,16 @@ Funnel funnelOfPairs(const MatchReport& report) {
     if (!pair.isGroundTruth) sum += pair.sum();
   }
   return sum;
+}
+
+/// What helps where most candidates were lost.
+std::string adviceFor(const Funnel& funnel) {
+  constexpr std::size_t few = 100;
+  if (funnel.candidates < few) return "a smaller --min-cell-size leaves more candidates";
+  const auto most = std::max({funnel.tooFar, funnel.angle, funnel.roughness});
+  if (most == funnel.roughness) return "a larger --max-roughness or more --most-neighbours";
+  if (most == funnel.angle) return "--coarse-rounds 4, or a wider --max-angle";
+  return "--coarse-rounds 4, or a wider --search-radius";
 }
 
 /// Refuses what no adjustment could use, and says at which gate the candidates were lost.
@@ -52,11 +63,9 @@ void checkMatching(const MatchReport& report, const RunContext& run) {
   if (funnel.kept > 0) return;
   throw Error(fmt::format(
       "no correspondences between strips: {} candidates, of which {} found nothing within {} m, {} "
-      "disagreed in their normals, {} were rough and {} outliers. A wider --search-radius or "
-      "--max-angle finds more; so does --coarse-rounds 4 where strips lie apart by many times the "
-      "distance of their points",
+      "disagreed in their normals, {} were rough and {} outliers. What may help: {}",
       funnel.candidates, funnel.tooFar, report.searchRadius, funnel.angle, funnel.roughness,
-      funnel.outlier));
+      funnel.outlier, adviceFor(funnel)));
 }
 
 /// What strips far apart have in common is the mounting. The rest is left to the finer rounds, for
@@ -89,7 +98,11 @@ std::string suffixOf(const Round& round) {
 }  // namespace
 
 MatchOptions matchOptionsOf(const RunContext& run) {
-  return {run.settings.match, run.settings.raster.neighbours, run.settings.raster.neighbourRadius};
+  MatchOptions options{run.settings.match, run.settings.raster.neighbours,
+                       run.settings.raster.neighbourRadius};
+  options.mostNeighbours = run.settings.raster.mostNeighbours;
+  options.roughest = run.settings.raster.maxRoughness;
+  return options;
 }
 
 AdjustmentInput adjustmentInputOf(const RunContext& run, const Round& round) {
@@ -189,18 +202,20 @@ MatchReport RoundWork::matchAnew(const Round& round) {
   MatchOptions options = matchOptionsOf(run_);
   options.controlReach = std::max(run_.configuration().SearchRadius, round.controlRadius);
   options.weighsControl = round.start && !round.isCoarse();
-  std::optional<SurfaceStore> views;
-  if (round.isCoarse()) {
+  views_.reset();
+  if (round.seesAnew) {
     const Coarseness coarseness{round.scale, spacing()};
-    configuration.SearchRadius = std::max(round.radius, coarseness.fewestRadius());
-    views = stripsOfRound(run_, coarseness, start, configuration);
-    options.neighbours = Coarseness::neighbours(options.neighbours);
-    options.neighbourRadius *= round.scale;
-    options.areFarApart = true;
+    if (round.isCoarse()) {
+      configuration.SearchRadius = std::max(round.radius, coarseness.fewestRadius());
+      options.neighbours = Coarseness::neighbours(options.neighbours);
+      options.mostNeighbours = options.neighbours;
+      options.neighbourRadius *= round.scale;
+      options.areFarApart = true;
+    }
+    views_ = stripsOfRound(run_, coarseness, start, configuration);
   }
   options.reach = std::max(configuration.SearchRadius, options.controlReach) + reachOf(start);
-  auto& surfaces = views ? *views : run_.surfaces;
-  auto report = Flights::match(configuration, surfaces, options, start, *run_.watcher);
+  auto report = Flights::match(configuration, surfaces(), options, start, *run_.watcher);
   if (!round.isCoarse()) checkMatching(report, run_);
   return report;
 }

@@ -33,6 +33,8 @@ class RoundWork final : public RoundSteps {
   AdjustmentReport adjust(const Round& round) override;
   void keep(const Round& round, const RoundReport& report) override;
   std::string digestOf(const Round& round) override;
+  /// That the last matching has searched in.
+  SurfaceStore& surfaces() { return views_ ? *views_ : run_.surfaces; }
   void tell(const std::string& line) override { run_.tell(line); }
 
  private:
@@ -47,6 +49,7 @@ class RoundWork final : public RoundSteps {
   std::shared_ptr<const Velorn::SolverParameters> parametersOf(const RoundModel& model) const;
 
   RunContext& run_;
+  std::optional<SurfaceStore> views_;  // of a round that sees the strips anew
   std::shared_ptr<const Velorn::SolverParameters> adjusted_;  // of the adjustment done last
   std::optional<ModelFiles> adjustedFiles_;
   std::optional<double> spacing_;  // of the strips' points [m]: measured once, when it is needed

@@ -6,6 +6,7 @@
 
 #include "flight/chain/Inputs.h"
 #include "flight/chain/Rasterizing.h"
+#include "flight/chain/RunScale.h"
 #include "flight/matching/SolverMemory.h"
 #include "flight/strips/OrFail.h"
 #include "platform/plome/AvailableMemory.h"
@@ -22,13 +23,12 @@ FlightSettings placed(FlightSettings settings) {
   return settings;
 }
 
-RunFolder folderOf(const FlightSettings& settings) {
-  const auto& configuration = settings.configuration();
-  RunFolder folder(configuration.RootPath, configuration);
-  if (settings.variant.empty()) return folder;
-  folder.shareSurfaces(configuration.RootPath.parent_path() / "surfaces" /
-                       rasterKey(settings).digest());
-  return folder;
+void makeFolderOfSurfaces(const FlightSettings& settings, RunFolder& folder) {
+  if (!settings.variant.empty()) {
+    folder.shareSurfaces(settings.configuration().RootPath.parent_path() / "surfaces" /
+                         rasterKey(settings).digest());
+  }
+  folder.makeSurfaces();
 }
 
 /// The list of files wants a ground truth.
@@ -67,7 +67,7 @@ std::size_t memoryOf(const FlightSettings& settings) {
 RunContext::RunContext(FlightSettings itsSettings, Watch watch)
     : settings(placed(std::move(itsSettings))),
       watcher(std::make_shared<Watcher>(std::move(watch))),
-      folder(folderOf(settings)),
+      folder(settings.configuration().RootPath, settings.configuration()),
       trajectory({settings.trajectories.begin(), settings.trajectories.end()}),
       memory(memoryOf(settings)),
       surfaces({}, {}, {}, 0) {
@@ -81,8 +81,11 @@ RunContext::RunContext(FlightSettings itsSettings, Watch watch)
   for (const auto& strip : files.getStripFiles()) {
     strips.push_back(factsOf(strip, static_cast<std::uint32_t>(strips.size())));
   }
-  checkTogether(strips, trajectory, settings);
   requireDifferentStrips(strips);
+  scale = followPoints(settings.strips, folder, settings);
+  if (scale) tell(textOf(*scale));
+  makeFolderOfSurfaces(settings, folder);
+  checkTogether(strips, trajectory, settings);
   surfaces = storeOf(*this);
 }
 

@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,7 @@ struct RunContext {
   std::shared_ptr<Watcher> watcher;
   RunFolder folder;
   std::vector<StripFacts> strips;
+  std::optional<ScaleReport> scale;   ///< that the settings follow
   std::filesystem::path groundTruth;  ///< the user's, or one without points
   Velorn::FileContainer files;
   FilesAtRest inputs;

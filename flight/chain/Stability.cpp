@@ -133,8 +133,9 @@ std::vector<StableSum> sumsOf(const Velorn::SolverParameters& parameters) {
 
 class StabilityTest {
  public:
-  StabilityTest(RunContext& run, const RoundReport& last)
+  StabilityTest(RunContext& run, SurfaceStore& surfaces, const RoundReport& last)
       : run_(run),
+        surfaces_(surfaces),
         last_(last),
         adjusted_(restored(last.adjustment->files)),
         scratch_(run.folder.status() / "stability"),
@@ -202,7 +203,7 @@ class StabilityTest {
     options.reach = reachOfOverlaps();
     options.controlReach = input.configuration.SearchRadius;
     input.mayBeScarce = true;
-    const auto found = match(input.configuration, run_.surfaces, options, &solution, *run_.watcher);
+    const auto found = match(input.configuration, surfaces_, options, &solution, *run_.watcher);
     if (found.correspondences < 100) return nullptr;
     auto adjusted = adjustedBy(input, run_.trajectory, run_.watcher, true);
     run_.tell(fmt::format("stability: start {} of {}: {} correspondences, {}", start + 1, starts,
@@ -216,6 +217,7 @@ class StabilityTest {
   }
 
   RunContext& run_;
+  SurfaceStore& surfaces_;
   const RoundReport& last_;
   Parameters adjusted_;
   ScratchFolder scratch_;
@@ -226,8 +228,8 @@ class StabilityTest {
 
 }  // namespace
 
-StabilityReport stabilityOf(RunContext& run, const RoundReport& last) {
-  return StabilityTest(run, last).report();
+StabilityReport stabilityOf(RunContext& run, SurfaceStore& surfaces, const RoundReport& last) {
+  return StabilityTest(run, surfaces, last).report();
 }
 
 std::vector<std::string> warningsOf(const StabilityReport& stability) {

@@ -14,9 +14,9 @@ namespace Velorn::Flights {
 /// of the pairs, in other directions each time (signs of a fractional factorial design, Box and
 /// Hunter 1961, so that no correction changes together with another one). Nothing of it stays in
 /// the folder of the run. Of a flight with many correspondences a part is matched.
-/// @param last  round, whose model is not the one before it
+/// @param surfaces  that the last round searched in
 /// @throws Error
-StabilityReport stabilityOf(RunContext& run, const RoundReport& last);
+StabilityReport stabilityOf(RunContext& run, SurfaceStore& surfaces, const RoundReport& last);
 
 /// What the starts do not agree about.
 std::vector<std::string> warningsOf(const StabilityReport& stability);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 #include "platform/geomra/PhysicalSpace.h"
 #include <velorn/SphericalBeing.h>
@@ -18,12 +19,14 @@ using Geomra::PhysicalSpace::vector;
 
 /// What holds for all points of a search.
 struct SearchRules {
-  double radius;             ///< [m]
-  double cosine;             ///< of the largest angle between normals
-  bool ontoPlanes;           ///< points are moved along their beams onto their own planes
-  unsigned int neighbours;   ///< of the partner's plane
-  double neighbourRadius;    ///< [m]
-  bool areFarApart = false;  ///< partners may be shared, and have normals that agree
+  double radius;                    ///< [m]
+  double cosine;                    ///< of the largest angle between normals
+  bool ontoPlanes;                  ///< points are moved along their beams onto their own planes
+  unsigned int neighbours;          ///< of the partner's plane
+  double neighbourRadius;           ///< [m]
+  bool areFarApart = false;         ///< partners may be shared, and have normals that agree
+  unsigned int mostNeighbours = 0;  ///< of planes that fewer do not tell the normal of
+  double roughest = std::numeric_limits<double>::infinity();  ///< of planes that grow [m]
 };
 
 /// A found partner; numbers are those of the points searched in.

@@ -35,6 +35,8 @@ struct MatchOptions : MatchSettings {
   double controlReach = 0.0;
   /// Patches of the ground truth far off the model that the search starts from count less.
   bool weighsControl = false;
+  unsigned int mostNeighbours = 0;  ///< of planes that fewer do not tell the normal of
+  double roughest = 0.05;           ///< of planes that grow [m]
 };
 
 /// Writes a block for each pair with correspondences into the

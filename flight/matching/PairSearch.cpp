@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "flight/strips/ParallelLoop.h"
+#include "flight/surfaces/GrowingPlane.h"
 
 namespace Velorn::Flights {
 namespace {
@@ -110,14 +111,12 @@ Neighbour PartnerSearch::nearest(const point& place, std::uint8_t code,
 }
 
 PlaneFit PartnerSearch::planeAbout(std::size_t k) const {
-  std::vector<Neighbour> room(rules_.neighbours);
-  Neighbours neighbours(room, rules_.neighbourRadius);
   const std::vector<point>& places = points_.places();
-  classes_[static_cast<std::size_t>(points_.codes[k] - firstCode)].search(places[k], neighbours);
-  std::vector<point> about;
-  about.reserve(room.size());
-  for (const Neighbour& one : neighbours.found()) about.push_back(places[one.number]);
-  return planeThrough(about);
+  const PointTiles& ofClass = classes_[static_cast<std::size_t>(points_.codes[k] - firstCode)];
+  GrowingPlane plane(
+      {rules_.neighbours, rules_.neighbourRadius, rules_.mostNeighbours, rules_.roughest});
+  return plane.about([&](Neighbours& nearest) { ofClass.search(places[k], nearest); },
+                     [&](std::uint32_t number) { return places[number]; });
 }
 
 std::vector<Correspondence> searchPartners(const MatchPoints& candidates,

@@ -253,11 +253,29 @@ void fields(auto& visit, Of<GeoreferencingReport> auto& georeferencing) {
   visit("skipped", georeferencing.isSkipped);
 }
 
+void fields(auto& visit, Of<StripScale> auto& scale) {
+  visit("spacing", scale.spacing);
+  visit("noise", scale.noise);
+  visit("points", scale.points);
+}
+
+void fields(auto& visit, Of<ScaleReport> auto& scale) {
+  visit("spacing", scale.spacing);
+  visit("noise", scale.noise);
+  visit("cell", scale.cell);
+  visit("search_radius", scale.searchRadius);
+  visit("neighbour_radius", scale.neighbourRadius);
+  visit("max_roughness", scale.maxRoughness);
+  visit("neighbours", scale.neighbours);
+  visit("most_neighbours", scale.mostNeighbours);
+}
+
 void fields(auto& visit, Of<RunReport> auto& run) {
   visit("program", run.program);
   visit("steps", run.steps);
   visit("root", run.root);
   visit("strips", run.strips);
+  visit("scale", run.scale);
   visit("rasterize", run.rasterizing);
   visit("apart", run.apart);
   if (!run.rounds.empty() || visit.has("rounds")) visit("rounds", run.rounds);
@@ -399,6 +417,10 @@ Json jsonOf(const ApartReport& apart) {
   return Writer::of(apart);
 }
 
+Json jsonOf(const StripScale& scale) {
+  return Writer::of(scale);
+}
+
 Json jsonOf(const MatchReport& matching) {
   return Writer::of(matching);
 }
@@ -432,6 +454,10 @@ void fromJson(const Json& json, RasterCounts& counts) {
 
 void fromJson(const Json& json, ApartReport& apart) {
   Reader::into(json, apart);
+}
+
+void fromJson(const Json& json, StripScale& scale) {
+  Reader::into(json, scale);
 }
 
 void fromJson(const Json& json, MatchReport& matching) {

@@ -8,6 +8,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "flight/surfaces/StripScale.h"
 #include <velorn/flight/Reports.h>
 
 namespace Velorn::Flights {
@@ -16,6 +17,7 @@ namespace Velorn::Flights {
 /// @{
 nlohmann::ordered_json jsonOf(const RasterCounts& counts);
 nlohmann::ordered_json jsonOf(const ApartReport& apart);
+nlohmann::ordered_json jsonOf(const StripScale& scale);
 nlohmann::ordered_json jsonOf(const MatchReport& matching);
 nlohmann::ordered_json jsonOf(const RoundReport& round);
 nlohmann::ordered_json jsonOf(const StabilityReport& stability);
@@ -30,6 +32,7 @@ nlohmann::ordered_json jsonOf(const RunReport& run);
 /// @{
 void fromJson(const nlohmann::ordered_json& json, RasterCounts& counts);
 void fromJson(const nlohmann::ordered_json& json, ApartReport& apart);
+void fromJson(const nlohmann::ordered_json& json, StripScale& scale);
 void fromJson(const nlohmann::ordered_json& json, MatchReport& matching);
 void fromJson(const nlohmann::ordered_json& json, RoundReport& round);
 void fromJson(const nlohmann::ordered_json& json, StabilityReport& stability);

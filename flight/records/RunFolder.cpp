@@ -78,8 +78,13 @@ std::vector<fs::path> RunFolder::blockFiles() const {
 }
 
 void RunFolder::make() const {
-  for (const auto& folder : {parameters(), status() / "steps", surfaces_ / status_ / "steps",
-                             rasters(), surfaces_ / planarPoints, blocks(), statistics()}) {
+  for (const auto& folder : {parameters(), status() / "steps", blocks(), statistics()}) {
+    makeFolder(folder);
+  }
+}
+
+void RunFolder::makeSurfaces() const {
+  for (const auto& folder : {surfaces_ / status_ / "steps", rasters(), surfaces_ / planarPoints}) {
     makeFolder(folder);
   }
 }

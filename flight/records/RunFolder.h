@@ -54,9 +54,13 @@ class RunFolder {
   /// Files of correspondences, in the order of their names.
   std::vector<std::filesystem::path> blockFiles() const;
 
-  /// Makes all folders but that of the adjusted strips.
+  /// Makes all folders but that of the adjusted strips and those of the surfaces, which lie where
+  /// the settings of the rasterizing say.
   /// @throws Error of NoSpace
+  /// @{
   void make() const;
+  void makeSurfaces() const;
+  /// @}
 
   /// Writes both summaries.
   /// @throws Error of NoSpace

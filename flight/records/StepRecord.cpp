@@ -96,6 +96,7 @@ void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs
 
 template std::optional<RasterCounts> StepRecord::valid(const StepKey& key) const;
 template std::optional<ApartReport> StepRecord::valid(const StepKey& key) const;
+template std::optional<StripScale> StepRecord::valid(const StepKey& key) const;
 template std::optional<MatchReport> StepRecord::valid(const StepKey& key) const;
 template std::optional<RoundReport> StepRecord::valid(const StepKey& key) const;
 template std::optional<StabilityReport> StepRecord::valid(const StepKey& key) const;
@@ -104,6 +105,8 @@ template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>
                                  const RasterCounts& report) const;
 template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
                                  const ApartReport& report) const;
+template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
+                                 const StripScale& report) const;
 template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,
                                  const MatchReport& report) const;
 template void StepRecord::finish(const StepKey& key, const std::vector<fs::path>& outputs,

@@ -225,8 +225,17 @@ std::string idleScaleText(double scale, double farthestForward) {
       farthestForward, moved);
 }
 
+std::string textOf(const ScaleReport& scale) {
+  return fmt::format(
+      "points {:.2g} m apart, noise {:.2g} cm: cells from {:.2g} m, planes of {} to {} points and "
+      "up to {:.2g} cm rough, search radius {:.2g} m",
+      scale.spacing, centimetres * scale.noise, scale.cell, scale.neighbours, scale.mostNeighbours,
+      centimetres * scale.maxRoughness, scale.searchRadius);
+}
+
 std::string textOf(const RunReport& run) {
   std::string text = stripTable(run);
+  if (run.scale) text += textOf(*run.scale) + "\n";
   if (!run.rounds.empty()) {
     text += "\n" + roundsText(run.rounds);
     if (!run.roundsEnd.empty()) text += "end of the rounds: " + run.roundsEnd + "\n";

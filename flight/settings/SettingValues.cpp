@@ -98,6 +98,7 @@ std::string valueText(const Setting& setting, const FlightSettings& settings) {
 
 std::string boundsFault(const Setting& setting, double value) {
   if (value >= setting.low && value <= setting.high) return {};
+  if (setting.followsPoints && value == 0.0) return {};
   return fmt::format("{} is not a number from {} to {}", value, setting.low, setting.high);
 }
 

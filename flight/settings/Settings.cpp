@@ -115,6 +115,18 @@ void checkVariant(const std::string& name) {
               Error::BadSettings);
 }
 
+/// Zero is for the flight to replace; the library knows none.
+void checkConfiguration(Velorn::InputParameter& configuration) {
+  const double cell = configuration.MinCellSize, radius = configuration.SearchRadius;
+  const Velorn::InputParameter standard;
+  if (cell == 0.0) configuration.MinCellSize = standard.MinCellSize;
+  if (radius == 0.0) configuration.SearchRadius = standard.SearchRadius;
+  const auto fault = configuration.check();
+  configuration.MinCellSize = cell;
+  configuration.SearchRadius = radius;
+  orFail(fault);
+}
+
 }  // namespace
 
 void complete(FlightSettings& settings) {
@@ -135,7 +147,7 @@ void complete(FlightSettings& settings) {
   configuration.GroundTruth = settings.groundTruth;
   configuration.Trajectories = fmt::format("{}", fmt::join(settings.trajectories, ","));
   configuration.StripFiles = std::make_shared<Plome::StringList>(settings.strips);
-  orFail(configuration.check());
+  checkConfiguration(configuration);
 }
 
 }  // namespace Velorn::Flights

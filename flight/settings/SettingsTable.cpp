@@ -98,10 +98,11 @@ std::vector<Setting> ofRasterizing() {
   return {
       {.name = "min-cell-size",
        .group = rasterizing,
-       .sentence = "smallest raster cell",
+       .sentence = "smallest raster cell; 0: by the points",
        .unit = metres,
        .low = 0.01,
        .high = 1000,
+       .followsPoints = true,
        .steps = {Rasterize, Match},
        .place = [](FlightSettings& all) -> SettingPlace {
          return &all.configuration().MinCellSize;
@@ -138,25 +139,37 @@ std::vector<Setting> ofRasterizing() {
        }},
       {.name = "neighbours",
        .group = rasterizing,
-       .sentence = "points that a plane is fitted to",
+       .sentence = "points that a plane is fitted to, at least",
        .low = 6,
        .high = 200,
        .steps = {Rasterize, Match},
        .place = [](FlightSettings& all) -> SettingPlace { return &all.raster.neighbours; }},
+      {.name = "most-neighbours",
+       .group = rasterizing,
+       .sentence = "points of a plane whose normal fewer do not tell to 1.25 degrees; no more than "
+                   "neighbours: all planes have as many",
+       .low = 0,
+       .high = 2000,
+       .steps = {Rasterize, Match},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.raster.mostNeighbours; }},
       {.name = "neighbour-radius",
        .group = rasterizing,
-       .sentence = "distance within which they lie",
+       .sentence = "distance within which they lie; 0: by the points",
        .unit = metres,
        .low = 0.01,
        .high = 1000,
+       .followsPoints = true,
        .steps = {Rasterize, Match},
        .place = [](FlightSettings& all) -> SettingPlace { return &all.raster.neighbourRadius; }},
       {.name = "max-roughness",
        .group = rasterizing,
-       .sentence = "standard deviation from the plane of a planar neighbourhood",
+       .sentence =
+           "standard deviation from the plane of a planar neighbourhood; 0: 2.5 times the noise of "
+           "the points",
        .unit = metres,
        .low = 1e-6,
        .high = 1000,
+       .followsPoints = true,
        .steps = {Rasterize, Match},
        .place = [](FlightSettings& all) -> SettingPlace { return &all.raster.maxRoughness; }},
       {.name = "slope-limit",
@@ -173,10 +186,13 @@ std::vector<Setting> ofMatching() {
   return {
       {.name = "search-radius",
        .group = matching,
-       .sentence = "distance within which the partner of a point is sought; later rounds take less",
+       .sentence =
+           "distance within which the partner of a point is sought, 0: by the points; later rounds "
+           "take less",
        .unit = metres,
        .low = 0.01,
        .high = 1000,
+       .followsPoints = true,
        .steps = {Match},
        .place = [](FlightSettings& all) -> SettingPlace {
          return &all.configuration().SearchRadius;

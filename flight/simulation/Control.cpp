@@ -23,17 +23,18 @@ constexpr std::size_t steepPatches = 10, inclinedPatches = 4, flatPatches = 10;
 constexpr double steep = 20.0 * degree;
 constexpr double horizontal = 1e-9;  // [rad]
 constexpr int sectors = 5;           // of the compass, over which the steep ones are spread
-constexpr int pointsPerEdge = 4;     // 1 m apart
+constexpr int pointsPerEdge = 4;     // 1 m apart, times the terrain's scale
 
 /// A patch about the middle of a surface; nothing when it is not wholly on it, or not flown.
-std::optional<Patch> patchOn(const Terrain& terrain, const FlightPlan& plan, std::uint32_t number) {
+std::optional<Patch> patchOn(const Terrain& terrain, const FlightPlan& plan, std::uint32_t number,
+                             double scale) {
   const Plane& plane = terrain.planes()[number];
   const Rectangle& r = plane.footprint;
   Patch patch{number, {}};
   for (int i = 0; i < pointsPerEdge; ++i) {
     for (int k = 0; k < pointsPerEdge; ++k) {
-      const double u = (r.uLow + r.uHigh) / 2.0 + i - (pointsPerEdge - 1) / 2.0;
-      const double v = (r.vLow + r.vHigh) / 2.0 + k - (pointsPerEdge - 1) / 2.0;
+      const double u = (r.uLow + r.uHigh) / 2.0 + scale * (i - (pointsPerEdge - 1) / 2.0);
+      const double v = (r.vLow + r.vHigh) / 2.0 + scale * (k - (pointsPerEdge - 1) / 2.0);
       const double e = r.easting + r.cosine * u - r.sine * v;
       const double n = r.northing + r.sine * u + r.cosine * v;
       if (!terrain.belongs(number, e, n) || !plan.covers(e, n)) return std::nullopt;
@@ -87,7 +88,7 @@ std::vector<Patch> controlPatches(const Terrain& terrain, const FlightPlan& plan
                                   const SimulationSettings& options) {
   std::vector<Patch> steepOnes, inclinedOnes, flatOnes;
   for (std::uint32_t i = 0; i < terrain.planes().size(); ++i) {
-    auto patch = patchOn(terrain, plan, i);
+    auto patch = patchOn(terrain, plan, i, options.terrainScale);
     if (!patch) continue;
     const double slope = terrain.planes()[i].slope();
     auto& pool = slope >= steep ? steepOnes : slope > horizontal ? inclinedOnes : flatOnes;

@@ -55,13 +55,13 @@ void FlightPlan::addStrips(const SimulationSettings& options) {
   for (unsigned int i = 0; i < options.strips; ++i) {
     const point start = centre + (i * spacing - width / 2.0) * across +
                         (-options.length / 2.0) * along + upwards(options.height);
-    add({start, along, options.length, options.height});
+    add({start, along, options.length, options.height, options.speed});
   }
   for (const double place : {0.25, -0.25}) {
     const double height = higher * options.height, length = width + swath;
     const point start =
         centre + (place * options.length) * along + (-length / 2.0) * across + upwards(height);
-    add({start, across, length, height});
+    add({start, across, length, height, options.speed});
   }
 }
 
@@ -70,19 +70,19 @@ void FlightPlan::addStraight(PlannedStrip& strip) {
   strip.firstTime = begin + lead;
   strip.lastTime = strip.firstTime + strip.duration();
   Leg leg{begin, strip.lastTime + lead, {}};
-  leg.c[0] = strip.at(-lead * flyingSpeed) - point{};
-  leg.c[1] = flyingSpeed * strip.direction;
+  leg.c[0] = strip.at(-lead * strip.speed) - point{};
+  leg.c[1] = strip.speed * strip.direction;
   legs_.push_back(leg);
 }
 
 /// The quintic Hermite curve from one leg to the next, without acceleration at either end: place,
 /// velocity and acceleration of the whole way are continuous.
 void FlightPlan::addTurn(const PlannedStrip& from, const PlannedStrip& to) {
-  const double overshoot = lead * flyingSpeed;
+  const double overshoot = lead * from.speed;
   const point start = from.at(from.length + overshoot);
   const vector way = to.at(-overshoot) - start;
-  const double t = std::max(14.0, 1.5 * std::sqrt(dot(way, way)) / flyingSpeed);
-  const vector v0 = flyingSpeed * from.direction, v1 = flyingSpeed * to.direction;
+  const double t = std::max(14.0, 1.5 * std::sqrt(dot(way, way)) / from.speed);
+  const vector v0 = from.speed * from.direction, v1 = to.speed * to.direction;
   Leg leg{legs_.back().end, legs_.back().end + t, {}};
   leg.c[0] = start - point{};
   leg.c[1] = v0;

@@ -14,7 +14,6 @@
 namespace Velorn::Flights::Simulation {
 
 constexpr double halfSwathDegrees = 25.0;  ///< of the scanner, to either side
-constexpr double flyingSpeed = 50.0;       ///< along the strips [m/s]
 
 /// A straight line flown while the scanner measures.
 struct PlannedStrip {
@@ -22,9 +21,10 @@ struct PlannedStrip {
   vector direction;                        ///< unit, horizontal, in the projection
   double length;                           ///< [m]
   double heightAboveGround;                ///< above Terrain::level [m]
+  double speed;                            ///< [m/s]
   double firstTime = 0.0, lastTime = 0.0;  ///< [s of week]
 
-  double duration() const { return length / flyingSpeed; }
+  double duration() const { return length / speed; }
   point at(double metres) const { return start + metres * direction; }
 };
 

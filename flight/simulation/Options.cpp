@@ -30,8 +30,10 @@ void checkKind(const std::string& word) {
 void check(const SimulationSettings& options) {
   checkRange("--points", static_cast<double>(options.points), 1000, 2e9);
   checkRange("--strips", options.strips, 2, 30);
-  checkRange("--length", options.length, 500, 20'000);
-  checkRange("--height", options.height, 150, 1500);
+  checkRange("--length", options.length, 10, 20'000);
+  checkRange("--height", options.height, 10, 5000);
+  checkRange("--speed", options.speed, 1, 200);
+  checkRange("--terrain-scale", options.terrainScale, 0.05, 20);
   checkRange("--range-noise", options.rangeNoise, 0, 10);
   checkRange("--angle-noise", options.angleNoise, 0, 1);
   checkRange("--error-scale", options.errorScale, 0, 10);

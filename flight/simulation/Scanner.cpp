@@ -32,7 +32,7 @@ std::size_t Scanner::pulsesIn(const PlannedStrip& strip) const {
 Pulse Scanner::pulse(const PlannedStrip& strip, std::size_t number) const {
   // So many lines that points are as far apart along the strip as across it.
   const double swath = 2.0 * strip.heightAboveGround * std::tan(halfSwath);
-  const double linesPerSecond = std::sqrt(flyingSpeed * rate_ / swath);
+  const double linesPerSecond = std::sqrt(strip.speed * rate_ / swath);
   const double seconds = static_cast<double>(number) / rate_;
   const double lines = seconds * linesPerSecond;
   const double scan = halfSwath * (1.0 - 2.0 * (lines - std::floor(lines)));

@@ -68,7 +68,7 @@ class SimulatedFlight {
       : options_(options),
         projection_(Projection::UTMfromEPSG(options.epsg)),
         plan_(options),
-        terrain_(plan_.reach(), options.seed),
+        terrain_(plan_.reach(), options.seed, options.terrainScale),
         truth_(flownTrack(plan_, Motion(options.seed), projection_)),
         real_(trueMounting(options)),
         nominal_(nominalMounting()),

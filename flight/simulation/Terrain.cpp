@@ -7,7 +7,6 @@
 #include <numbers>
 
 #include "flight/simulation/Random.h"
-#include "flight/simulation/TileSize.h"
 #include "platform/geomra/Degree.h"
 
 namespace Velorn::Flights::Simulation {
@@ -15,7 +14,7 @@ namespace {
 
 using Geomra::degree;
 
-constexpr double half = tileSize / 2.0;
+constexpr double tileSize = 40.0;  // edge of a tile [m]
 
 /// Every so many rows of tiles one is a river, which flows from west to east.
 constexpr std::int64_t rowsPerRiver = 20, riverRow = 10;
@@ -27,8 +26,9 @@ vector normalOf(double slope, double aspect) {
 }
 
 /// Soft hills: the height of the fields' middles.
-double heightOfHills(double e, double n) {
-  return Terrain::level + 2.0 * std::sin(e / 170.0) + 1.5 * std::cos(n / 230.0);
+double heightOfHills(double e, double n, double scale) {
+  return Terrain::level + scale * 2.0 * std::sin(e / (170.0 * scale)) +
+         scale * 1.5 * std::cos(n / (230.0 * scale));
 }
 
 }  // namespace
@@ -50,13 +50,14 @@ double Plane::aspect() const {
   return std::atan2(normal.x, normal.y);
 }
 
-Terrain::Terrain(const Extent& extent, std::uint64_t seed) {
-  const auto index = [](double metres) {
-    return static_cast<std::int64_t>(std::floor(metres / tileSize));
+Terrain::Terrain(const Extent& extent, std::uint64_t seed, double scale)
+    : scale_(scale), side_(scale * tileSize) {
+  const auto index = [this](double metres) {
+    return static_cast<std::int64_t>(std::floor(metres / side_));
   };
   const std::int64_t firstColumn = index(extent.west), firstRow = index(extent.south);
-  west_ = static_cast<double>(firstColumn) * tileSize;
-  south_ = static_cast<double>(firstRow) * tileSize;
+  west_ = static_cast<double>(firstColumn) * side_;
+  south_ = static_cast<double>(firstRow) * side_;
   columns_ = index(extent.east) - firstColumn + 1;
   rows_ = index(extent.north) - firstRow + 1;
   for (std::int64_t row = firstRow; row < firstRow + rows_; ++row) {
@@ -70,19 +71,19 @@ void Terrain::addTile(std::int64_t column, std::int64_t row, std::uint64_t seed)
   Random random(seed, Draw::terrain, static_cast<std::uint64_t>(column),
                 static_cast<std::uint64_t>(row));
   tiles_.push_back({static_cast<std::uint32_t>(planes_.size()), 0, 0, {}});
-  const double e = (static_cast<double>(column) + 0.5) * tileSize;
-  const double n = (static_cast<double>(row) + 0.5) * tileSize;
-  const Rectangle square{e, n, 1.0, 0.0, -half, half, -half, half};
+  const double e = (static_cast<double>(column) + 0.5) * side_;
+  const double n = (static_cast<double>(row) + 0.5) * side_;
+  const Rectangle square{e, n, 1.0, 0.0, -side_ / 2.0, side_ / 2.0, -side_ / 2.0, side_ / 2.0};
   if (row % rowsPerRiver == riverRow) return addRiver(square);
-  const double height = heightOfHills(e, n);
+  const double height = heightOfHills(e, n, scale_);
   const double kind = random.uniform(0.0, 1.0);
   const double azimuth = random.uniform(0.0, 360.0) * degree;
   if (kind < 0.20) return addField(square, height, random.uniform(4.0, 20.0) * degree, azimuth);
   addField(square, height, 0.0, 0.0);
   if (kind < 0.40) return;
-  const double a = random.uniform(10.0, 13.0), b = random.uniform(7.0, 9.0);
-  const Rectangle house{e + random.uniform(-2.8, 2.8),
-                        n + random.uniform(-2.8, 2.8),
+  const double a = scale_ * random.uniform(10.0, 13.0), b = scale_ * random.uniform(7.0, 9.0);
+  const Rectangle house{e + scale_ * random.uniform(-2.8, 2.8),
+                        n + scale_ * random.uniform(-2.8, 2.8),
                         std::cos(azimuth),
                         std::sin(azimuth),
                         -a,
@@ -90,7 +91,7 @@ void Terrain::addTile(std::int64_t column, std::int64_t row, std::uint64_t seed)
                         -b,
                         b};
   const double slope = kind < 0.52 ? 0.0 : random.uniform(15.0, 40.0) * degree;
-  addHouse(house, height + random.uniform(3.0, 7.0), slope);
+  addHouse(house, height + scale_ * random.uniform(3.0, 7.0), slope);
 }
 
 void Terrain::addPlane(const Plane& plane, bool roof) {
@@ -120,19 +121,20 @@ void Terrain::addField(const Rectangle& square, double height, double slope, dou
 
 /// Two banks and the bed between them.
 void Terrain::addRiver(const Rectangle& square) {
-  const double bankSlope = std::atan(riverDepth / (half - floorHalfWidth));
-  const double bed = level - 3.0;
+  const double halfWidth = scale_ * floorHalfWidth;
+  const double bankSlope = std::atan(scale_ * riverDepth / (side_ / 2.0 - halfWidth));
+  const double bed = level - scale_ * 3.0;
   Rectangle part = square;
-  part.vHigh = -floorHalfWidth;
-  const point south{square.easting, square.northing - floorHalfWidth, bed};
+  part.vHigh = -halfWidth;
+  const point south{square.easting, square.northing - halfWidth, bed};
   addPlane({south, normalOf(bankSlope, 0.0), part, Surface::ground, 0}, false);
-  part.vLow = -floorHalfWidth;
-  part.vHigh = floorHalfWidth;
+  part.vLow = -halfWidth;
+  part.vHigh = halfWidth;
   const point middle{square.easting, square.northing, bed};
   addPlane({middle, normalOf(0.0, 0.0), part, Surface::bed, 0}, false);
-  part.vLow = floorHalfWidth;
-  part.vHigh = half;
-  const point north{square.easting, square.northing + floorHalfWidth, bed};
+  part.vLow = halfWidth;
+  part.vHigh = side_ / 2.0;
+  const point north{square.easting, square.northing + halfWidth, bed};
   addPlane({north, normalOf(bankSlope, std::numbers::pi), part, Surface::ground, 0}, false);
 }
 

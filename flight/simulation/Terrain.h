@@ -69,7 +69,8 @@ class Terrain {
   static constexpr double level = 450.0;
 
   /// Tiles that cover an extent; what lies on a tile depends on the seed and its place only.
-  Terrain(const Extent& extent, std::uint64_t seed);
+  /// @param scale  of all lengths
+  Terrain(const Extent& extent, std::uint64_t seed, double scale = 1.0);
 
   const std::vector<Plane>& planes() const { return planes_; }
   double lowest() const { return lowest_; }    ///< of all surfaces [m]
@@ -101,6 +102,7 @@ class Terrain {
   Outcome passTile(const Tile& tile, const Segment& segment, double from, double to,
                    Hit& hit) const;
 
+  double scale_, side_;  // of a tile [m]
   double west_ = 0.0, south_ = 0.0;
   std::int64_t columns_ = 0, rows_ = 0;
   std::vector<Tile> tiles_;

@@ -8,7 +8,6 @@
 #include <limits>
 
 #include "flight/simulation/Terrain.h"
-#include "flight/simulation/TileSize.h"
 
 namespace Velorn::Flights::Simulation {
 namespace {
@@ -17,8 +16,8 @@ constexpr double never = std::numeric_limits<double>::infinity();
 
 /// The walk along one axis of the tiles: the index, and at which t it changes next.
 struct Axis {
-  Axis(double origin, double from, double to) {
-    const double begin = (from - origin) / tileSize, length = (to - from) / tileSize;
+  Axis(double origin, double from, double to, double side) {
+    const double begin = (from - origin) / side, length = (to - from) / side;
     index = static_cast<std::int64_t>(std::floor(begin));
     if (length == 0.0) return;
     step = length > 0.0 ? 1 : -1;
@@ -97,7 +96,8 @@ Terrain::Outcome Terrain::passTile(const Tile& tile, const Segment& segment, dou
 }
 
 std::optional<Hit> Terrain::firstHit(const Segment& segment) const {
-  Axis column(west_, segment.from.x, segment.to.x), row(south_, segment.from.y, segment.to.y);
+  Axis column(west_, segment.from.x, segment.to.x, side_),
+      row(south_, segment.from.y, segment.to.y, side_);
   Hit hit{};
   double from = 0.0;
   while (from < 1.0) {

@@ -65,6 +65,8 @@ Json optionsOf(const SimulationSettings& options) {
           {"strips", options.strips},
           {"length", options.length},
           {"height", options.height},
+          {"speed", options.speed},
+          {"terrainScale", options.terrainScale},
           {"rangeNoise", options.rangeNoise},
           {"angleNoise", options.angleNoise},
           {"errorScale", options.errorScale},

@@ -46,6 +46,7 @@ PlaneFit planeThrough(std::span<const point> points) {
   const Vector3d spread = moments.eigenvalues().cwiseMax(0.0).cwiseSqrt();
   Vector3d normal = moments.eigenvectors().col(0);
   const double roughness = std::sqrt(squaresAlong(normal, points, mean) / (n - 3.0));
+  fit.thickness = roughness;
   if (!(spread[1] >= narrowest * spread[2]) || !(spread[1] > 2.0 * roughness)) return fit;
   if (normal[2] < 0.0) normal = -normal;
   const point& origin = points.front();
@@ -53,6 +54,7 @@ PlaneFit planeThrough(std::span<const point> points) {
   fit.normal = {normal[0], normal[1], normal[2]};
   fit.roughness = roughness;
   fit.spread = {spread[1], spread[2]};
+  fit.points = points.size();
   return fit;
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <span>
@@ -27,8 +28,15 @@ struct PlaneFit {
       std::numeric_limits<double>::quiet_NaN();  ///< standard deviation of the distances [m]
   /// Root mean squares of the points' spread in the plane, the lesser one and the greater one [m].
   std::array<double, 2> spread{};
+  std::size_t points = 0;  ///< that it goes through
+  double thickness = 0.0;  ///< the roughness, also of what is no plane for its shape [m]
 
   bool exists() const { return roughness == roughness; }
+  /// Standard deviation of the normal about the axis of which it knows least [rad]: that of the
+  /// slope of a regression over the lesser spread.
+  double normalSigma() const {
+    return roughness / (std::sqrt(static_cast<double>(points)) * spread[0]);
+  }
   /// Signed distance of a place from the plane, along the normal [m].
   double distanceOf(const point& place) const {
     return normal.x * (place.x - centroid.x) + normal.y * (place.y - centroid.y) +

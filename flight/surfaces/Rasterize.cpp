@@ -36,13 +36,15 @@ class StripRasterizing {
         strip_(path, configuration),
         text_("rasterizing " + path.stem().string()) {}
 
-  RasterCounts run(const SurfaceFiles& files) {
+  RasterCounts run(const SurfaceFiles& files, const StripView& view) {
     MatchPoints points;
     std::vector<std::uint32_t> numbers, chosen;
     {
-      const auto places = begin();
-      const Surface surface = classify(*places, 0.0);
-      chosen = choose(*places);
+      const auto delivered = begin();
+      const auto placed = view.solution ? placesOf(view) : std::vector<point>();
+      const std::span<const point> places = view.solution ? placed : *delivered;
+      const Surface surface = classify(places, 0.0);
+      chosen = choose(places);
       numbers = planarPoints();
       addPlanes(surface, numbers, points);
     }
@@ -129,7 +131,8 @@ class StripRasterizing {
   }
 
   Surface surfaceOf(std::span<const point> places, const std::vector<Cloud>& clouds) {
-    const Neighbourhood neighbourhood{options_.neighbours, options_.neighbourRadius};
+    const Neighbourhood neighbourhood{options_.neighbours, options_.neighbourRadius,
+                                      options_.mostNeighbours, options_.maxRoughness};
     Surface surface = Flights::surfaceOf(places, clouds, neighbourhood, [&](std::size_t done) {
       progress_.report(text_, done, strip_.size());
     });
@@ -217,11 +220,12 @@ class StripRasterizing {
 
 RasterCounts rasterizeStrip(const fs::path& strip, const SurfaceFiles& files,
                             const Velorn::InputParameter& configuration,
-                            const RasterSettings& options, Kestrum::LoaderProgress& progress) {
+                            const RasterSettings& options, Kestrum::LoaderProgress& progress,
+                            const StripView& view) {
   check(configuration);
   for (const auto& file : {files.planar, files.raster}) refuseSameFile(strip, file);
   return withMemoryFor(strip.string(), [&] {
-    return StripRasterizing(strip, configuration, options, progress).run(files);
+    return StripRasterizing(strip, configuration, options, progress).run(files, view);
   });
 }
 
@@ -232,6 +236,14 @@ RasterCounts rasterizeView(const fs::path& strip, const StripView& view, const f
   refuseSameFile(strip, raster);
   return withMemoryFor(strip.string(), [&] {
     return StripRasterizing(strip, configuration, options, progress).runView(view, raster);
+  });
+}
+
+StripScale scaleOfStrip(const fs::path& strip, const Velorn::InputParameter& configuration) {
+  return withMemoryFor(strip.string(), [&] {
+    const GridFile file(strip, configuration);
+    const auto places = file.world<point>("Positions").whole();
+    return scaleOf(*places, membersOf(cloudsOf(file, *places), Cloud::last));
   });
 }
 

@@ -12,6 +12,7 @@
 #include <filesystem>
 
 #include "flight/surfaces/Solution.h"
+#include "flight/surfaces/StripScale.h"
 #include "flight/surfaces/SurfaceStore.h"
 #include "platform/kestrum/LoaderProgress.h"
 #include <velorn/InputParameter.h>
@@ -20,20 +21,22 @@
 
 namespace Velorn::Flights {
 
-/// Writes the two files of a strip, which stays as it is; each is written beside its target and
-/// renamed. The same for any number of threads.
-/// @param configuration  checked; cell sizes, amplitude limits and selection count
-/// @throws Error, naming the strip, for one that cannot be used, or a file that cannot be written
-RasterCounts rasterizeStrip(const std::filesystem::path& strip, const SurfaceFiles& files,
-                            const Velorn::InputParameter& configuration,
-                            const RasterSettings& options, Kestrum::LoaderProgress& progress);
-
-/// How a strip is looked at in a round that goes from coarse to fine.
+/// How a strip is looked at in the coarse rounds and those after them.
 struct StripView {
   std::uint32_t strip = 0;             ///< file id
   const Solution* solution = nullptr;  ///< that places the points; none: as delivered
   double side = 1.0;                   ///< of the cubes of which one point each counts [m]
 };
+
+/// Writes the two files of a strip, which stays as it is; each is written beside its target and
+/// renamed. The same for any number of threads.
+/// @param configuration  checked; cell sizes, amplitude limits and selection count
+/// @param view           its solution places the points; all of them count
+/// @throws Error, naming the strip, for one that cannot be used, or a file that cannot be written
+RasterCounts rasterizeStrip(const std::filesystem::path& strip, const SurfaceFiles& files,
+                            const Velorn::InputParameter& configuration,
+                            const RasterSettings& options, Kestrum::LoaderProgress& progress,
+                            const StripView& view = {});
 
 /// Rasterizes a strip as the view has it. The raster holds all planar points, so that partners may
 /// be searched in it as well.
@@ -42,6 +45,10 @@ RasterCounts rasterizeView(const std::filesystem::path& strip, const StripView& 
                            const std::filesystem::path& raster,
                            const Velorn::InputParameter& configuration,
                            const RasterSettings& options, Kestrum::LoaderProgress& progress);
+
+/// Of the last echoes of a strip.
+StripScale scaleOfStrip(const std::filesystem::path& strip,
+                        const Velorn::InputParameter& configuration);
 
 /// How far neighbouring last echoes of a strip are apart [m], see `spacingOf`.
 /// @param radius  within which 16 points are expected [m]

@@ -3,6 +3,7 @@
 #include "flight/surfaces/Surface.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "flight/strips/ParallelLoop.h"
@@ -26,25 +27,35 @@ class TileSearch {
              const Neighbourhood& neighbourhood)
       : places_(placesOf(points, numbers)),
         tree_(places_),
-        radius_(neighbourhood.radius),
-        room_(neighbourhood.points) {}
+        least_(neighbourhood.points),
+        plane_(neighbourhood) {}
 
   const point& place(std::size_t i) const { return places_[i]; }
 
   PlaneFit planeAbout(std::size_t i) {
-    Neighbours nearest(room_, radius_);
-    tree_.search(places_[i], nearest);
-    neighbours_.clear();
-    for (const Neighbour& one : nearest.found()) neighbours_.push_back(places_[one.number]);
-    return planeThrough(neighbours_);
+    return plane_.about([&](Neighbours& nearest) { tree_.search(places_[i], nearest); },
+                        [&](std::uint32_t k) { return places_[k]; });
+  }
+
+  /// Calls use(k) for the other points that the plane found last serves: within a third of its
+  /// radius, and not off it by more than its roughness explains.
+  template <typename Use>
+  void forEachServed(const PlaneFit& plane, const Use& use) const {
+    constexpr double middle = 1.0 / 3.0, off = 3.0;
+    if (!plane.exists() || plane.points < 2 * least_) return;
+    const auto nearest = plane_.neighbours().first(plane.points);
+    for (const Neighbour& one : nearest.subspan(1)) {
+      if (one.square > middle * middle * nearest.back().square) return;
+      const double height = plane.distanceOf(places_[one.number]);
+      if (std::abs(height) <= off * plane.roughness) use(one.number);
+    }
   }
 
  private:
   std::vector<point> places_;
   NeighbourTree tree_;
-  double radius_;
-  std::vector<Neighbour> room_;
-  std::vector<point> neighbours_;
+  std::size_t least_;
+  GrowingPlane plane_;
 };
 
 /// Points between two looks at whether to go on: well below a second.
@@ -62,11 +73,19 @@ class CloudWork {
     loop.run(0, tiles.size(), 1, [&](std::size_t tile) {
       const auto own = tiles.own(tile);
       TileSearch search(points_, tiles.withHalo(tile), neighbourhood_);
+      std::vector<std::uint8_t> isServed(own.size());
       bool goesOn = true;
       for (std::size_t first = 0; first < own.size() && goesOn; first += block) {
         const std::size_t end = std::min(first + block, own.size());
         for (std::size_t i = first; i < end; ++i) {
-          keep(own[i], search.planeAbout(i), search.place(i));
+          if (isServed[i] != 0) continue;
+          const PlaneFit plane = search.planeAbout(i);
+          keep(own[i], plane, search.place(i));
+          search.forEachServed(plane, [&](std::uint32_t k) {
+            if (k <= i || k >= own.size() || isServed[k] != 0) return;
+            isServed[k] = 1;
+            keep(own[k], plane, search.place(k));
+          });
         }
         goesOn = loop.doneBy(tile, end - first);
       }

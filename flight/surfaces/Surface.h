@@ -12,7 +12,7 @@
 #include <span>
 #include <vector>
 
-#include "flight/surfaces/PlaneFit.h"
+#include "flight/surfaces/GrowingPlane.h"
 
 namespace Velorn::Flights {
 
@@ -22,12 +22,6 @@ enum class Cloud : std::uint8_t { leftOut, last, notLast };
 /// Numbers of the points of one cloud, ascending.
 std::vector<std::uint32_t> membersOf(std::span<const Cloud> clouds, Cloud cloud);
 
-/// What a plane is fitted to.
-struct Neighbourhood {
-  unsigned int points = 16;  ///< the nearest ones, the point itself included
-  double radius = 5.0;       ///< within that distance [m]
-};
-
 /// The plane through the neighbourhood of each point.
 struct Surface {
   std::vector<vector> normals;   ///< unit, upward; zero where there is no plane
@@ -36,7 +30,9 @@ struct Surface {
 };
 
 /// Fits planes to the neighbours of each point in its own cloud, tile by tile on all threads. Which
-/// of several equally distant neighbours count hangs on the points and their order alone.
+/// of several equally distant neighbours count hangs on the points and their order alone. A plane
+/// that had to grow serves the points about its middle, too, if they lie on it: dense clouds have
+/// far more points than planes that differ.
 /// @param points  those of the two clouds within `farthestPlace`; fewer than 2^32
 /// @param clouds  that of each point
 /// @param tell    told the number of points done, on the calling thread; what it throws ends the

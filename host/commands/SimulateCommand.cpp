@@ -75,6 +75,11 @@ void addSimulate(CLI::App& app) {
       ->add_option("--height", options.height,
                    "flying height above ground [m]; the crossing strips fly 1.35 times as high")
       ->capture_default_str();
+  command->add_option("--speed", options.speed, "flying speed [m/s]")->capture_default_str();
+  command
+      ->add_option("--terrain-scale", options.terrainScale,
+                   "size of fields and houses in units of 40 m and some 22 x 16 m")
+      ->capture_default_str();
   command->add_option("--range-noise", options.rangeNoise, "standard deviation [m]")
       ->capture_default_str();
   command->add_option("--angle-noise", options.angleNoise, "standard deviation [degree]")

@@ -63,7 +63,9 @@ class FlagAdder {
     return fmt::format("{}: {}", setting_.sentence, fmt::join(setting_.words, ", "));
   }
 
-  CLI::Validator bounds() const { return within(setting_.low, setting_.high); }
+  CLI::Validator bounds() const {
+    return within(setting_.low, setting_.high, setting_.followsPoints);
+  }
 
   template <typename T>
   CLI::Option* listOf(std::vector<T>& values) const {

@@ -51,7 +51,8 @@ bool isNumeric(const Setting& setting, FlightSettings settings) {
 std::string boundsOf(const Setting& setting) {
   if (!setting.words.empty()) return fmt::format("{}", fmt::join(setting.words, ", "));
   if (!isNumeric(setting, {})) return "";
-  const auto bounds = fmt::format("{} to {}", setting.low, setting.high);
+  const auto bounds =
+      fmt::format("{}{} to {}", setting.followsPoints ? "0, " : "", setting.low, setting.high);
   return setting.entries > 0 ? fmt::format("{} numbers, {}", setting.entries, bounds) : bounds;
 }
 

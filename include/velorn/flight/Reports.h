@@ -255,6 +255,15 @@ struct AdjustmentReport {
   ModelFiles files;  ///< of the adjusted model; complete only after convergence
 };
 
+/// What the points of all strips are like, and the lengths that a run works with [m].
+struct ScaleReport {
+  double spacing = unknownFigure;  ///< of the sparsest strip's neighbouring points
+  double noise = unknownFigure;    ///< along the normals of planes
+  double cell = 0.0;               ///< smallest of the raster
+  double searchRadius = 0.0, neighbourRadius = 0.0, maxRoughness = 0.0;
+  unsigned int neighbours = 0, mostNeighbours = 0;
+};
+
 /// One round of matching and adjusting.
 struct RoundReport {
   unsigned int number = 1;
@@ -303,6 +312,7 @@ struct RunReport {
   std::string steps;           ///< the option words
   std::filesystem::path root;  ///< folder of the results
   std::vector<StripFacts> strips;
+  std::optional<ScaleReport> scale;  ///< none where every length was given
   std::optional<RasterizingReport> rasterizing;
   std::optional<ApartReport> apart;  ///< where the run decided on coarse rounds by itself
   std::vector<RoundReport> rounds;
@@ -320,6 +330,7 @@ struct RunReport {
 /// Tables for people.
 /// @{
 VELORN_FLIGHT_EXPORT std::string textOf(const RunReport& run);
+VELORN_FLIGHT_EXPORT std::string textOf(const ScaleReport& scale);
 VELORN_FLIGHT_EXPORT std::string textOf(const AdjustmentReport& adjustment, bool isControlled);
 /// @}
 

@@ -24,7 +24,11 @@ namespace Velorn::Flights {
 
 /// What a surface element is, beside what the configuration says.
 struct RasterSettings {
-  unsigned int neighbours = 16;  ///< points that a plane is fitted to, the point itself included
+  /// Points that a plane is fitted to, the point itself included.
+  unsigned int neighbours = 16;
+  /// So many where fewer do not tell the normal; none that is more than `neighbours`: all planes
+  /// have as many.
+  unsigned int mostNeighbours = 256;
   double neighbourRadius = 5.0;  ///< they lie within [m]
   double maxRoughness = 0.05;    ///< of a planar neighbourhood, however rough those about it [m]
   double slopeLimit = 3.0;       ///< ground steeper than that is a slope [degree]
@@ -53,7 +57,14 @@ struct ModelSettings {
   bool isRelative = false;        ///< ground truth may be missing, or too little
 };
 
+/// Zero as smallest cell, search radius, radius of the neighbours or largest roughness, as it
+/// comes, stands for what follows from the points, which a run measures at its begin.
 struct FlightSettings {
+  FlightSettings() {
+    configuration().MinCellSize = configuration().SearchRadius = 0.0;
+    raster.neighbourRadius = raster.maxRoughness = 0.0;
+  }
+
   std::vector<std::string> strips;        ///< containers; * and ? stand for any letters, any letter
   std::vector<std::string> trajectories;  ///< containers; the same
   std::string groundTruth;                ///< container; empty: none

@@ -45,6 +45,7 @@ struct Setting {
   const char* unit = "";      ///< in the plural; empty: none
   double low = 0.0;           ///< least and largest number, or entry of a list of numbers
   double high = std::numeric_limits<double>::max();
+  bool followsPoints = false;  ///< zero, too, is a value: what suits the points
   std::vector<std::string>
       words{};                   ///< the only values of a text, or of a list's entries; empty: any
   std::size_t entries = 0;       ///< that a list must have; 0: any number

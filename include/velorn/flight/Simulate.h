@@ -20,6 +20,8 @@ struct SimulationSettings {
   unsigned int strips = 5;           ///< parallel ones; two crossing strips are added
   double length = 1500.0;            ///< of a parallel strip [m]
   double height = 400.0;             ///< of the parallel strips above the ground [m]
+  double speed = 50.0;               ///< along the strips [m/s]
+  double terrainScale = 1.0;         ///< of fields, houses, hills and river
   double rangeNoise = 0.02;          ///< standard deviation [m]
   double angleNoise = 0.0005;        ///< standard deviation of both angles [degree]
   bool slowErrors = true;            ///< trajectory errors that vary slowly, beside linear ones
