@@ -11,7 +11,7 @@
 namespace Velorn::Flights {
 namespace {
 
-constexpr std::size_t fewestOfCoarse = 10;
+constexpr std::size_t fewestOfCoarse = 100;
 
 std::string adjustmentLine(const RoundReport& round) {
   const auto& adjustment = *round.adjustment;

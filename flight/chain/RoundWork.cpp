@@ -235,6 +235,7 @@ double RoundWork::reachOf(const Solution* start) {
 }
 
 double RoundWork::spacing() {
+  if (run_.scale && std::isfinite(run_.scale->spacing)) return run_.scale->spacing;
   if (!spacing_) spacing_ = spacingOfStrips(run_);
   return *spacing_;
 }
