@@ -19,7 +19,7 @@ struct Record {
   bool isStrip;
 };
 
-std::optional<Record> parsed(std::string_view line) {
+std::optional<Record> recordIn(std::string_view line) {
   Scanner scanner(line);
   const bool labelled = scanner.take("id: ");
   const auto id = scanner.takeUnsigned();
@@ -42,7 +42,7 @@ std::string readStripIdFile(const std::filesystem::path& path, StripNames& names
   std::set<std::string> known;
   LineReader lines(path);
   for (std::string_view line; lines.next(line);) {
-    const auto record = parsed(line);
+    const auto record = recordIn(line);
     if (!record) return lines.refused(fmt::format("names no file: {}", line));
     if (!ids.insert(record->id).second)
       return lines.refused(fmt::format("id {} again", record->id));

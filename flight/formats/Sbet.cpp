@@ -26,7 +26,7 @@ using std::numbers::pi;
 
 constexpr std::size_t valuesPerRecord = 17;
 constexpr std::size_t recordBytes = valuesPerRecord * sizeof(double);
-constexpr std::size_t blockRecords = 4096;
+constexpr std::size_t recordsAtOnce = 4096;
 
 using RawRecord = std::array<std::uint64_t, valuesPerRecord>;
 
@@ -155,12 +155,12 @@ std::size_t readSbet(const std::filesystem::path& file,
   const auto refuse = [&](std::size_t record, const std::string& fault) {
     throw Error(fmt::format("{}: record {} of {}: {}", file.string(), record + 1, count, fault));
   };
-  std::vector<char> block(std::min(count, blockRecords) * recordBytes);
+  std::vector<char> block(std::min(count, recordsAtOnce) * recordBytes);
   double before = -1.0;
   for (std::size_t i = 0; i < count; ++i) {
-    const std::size_t inBlock = i % blockRecords;
+    const std::size_t inBlock = i % recordsAtOnce;
     if (inBlock == 0) {
-      const std::size_t bytes = std::min(blockRecords, count - i) * recordBytes;
+      const std::size_t bytes = std::min(recordsAtOnce, count - i) * recordBytes;
       if (!stream.read(block.data(), static_cast<std::streamsize>(bytes))) {
         refuse(i, "cannot be read");
       }

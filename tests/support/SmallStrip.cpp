@@ -72,8 +72,10 @@ std::string hexOf(const Field& field, FragmentId fragment, std::string& fault) {
 template <typename... T>
 std::string valuesOfAny(const Field& field, FragmentId fragment, std::string& fault) {
   std::string text;
-  ((field.valueType() == valueTypeOf<T>() && (text = hexOf<T>(field, fragment, fault), true)) ||
-   ...);
+  const auto take = [&](ValueType type, auto hex) {
+    if (field.valueType() == type) text = hex(field, fragment, fault);
+  };
+  (take(valueTypeOf<T>(), hexOf<T>), ...);
   return text;
 }
 

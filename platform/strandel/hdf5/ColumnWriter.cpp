@@ -8,12 +8,12 @@
 
 #include "platform/strandel/hdf5/AttributeFile.h"
 #include "platform/strandel/hdf5/Fletcher32.h"
+#include "platform/strandel/hdf5/Format.h"
 #include "platform/strandel/hdf5/Types.h"
 
 namespace Strandel::Hdf5 {
 namespace {
 
-constexpr const char* notWritten = "cannot be written";
 constexpr std::size_t chunkBytes =
     1 << 20;  // stays in the processor's cache while it is summed and copied
 

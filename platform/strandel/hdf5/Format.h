@@ -17,6 +17,8 @@ inline constexpr const char* timeAttribute = "time";
 
 /// What is said of an object that the file names and the HDF5 library cannot read.
 inline constexpr const char* unreadable = "unreadable, the file is damaged";
+/// What is said of an object that the HDF5 library cannot write.
+inline constexpr const char* notWritten = "cannot be written";
 
 /// Absolute name of a member of an object.
 inline std::string joined(std::string object, const std::string& name) {

@@ -15,8 +15,6 @@
 namespace Strandel::Hdf5 {
 namespace {
 
-constexpr const char* notWritten = "cannot be written";
-
 template <typename Names>
 void checkReserved(const Attributes& attributes, const Names& reserved) {
   for (const char* name : reserved) {

@@ -13,6 +13,9 @@
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 
+/// Of every flight here.
+inline constexpr unsigned gpsWeek = 2318;
+
 struct Record {
   double time;  // [s of week]
   Geomra::PhysicalSpace::point position;
@@ -38,7 +41,7 @@ class TrajectoryFile {
  public:
   /// @param fragments  records by fragment
   explicit TrajectoryFile(const std::vector<std::vector<Record>>& fragments = {},
-                          std::int64_t week = 2318, double sliceTime = 0) {
+                          std::int64_t week = gpsWeek, double sliceTime = 0) {
     addSlice(fragments, week, sliceTime);
   }
 

@@ -20,7 +20,6 @@ using Velorn::TimeRange, Velorn::Trajectory;
 
 namespace {
 
-constexpr unsigned week = 2318;
 const std::string noData = "Trajectory::importTrajectory: have no data for the current fragment";
 const std::string noCodes =
     "Trajectory::importTrajectory: epsg for height/spatial or weeknumber not available!";
@@ -53,7 +52,7 @@ class TrajectoryImport : public testing::Test {
     return told([&](auto& file) { file.chart()->attributes().remove(attribute); });
   }
 
-  static double xAt(const Trajectory& trajectory, double t, unsigned inWeek = week) {
+  static double xAt(const Trajectory& trajectory, double t, unsigned inWeek = gpsWeek) {
     point position;
     vector attitude;
     EXPECT_TRUE(trajectory.interpolateTrajectory(t, inWeek, position, attitude, false)) << t;
@@ -69,11 +68,11 @@ class TrajectoryImport : public testing::Test {
 TEST_F(TrajectoryImport, TakesRecordsCodesAndMountingOfAFile) {
   Trajectory trajectory({save(TrajectoryFile({recordsAt({1, 2, 3, 4})}))});
   EXPECT_EQ(trajectory.getLeverarm(), point());
-  EXPECT_FALSE(trajectory.week_number_exists(week));
+  EXPECT_FALSE(trajectory.week_number_exists(gpsWeek));
   ASSERT_EQ(trajectory.importTrajectory(), "");
   EXPECT_THAT(console, IsEmpty());
   EXPECT_EQ(trajectory.numberOfRecords(), 4U);
-  EXPECT_THAT(trajectory.timeRanges(), ElementsAre(Pair(week, TimeRange{1, 4})));
+  EXPECT_THAT(trajectory.timeRanges(), ElementsAre(Pair(gpsWeek, TimeRange{1, 4})));
   EXPECT_EQ(trajectory.getLeverarm(), (point{0.1, 0.2, 0.3}));
   EXPECT_EQ(trajectory.getMisalignment(), (point{0.5, -0.25, 90.0}));
   EXPECT_EQ(trajectory.getEpsgSpatial(), 32632U);
@@ -82,7 +81,7 @@ TEST_F(TrajectoryImport, TakesRecordsCodesAndMountingOfAFile) {
 
   point position;
   vector attitude;
-  ASSERT_TRUE(trajectory.interpolateTrajectory(3, week, position, attitude, true));
+  ASSERT_TRUE(trajectory.interpolateTrajectory(3, gpsWeek, position, attitude, true));
   EXPECT_EQ(position, (point{20, 40, 60}));
   EXPECT_DOUBLE_EQ(attitude.x, 2 * Geomra::degree);
   EXPECT_DOUBLE_EQ(attitude.y, 1 * Geomra::degree);
@@ -91,15 +90,15 @@ TEST_F(TrajectoryImport, TakesRecordsCodesAndMountingOfAFile) {
 
 TEST_F(TrajectoryImport, MergesFragmentsSlicesAndFilesInWhateverOrderOfTime) {
   TrajectoryFile late({recordsAt({7, 8, 9}, 700), {}, recordsAt({6, 5}, 600)});
-  late.addSlice({recordsAt({4}, 400)}, week, 1);
+  late.addSlice({recordsAt({4}, 400)}, gpsWeek, 1);
   const auto early = save(TrajectoryFile({recordsAt({1, 2, 3}, 100)}), "early.kx");
   const auto other = save(TrajectoryFile({recordsAt({2.5, 0, 1}, 900)}, 0), "other.kx");
   Trajectory trajectory({late.save(folder / "late.kx"), early, other});
   ASSERT_EQ(trajectory.importTrajectory(), "");
   EXPECT_THAT(trajectory.timeRanges(),
-              ElementsAre(Pair(0U, TimeRange{0, 2.5}), Pair(week, TimeRange{1, 9})));
+              ElementsAre(Pair(0U, TimeRange{0, 2.5}), Pair(gpsWeek, TimeRange{1, 9})));
   EXPECT_TRUE(trajectory.week_number_exists(0));
-  EXPECT_FALSE(trajectory.week_number_exists(week + 1));
+  EXPECT_FALSE(trajectory.week_number_exists(gpsWeek + 1));
   const std::map<double, double> xs{{1, 100}, {3, 120}, {4, 400}, {5, 610},
                                     {6, 600}, {7, 700}, {9, 720}};
   for (const auto& [t, x] : xs) EXPECT_EQ(xAt(trajectory, t), x) << t;
@@ -190,7 +189,6 @@ TEST_F(TrajectoryImport, AsksForAllFiveFieldsOfAFragment) {
 
 TEST_F(TrajectoryImport, RefusesValuesThatAreNotFinite) {
   constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-  constexpr double infinity = std::numeric_limits<double>::infinity();
   const auto toldWith = [this](const char* field, const Record& bad) {
     const std::vector<Record> records{recordOf(1, 1), recordOf(2, 2), bad, recordOf(4, 4)};
     Trajectory trajectory({save(TrajectoryFile({recordsAt({5, 6, 7}), records, recordsAt({9})}))});
@@ -199,11 +197,11 @@ TEST_F(TrajectoryImport, RefusesValuesThatAreNotFinite) {
                                  " of record 2 in fragment 1 is not finite: "),
                       HasSubstr("t.kx")));
     // The fragment before stays, and can be used.
-    EXPECT_THAT(trajectory.timeRanges(), ElementsAre(Pair(week, TimeRange{5, 7})));
+    EXPECT_THAT(trajectory.timeRanges(), ElementsAre(Pair(gpsWeek, TimeRange{5, 7})));
     EXPECT_EQ(trajectory.numberOfRecords(), 3U);
     EXPECT_EQ(xAt(trajectory, 6), 10);
   };
-  for (const double bad : {nan, infinity, -infinity}) {
+  for (const double bad : {nan, HUGE_VAL, -HUGE_VAL}) {
     toldWith("GPSTime", {bad, {}, {}});
     toldWith("Positions", {3, {1, 2, bad}, {}});
     toldWith("Positions", {3, {bad, 2, 3}, {}});
@@ -295,7 +293,7 @@ TEST_F(TrajectoryImport, TakesBackALongFragmentWhoseLastValueIsNotFiniteAndGoesO
   EXPECT_EQ(trajectory.numberOfRecords(), 6U);
   EXPECT_THAT(trajectory.timeRanges(),
               ElementsAre(Pair(1U, TimeRange{1, 3}), Pair(3U, TimeRange{4, 6})));
-  EXPECT_FALSE(trajectory.week_number_exists(week));
+  EXPECT_FALSE(trajectory.week_number_exists(gpsWeek));
   point position;
   vector attitude;
   ASSERT_TRUE(trajectory.interpolateTrajectory(5, 3, position, attitude, true));

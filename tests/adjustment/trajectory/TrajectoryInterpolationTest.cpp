@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
-#include <limits>
 #include <map>
 #include <random>
 #include <thread>
@@ -22,8 +21,6 @@ using Velorn::Trajectory;
 
 namespace {
 
-constexpr unsigned week = 2318;
-constexpr double infinity = std::numeric_limits<double>::infinity();
 using Geomra::degree;
 
 struct Answer {
@@ -35,7 +32,7 @@ struct Answer {
 
 const Answer untouched{false, {1, 2, 3}, {4, 5, 6}};
 
-Answer ask(const Trajectory& trajectory, double t, bool report = false, unsigned inWeek = week) {
+Answer ask(const Trajectory& trajectory, double t, bool report = false, unsigned inWeek = gpsWeek) {
   Answer answer = untouched;
   answer.good =
       trajectory.interpolateTrajectory(t, inWeek, answer.position, answer.attitude, report);
@@ -49,7 +46,7 @@ Answer record(bool good, const Record& r) {
 
 class TrajectoryInterpolation : public testing::Test {
  protected:
-  Trajectory imported(const std::vector<Record>& records, std::int64_t inWeek = week) const {
+  Trajectory imported(const std::vector<Record>& records, std::int64_t inWeek = gpsWeek) const {
     Trajectory trajectory({TrajectoryFile({records}, inWeek).save(folder / "t.kx")});
     EXPECT_EQ(trajectory.importTrajectory(), "");
     return trajectory;
@@ -100,7 +97,7 @@ TEST_F(TrajectoryInterpolation, GoesOnBeforeTheStartAndSaysSoWhenAsked) {
   EXPECT_EQ(reported.position, early.position);
   EXPECT_EQ(reported.attitude, early.attitude);
   EXPECT_EQ(ask(trajectory, 100, true), record(false, recordOf(100, 0)));
-  EXPECT_TRUE(ask(trajectory, std::nextafter(100.0, infinity), true).good);
+  EXPECT_TRUE(ask(trajectory, std::nextafter(100.0, HUGE_VAL), true).good);
   EXPECT_THAT(console,
               ElementsAre("Trajectory::interpolateTrajectory, Error, time (99) with weeknumber "
                           "(2318) > is lower min-range of trajectory (102.5)",
@@ -111,7 +108,7 @@ TEST_F(TrajectoryInterpolation, GoesOnBeforeTheStartAndSaysSoWhenAsked) {
 TEST_F(TrajectoryInterpolation, HoldsTheLastRecordAfterTheEnd) {
   const auto trajectory = imported(recordsAt({100, 101, 102}));
   const auto last = record(true, recordOf(102, 20));
-  for (const double t : {102.0, std::nextafter(102.0, infinity), 1e9, infinity}) {
+  for (const double t : {102.0, std::nextafter(102.0, HUGE_VAL), 1e9, HUGE_VAL}) {
     EXPECT_EQ(ask(trajectory, t, true), last) << t;
   }
   EXPECT_THAT(console, IsEmpty());
@@ -133,7 +130,7 @@ TEST_F(TrajectoryInterpolation, RefusesMissingWeeksAndLessThanThreeTimes) {
 TEST_F(TrajectoryInterpolation, RefusesTimesThatAreNone) {
   const auto trajectory = imported(recordsAt({1, 2, 3}));
   EXPECT_EQ(ask(trajectory, std::nan("")), untouched);
-  EXPECT_EQ(ask(trajectory, -infinity), untouched);
+  EXPECT_EQ(ask(trajectory, -HUGE_VAL), untouched);
   EXPECT_THAT(console, ElementsAre(" Trajectory::interpolateTrajectory: Error, time (nan) with "
                                    "weeknumber (2318) is no time",
                                    " Trajectory::interpolateTrajectory: Error, time (-inf) with "
@@ -160,7 +157,7 @@ TEST_F(TrajectoryInterpolation, AgreesWithAWalkThroughRecordsInDisorderFromSever
   const auto trajectory = imported(records);
   std::vector<double> times;
   for (const auto& [time, r] : byTime) {
-    for (const double t : {time, std::nextafter(time, -infinity), std::nextafter(time, infinity)}) {
+    for (const double t : {time, std::nextafter(time, -HUGE_VAL), std::nextafter(time, HUGE_VAL)}) {
       times.push_back(t);
     }
     times.push_back(second(random));

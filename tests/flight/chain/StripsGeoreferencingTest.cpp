@@ -65,7 +65,7 @@ class GeoreferencedStrips : public testing::Test {
 
   static std::vector<double> timesFrom(double first) {
     std::vector<double> times(100);
-    for (int i = 0; i < 100; ++i) times[i] = first + 0.08 * i;
+    for (double& time : times) time = first + 0.08 * static_cast<double>(&time - times.data());
     return times;
   }
 

@@ -102,7 +102,7 @@ TEST(Match, WritesTheSameBytesForAnyNumberOfThreadsAndAnyMemory) {
   omp_set_num_threads(2);
   flight.match();
   EXPECT_TRUE(bytesOf(flight) == alone);
-  for (const std::size_t enoughForRasters : {800'000, 1'000'000'000}) {
+  for (const std::size_t enoughForRasters : {800'000UL, 1'000'000'000UL}) {
     flight.memory = enoughForRasters;
     flight.match();
     EXPECT_TRUE(bytesOf(flight) == alone) << "points held in " << flight.memory << " bytes";

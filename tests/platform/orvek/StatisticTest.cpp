@@ -17,9 +17,6 @@ using testing::ElementsAre, testing::HasSubstr;
 
 namespace {
 
-constexpr float infinity = std::numeric_limits<float>::infinity();
-constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
-
 std::size_t binOf(const Bins& empty, float value) {
   Bins bins = empty;
   countInto(bins, value);
@@ -56,8 +53,8 @@ TEST(Bins, TakeAValueOnAnEdgeIntoTheBinAboveIt) {
 
 TEST(Bins, CloseTheRangeAtItsUpperEnd) {
   Bins bins = emptyBins(-2.0, 2.0, 0.02);
-  for (const float value : {-infinity, std::nextafter(-2.0F, -9.0F), notANumber, 2.0F,
-                            std::nextafter(2.0F, 9.0F), 1e30F, infinity}) {
+  for (const float value : {-HUGE_VALF, std::nextafter(-2.0F, -9.0F), NAN, 2.0F,
+                            std::nextafter(2.0F, 9.0F), 1e30F, HUGE_VALF}) {
     countInto(bins, value);
   }
   EXPECT_EQ(bins.below, 2u);
@@ -122,8 +119,7 @@ TEST(Statistic, TellsFiguresOfAllValuesAndBinsOfThoseInTheRange) {
 TEST(Statistic, CountsWhatIsNotFiniteApart) {
   Statistic statistic = smallStatistic();
   const Summary before = statistic.summary();
-  for (const float value : {notANumber, infinity, -infinity, -notANumber, infinity})
-    statistic.addValue(value);
+  for (const float value : {NAN, HUGE_VALF, -HUGE_VALF, -NAN, HUGE_VALF}) statistic.addValue(value);
   statistic.compute();
   EXPECT_EQ(statistic.size(), 7u);
   EXPECT_EQ(statistic.summary().moments.mean, before.moments.mean);

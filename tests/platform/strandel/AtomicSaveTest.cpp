@@ -11,6 +11,7 @@
 
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
+#include "tests/platform/strandel/Storages.h"
 #include "tests/support/SmallStrip.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -19,8 +20,6 @@ using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 namespace {
-
-const MyStorage storage(0, 0, 0, 1);
 
 std::string whole(const Bundle& bundle) {
   std::string fault;
@@ -31,7 +30,7 @@ std::string whole(const Bundle& bundle) {
 /// A process that replaces a file and ends.
 pid_t startSaving(Bundle& bundle, const std::filesystem::path& path) {
   const pid_t child = fork();
-  if (child == 0) _exit(storage.save(bundle, path, "wd").empty() ? 0 : 1);
+  if (child == 0) _exit(flushed.save(bundle, path, "wd").empty() ? 0 : 1);
   return child;
 }
 
@@ -53,7 +52,7 @@ TEST(AtomicSave, KilledAtAnyMomentLeavesTheOldFileOrTheNewOneWhole) {
   const auto path = folder / "a.kx";
   Bundle oldStrip = smallStrip(2500, 1), newStrip = smallStrip(2500, 2);
   const std::string oldContent = whole(oldStrip), newContent = whole(newStrip);
-  ASSERT_EQ(storage.save(oldStrip, path, "w"), "");
+  ASSERT_EQ(flushed.save(oldStrip, path, "w"), "");
   const std::string oldBytes = contentOf(path);
 
   // A machine's pace changes with what else it does. So the moments are spread over a span that
@@ -72,7 +71,7 @@ TEST(AtomicSave, KilledAtAnyMomentLeavesTheOldFileOrTheNewOneWhole) {
     waitpid(child, nullptr, 0);
     leftPart += removeParts(folder.path()) ? 1 : 0;
     Bundle read;
-    ASSERT_EQ(storage.load(path, read), "") << "kill " << kills;
+    ASSERT_EQ(flushed.load(path, read), "") << "kill " << kills;
     const std::string content = whole(read);
     const bool isNew = content == newContent;
     ASSERT_TRUE(isNew || content == oldContent) << "kill " << kills << " left neither content";

@@ -13,6 +13,7 @@
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/platform/strandel/Processes.h"
+#include "tests/platform/strandel/Storages.h"
 #include "tests/support/Limit.h"
 #include "tests/support/SmallStrip.h"
 
@@ -26,9 +27,6 @@ constexpr int variants = 150;  // the fuzzers try many more under sanitizers
 #else
 constexpr int variants = 700;
 #endif
-
-const MyStorage storage(0, 0, 1, 1);
-const MyStorage compressed(1, 0, 1, 1);
 
 // Closes its file at the very end of the process, when the HDF5 library has ended before it.
 Bundle stillOpenAtTheEnd;

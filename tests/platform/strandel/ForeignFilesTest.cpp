@@ -7,14 +7,13 @@
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/platform/strandel/Processes.h"
+#include "tests/platform/strandel/Storages.h"
 #include "tests/support/SmallStrip.h"
 
 using namespace Strandel;
 using testing::HasSubstr;
 
 namespace {
-
-const MyStorage storage(0, 0, 1, 1);
 
 /// What is changed, in Python: `file`, its slice `s`, grid `g`, world chart `w`, its field `t`
 /// (GPSTime) with the values T and its field `p` (Positions) with the values P.

@@ -11,14 +11,12 @@
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/platform/strandel/Processes.h"
+#include "tests/platform/strandel/Storages.h"
 #include "tests/support/SmallStrip.h"
 
 using namespace Strandel;
 
 namespace {
-
-const MyStorage storage(0, 0, 0, 1);
-const MyStorage compressed(1, 0, 0, 1);
 
 std::filesystem::path pathFromParent(const char* variable) {
   const char* const value = std::getenv(variable);
@@ -38,9 +36,9 @@ void failAndGoOn(const std::filesystem::path& path, int error) {
   const std::string before = contentOf(path);
   const auto files = namesIn(path.parent_path());
   Bundle made = smallStrip(3000, 2), loaded;
-  ASSERT_EQ(storage.load(pathFromParent("VELORN_TEST_SOURCE"), loaded), "");
+  ASSERT_EQ(flushed.load(pathFromParent("VELORN_TEST_SOURCE"), loaded), "");
   for (auto& [with, bundle] :
-       {std::pair{&storage, &made}, {&compressed, &made}, {&storage, &loaded}}) {
+       {std::pair{&flushed, &made}, {&flushedCompressed, &made}, {&flushed, &loaded}}) {
     EXPECT_EQ(with->save(*bundle, path, "wd"), "Strandel::MyStorage::save: " + path.string() +
                                                    ": " + std::generic_category().message(error));
     EXPECT_TRUE(contentOf(path) == before);
@@ -50,15 +48,15 @@ void failAndGoOn(const std::filesystem::path& path, int error) {
 
 void saveSmall(const std::filesystem::path& path) {
   Bundle small = smallStrip(1, 3), read;
-  ASSERT_EQ(storage.save(small, path, "wd"), "");
-  ASSERT_EQ(storage.load(path, read), "");
+  ASSERT_EQ(flushed.save(small, path, "wd"), "");
+  ASSERT_EQ(flushed.load(path, read), "");
   EXPECT_TRUE(intactContentOf(read) == intactContentOf(small));
 }
 
 /// The folder of the process with the limit, and a large file elsewhere.
 std::string environment(const TemporaryFolder& folder, const TemporaryFolder& elsewhere) {
   Bundle large = smallStrip(3000, 2);
-  EXPECT_EQ(compressed.save(large, elsewhere / "large.kx", "wd"), "");
+  EXPECT_EQ(flushedCompressed.save(large, elsewhere / "large.kx", "wd"), "");
   return "VELORN_TEST_FOLDER='" + folder.path().string() + "' VELORN_TEST_SOURCE='" +
          (elsewhere / "large.kx").string() + "'";
 }
@@ -83,7 +81,7 @@ TEST(FullDiskInOwnProcess, DISABLED_SmallFileSystem) {
   const auto folder = pathFromParent("VELORN_TEST_FOLDER");
   const auto path = folder / "a.kx";
   Bundle old = smallStrip(100);
-  ASSERT_EQ(storage.save(old, path, "w"), "");
+  ASSERT_EQ(flushed.save(old, path, "w"), "");
   for (std::size_t full = 0; full <= 440; full += 20) {  // KiB of 512
     writeContent(folder / "filler", std::string(full << 10, 'x'));
     failAndGoOn(path, ENOSPC);
@@ -95,8 +93,8 @@ TEST(FullDiskInOwnProcess, DISABLED_SmallFileSystem) {
 TEST(FullDisk, AFileSizeLimitAnywhereInTheFileKeepsTheOldFileAndTheProcess) {
   const TemporaryFolder folder, elsewhere;
   Bundle old = smallStrip(100), small = smallStrip(1, 3);
-  ASSERT_EQ(storage.save(old, folder / "old.kx", "w"), "");
-  ASSERT_EQ(storage.save(small, folder / "small.kx", "w"), "");
+  ASSERT_EQ(flushed.save(old, folder / "old.kx", "w"), "");
+  ASSERT_EQ(flushed.save(small, folder / "small.kx", "w"), "");
   const auto variables = environment(folder, elsewhere);
   const auto size = std::filesystem::file_size(elsewhere / "large.kx");
 #ifdef VELORN_SANITIZED

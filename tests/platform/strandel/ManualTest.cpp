@@ -11,20 +11,13 @@
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
 #include "tests/platform/strandel/Processes.h"
+#include "tests/platform/strandel/Storages.h"
 #include "tests/support/SmallStrip.h"
 
 using namespace Strandel;
 using testing::HasSubstr;
 
 namespace {
-
-const MyStorage storage(0, 0, 1, 1);
-
-Bundle loaded(const std::filesystem::path& path) {
-  Bundle bundle;
-  EXPECT_EQ(storage.load(path, bundle), "");
-  return bundle;
-}
 
 /// The lines of contentOf with values: those of every fragment of every field of every chart.
 std::string valuesOf(const Bundle& bundle) {
@@ -65,10 +58,6 @@ for slice in file.values():
     if isinstance(slice, h5py.Group):
         print([sorted(chart) for chart in slice['strip'].values()])
 )");
-}
-
-FieldPtr fieldOf(const Bundle& bundle, const std::string& chart, const std::string& name) {
-  return bundle.slice(0.0)->grid("strip")->chart(chart)->field(name);
 }
 
 }  // namespace

@@ -9,30 +9,13 @@
 
 #include "platform/strandel/Bundle.h"
 #include "platform/strandel/MyStorage.h"
+#include "tests/platform/strandel/Storages.h"
 #include "tests/support/SmallStrip.h"
 #include "tests/support/TemporaryFolder.h"
 
 using namespace Strandel;
 using Geomra::PhysicalSpace::point;
 using testing::ElementsAre, testing::HasSubstr;
-
-namespace {
-
-const MyStorage storage(0, 0, 0, 1);
-const MyStorage compressed(1, 0, 0, 1);
-const MyStorage unprotected(0, 1, 1, 1);
-
-Bundle loaded(const std::filesystem::path& path) {
-  Bundle bundle;
-  EXPECT_EQ(storage.load(path, bundle), "");
-  return bundle;
-}
-
-FieldPtr fieldOf(const Bundle& bundle, const std::string& chart, const std::string& name) {
-  return bundle.slice(0.0)->uniqueGrid()->chart(chart)->field(name);
-}
-
-}  // namespace
 
 class RoundTrip : public testing::TestWithParam<const MyStorage*> {};
 
@@ -53,14 +36,15 @@ TEST_P(RoundTrip, KeepsEveryValueAttributeAndName) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Storages, RoundTrip, testing::Values(&storage, &compressed, &unprotected));
+INSTANTIATE_TEST_SUITE_P(Storages, RoundTrip,
+                         testing::Values(&flushed, &flushedCompressed, &unprotected));
 
 TEST(Strandel, EqualContentGivesEqualFiles) {
   const TemporaryFolder folder;
   Bundle first = smallStrip(), second = smallStrip(), other = smallStrip(100, 2);
-  ASSERT_EQ(storage.save(first, folder / "a.kx", "w"), "");
-  ASSERT_EQ(storage.save(second, folder / "b.kx", "w"), "");
-  ASSERT_EQ(storage.save(other, folder / "c.kx", "w"), "");
+  ASSERT_EQ(flushed.save(first, folder / "a.kx", "w"), "");
+  ASSERT_EQ(flushed.save(second, folder / "b.kx", "w"), "");
+  ASSERT_EQ(flushed.save(other, folder / "c.kx", "w"), "");
   EXPECT_TRUE(contentOf(folder / "a.kx") == contentOf(folder / "b.kx"));
   EXPECT_FALSE(contentOf(folder / "a.kx") == contentOf(folder / "c.kx"));
 }
@@ -68,11 +52,11 @@ TEST(Strandel, EqualContentGivesEqualFiles) {
 TEST(Strandel, ASharedFieldStaysOneFieldWithOneSetOfData) {
   const TemporaryFolder folder;
   Bundle strip = smallStrip(10000);
-  ASSERT_EQ(storage.save(strip, folder / "a.kx", "w"), "");
+  ASSERT_EQ(flushed.save(strip, folder / "a.kx", "w"), "");
   Bundle read = loaded(folder / "a.kx");
   EXPECT_EQ(fieldOf(read, worldChartName, "GPSTime"), fieldOf(read, scannerChartName, "GPSTime"));
   const auto before = std::filesystem::file_size(folder / "a.kx");
-  ASSERT_EQ(storage.save(read, folder / "a.kx", "wd"), "");  // a copy must not double it
+  ASSERT_EQ(flushed.save(read, folder / "a.kx", "wd"), "");  // a copy must not double it
   EXPECT_LE(std::filesystem::file_size(folder / "a.kx"), before);
   read = loaded(folder / "a.kx");
   EXPECT_EQ(fieldOf(read, worldChartName, "GPSTime"), fieldOf(read, scannerChartName, "GPSTime"));
@@ -81,19 +65,19 @@ TEST(Strandel, ASharedFieldStaysOneFieldWithOneSetOfData) {
 TEST(Strandel, AnInPlaceChangeChangesThatFieldAlone) {
   const TemporaryFolder folder;
   Bundle strip = smallStrip();
-  ASSERT_EQ(compressed.save(strip, folder / "a.kx", "w"), "");
+  ASSERT_EQ(flushedCompressed.save(strip, folder / "a.kx", "w"), "");
   Bundle read = loaded(folder / "a.kx");
   const auto positions = fieldOf(read, worldChartName, "Positions");
   EXPECT_FALSE(positions->touched());
   ASSERT_EQ(positions->setValues<point>({1}, std::vector<point>(50, {1, 2, 3})), "");
   EXPECT_TRUE(positions->touched());
   const std::string wanted = intactContentOf(read);
-  ASSERT_EQ(storage.save(read, folder / "a.kx", "wd"), "");
+  ASSERT_EQ(flushed.save(read, folder / "a.kx", "wd"), "");
   EXPECT_FALSE(positions->touched());
   EXPECT_TRUE(intactContentOf(loaded(folder / "a.kx")) == wanted);
   // The bundle goes on with the data of the file it came from, which is gone from the folder by
   // now.
-  ASSERT_EQ(storage.save(read, folder / "b.kx", "w"), "");
+  ASSERT_EQ(flushed.save(read, folder / "b.kx", "w"), "");
   EXPECT_TRUE(intactContentOf(loaded(folder / "b.kx")) == wanted);
 }
 
@@ -103,7 +87,7 @@ TEST(Strandel, AnAbsentChunkIsKnownWithoutValues) {
   const auto field =
       bundle.makeSlice(2.5)->makeGrid("g")->makeChart("c")->makeField("f", ValueType::UInt8);
   field->setAbsent({3});
-  ASSERT_EQ(storage.save(bundle, folder / "a.kx", "w"), "");
+  ASSERT_EQ(flushed.save(bundle, folder / "a.kx", "w"), "");
   const auto read = loaded(folder / "a.kx").slice(2.5)->grid("g")->chart("c")->field("f");
   EXPECT_THAT(read->fragments(), ElementsAre(FragmentId{3}));
   EXPECT_FALSE(read->hasChunk({3}));
@@ -117,7 +101,7 @@ TEST(Strandel, RowsAreReadFromAnywhereAndNotBeyondTheEnd) {
   const TemporaryFolder folder;
   std::vector<double> times(300000);
   for (std::size_t i = 0; i < times.size(); ++i) times[i] = 0.5 * static_cast<double>(i);
-  for (const auto* with : {&storage, &compressed}) {
+  for (const auto* with : {&flushed, &flushedCompressed}) {
     Bundle bundle;
     bundle.makeSlice(0)
         ->makeGrid("g")
@@ -156,7 +140,7 @@ TEST(Strandel, TheStoredRangeFollowsTheData) {
   EXPECT_EQ(times->range().range->highest(), 11);
   chart->makeField("Positions", ValueType::Point)
       ->setValues<point>({0}, {{1, -1, 7}, {2, -5, 3}, {0, 0, 0}});
-  ASSERT_EQ(storage.save(bundle, folder / "a.kx", "w"), "");
+  ASSERT_EQ(flushed.save(bundle, folder / "a.kx", "w"), "");
 
   Bundle read = loaded(folder / "a.kx");
   const auto field = fieldOf(read, worldChartName, "GPSTime");
@@ -170,7 +154,7 @@ TEST(Strandel, TheStoredRangeFollowsTheData) {
   EXPECT_FALSE(field->storedRange());
   EXPECT_EQ(field->range().range->lowest(), 1);
   EXPECT_EQ(field->range().range->highest(), 11);
-  ASSERT_EQ(storage.save(read, folder / "a.kx", "wd"), "");
+  ASSERT_EQ(flushed.save(read, folder / "a.kx", "wd"), "");
   EXPECT_EQ(fieldOf(loaded(folder / "a.kx"), worldChartName, "GPSTime")->range().range->lowest(),
             1);
 
@@ -222,7 +206,7 @@ TEST(Strandel, SaveRefusesWhatCannotBeStoredAndKeepsTheFile) {
   const auto refused = [&](auto&& change) {
     Bundle strip = smallStrip();
     change(*strip.slice(0)->uniqueGrid());
-    auto fault = storage.save(strip, path, "wd");
+    auto fault = flushed.save(strip, path, "wd");
     EXPECT_EQ(contentOf(path), "old");
     EXPECT_THAT(fault, HasSubstr("Strandel::MyStorage::save: " + path.string() + ": /0/strip"));
     return fault;
@@ -245,13 +229,13 @@ TEST(Strandel, SaveRefusesWhatCannotBeStoredAndKeepsTheFile) {
 TEST(Strandel, SaveAndLoadRefuseUnknownModesSettingsAndPlaces) {
   const TemporaryFolder folder;
   Bundle strip = smallStrip();
-  EXPECT_THAT(storage.save(strip, folder / "a.kx", "a"), HasSubstr("unknown open mode \"a\""));
+  EXPECT_THAT(flushed.save(strip, folder / "a.kx", "a"), HasSubstr("unknown open mode \"a\""));
   EXPECT_THAT(MyStorage(7, 0, 0, 1).save(strip, folder / "a.kx", "w"),
               HasSubstr("compression is 7"));
   EXPECT_THAT(MyStorage(0, 0, 0, 2).load(folder / "a.kx", strip), HasSubstr("version is 2"));
-  EXPECT_THAT(storage.save(strip, folder / "no/a.kx", "w"),
+  EXPECT_THAT(flushed.save(strip, folder / "no/a.kx", "w"),
               HasSubstr(std::generic_category().message(ENOENT)));
   EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
-  ASSERT_EQ(storage.save(strip, folder / "a.kx", "w"), "");
-  EXPECT_THAT(storage.save(strip, folder / "a.kx", "w"), HasSubstr("exists already"));
+  ASSERT_EQ(flushed.save(strip, folder / "a.kx", "w"), "");
+  EXPECT_THAT(flushed.save(strip, folder / "a.kx", "w"), HasSubstr("exists already"));
 }
