@@ -144,6 +144,9 @@ class Adjustment {
         trajectory_(trajectory),
         parameters_(std::make_shared<Velorn::SolverParameters>()),
         watcher_(watcher) {
+    const InputParameter standard;  // of lengths that follow from points, which it does not see
+    if (configuration_.MinCellSize == 0.0) configuration_.MinCellSize = standard.MinCellSize;
+    if (configuration_.SearchRadius == 0.0) configuration_.SearchRadius = standard.SearchRadius;
     configuration_.CorrespondencePath = fs::absolute(input.correspondences);
     configuration_.progress = watcher;
   }

@@ -143,6 +143,7 @@ class Flight::Chain {
     RoundWork work(context_);
     RoundPlan plan{matches, adjusts, {}, settings().rounds,
                    context_.configuration().SearchRadius};
+    if (context_.scale) plan.noise = context_.scale->noise;
     if (settings().coarseRounds >= 0) plan.coarse = settings().coarseRounds;
     try {
       runRounds(plan, work, rounds);

@@ -25,19 +25,28 @@ MatchPoints sampleOf(SurfaceStore& surfaces, std::uint32_t strip) {
   return points;
 }
 
-std::vector<double> rangesOf(const MatchPoints& points) {
-  std::vector<double> ranges;
-  for (const point& place : points.scanner) ranges.push_back(lengthOf(place - point{}));
-  return ranges;
-}
+/// Of many points: their distance from the scanner, and from the line below it [m].
+struct Reaches {
+  std::vector<double> ranges, aside;
+
+  void add(const MatchPoints& points) {
+    for (const point& place : points.scanner) {
+      ranges.push_back(lengthOf(place - point{}));
+      aside.push_back(std::hypot(place.y, place.z));
+    }
+  }
+  double range() { return OrvekStatistic::quantileInPlace(ranges, 0.5); }
+  double widthAside() { return OrvekStatistic::quantileInPlace(aside, 0.5); }
+};
 
 double byOne(const Velorn::SolverParameters& before, const Velorn::SolverParameters& after,
-             double range) {
+             Reaches& reaches) {
+  const double range = reaches.range(), aside = reaches.widthAside();
   double largest = 0.0;
   const auto look = [&](double change) { largest = std::max(largest, std::abs(change)); };
   for (unsigned int k = 0; k < 3; ++k) {
     look((after.getRangeAngleOffset(k) - before.getRangeAngleOffset(k)) * (k == 0 ? 1.0 : range));
-    look((after.getMisalignment(k) - before.getMisalignment(k)) * range);
+    look((after.getMisalignment(k) - before.getMisalignment(k)) * (k == 2 ? aside : range));
     look(after.getLeverArm(k) - before.getLeverArm(k));
   }
   look((after.getRangeAngleScale(0) - before.getRangeAngleScale(0)) * range);
@@ -59,7 +68,7 @@ std::vector<double> distancesOf(const std::vector<point>& from, const std::vecto
 Movement movementOf(RunContext& run, const Solution* before, const Solution& after) {
   constexpr double most = 0.95;
   Movement movement;
-  std::vector<double> ranges;
+  Reaches reaches;
   for (std::uint32_t strip = 0; strip < run.surfaces.size(); ++strip) {
     const MatchPoints points = sampleOf(run.surfaces, strip);
     const auto places = [&](const Solution& solution) {
@@ -71,12 +80,10 @@ Movement movementOf(RunContext& run, const Solution* before, const Solution& aft
     if (distances.empty()) continue;
     const double its = OrvekStatistic::quantileInPlace(distances, most);
     movement.points = std::fmax(movement.points, its);
-    const auto measured = rangesOf(points);
-    ranges.insert(ranges.end(), measured.begin(), measured.end());
+    reaches.add(points);
   }
-  if (before && !ranges.empty()) {
-    movement.byOne =
-        byOne(before->parameters, after.parameters, OrvekStatistic::quantileInPlace(ranges, 0.5));
+  if (before && !reaches.ranges.empty()) {
+    movement.byOne = byOne(before->parameters, after.parameters, reaches);
   }
   return movement;
 }

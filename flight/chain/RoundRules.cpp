@@ -26,19 +26,6 @@ std::string adjustmentLine(const RoundReport& round) {
                      round.isSkipped ? "; unchanged, skipped" : "");
 }
 
-/// Points that move by less stay where they are [m]: a millimetre, or a tenth of the standard
-/// deviation of a point, of which the two of a pair have the same.
-double restOf(const AdjustmentReport& adjustment) {
-  constexpr double least = 1e-3, part = 0.1;
-  return std::fmax(least, part * adjustment.after.pairs.rms / std::numbers::sqrt2);
-}
-
-bool isAtRest(const AdjustmentReport& adjustment) {
-  constexpr double creeping = 10.0;  // one correction against the others
-  const double rest = restOf(adjustment);
-  return adjustment.moved <= rest && adjustment.movedByOne <= creeping * rest;
-}
-
 /// Of ground truth, robust [m]; NaN for too little of it.
 double misfitOf(const Fit& fit) {
   constexpr std::size_t fewest = 20;
@@ -56,6 +43,7 @@ class Rounds {
         coarse_(both_ ? coarseOf(plan) : 0),
         most_(both_ ? coarse_ + plan.fine : 1),
         widest_(plan.widest),
+        noise_(plan.noise),
         farthestControl_(std::max(plan.widest, controlApart())) {}
 
   void all() {
@@ -117,8 +105,9 @@ class Rounds {
       return true;
     }
     if (!both_ || !isSettledBy(round, report)) return !both_;
-    result_.end = fmt::format("points moved by {:.2f} mm in the last round",
-                              1e3 * report.adjustment->moved);
+    result_.end = fmt::format("points moved by {:.2f} mm in the last round{}",
+                              1e3 * report.adjustment->moved,
+                              isAtRest(*report.adjustment) ? "" : ", about as in the one before");
     return true;
   }
 
@@ -205,16 +194,47 @@ class Rounds {
     }
   }
 
-  /// Whether nothing moves any more. The first round has nothing to be compared with.
+  /// Standard deviation of a point along the normal of its surface [m]; the two of a pair have the
+  /// same.
+  double deviationOf(const AdjustmentReport& adjustment) const {
+    const double ofPairs = adjustment.after.pairs.rms / std::numbers::sqrt2;
+    return std::isfinite(noise_) ? std::fmax(noise_, ofPairs) : ofPairs;
+  }
+
+  /// Points that move by less stay where they are [m].
+  double restOf(const AdjustmentReport& adjustment) const {
+    constexpr double least = 1e-3, part = 0.1;
+    return std::fmax(least, part * deviationOf(adjustment));
+  }
+
+  bool isAtRest(const AdjustmentReport& adjustment) const {
+    return adjustment.moved <= restOf(adjustment);
+  }
+
+  /// Points that move within their noise, and not less than in the round before: each round finds
+  /// other partners among the noise, and another one would do the same.
+  bool wanders(const AdjustmentReport& adjustment) const {
+    constexpr double less = 0.5, withinNoise = 0.5;
+    if (result_.reports.empty() || result_.reports.back().isCoarse()) return false;
+    const auto& before = result_.reports.back().adjustment;
+    return before && adjustment.moved > less * before->moved &&
+           adjustment.moved <= withinNoise * deviationOf(adjustment);
+  }
+
+  /// Whether nothing moves any more that another round would settle. The first round has nothing to
+  /// be compared with.
   bool isSettledBy(const Round& round, const RoundReport& report) const {
-    return round.start && isAtRest(*report.adjustment);
+    constexpr double creeping = 10.0;  // one correction against the others
+    const auto& adjustment = *report.adjustment;
+    return round.start && adjustment.movedByOne <= creeping * restOf(adjustment) &&
+           (isAtRest(adjustment) || wanders(adjustment));
   }
 
   RoundSteps& steps_;
   RoundsResult& result_;
   bool matches_, adjusts_, both_;  // both: they take turns
   unsigned int coarse_, most_;
-  double widest_, farthestControl_;
+  double widest_, noise_, farthestControl_;
   std::optional<Fit> control_;  // after the last round that counts
 };
 

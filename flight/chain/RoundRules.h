@@ -66,6 +66,7 @@ struct RoundPlan {
   std::optional<unsigned int> coarse;
   unsigned int fine = 10;  ///< rounds after them, at most
   double widest = 3.0;     ///< search radius [m]
+  double noise = unknownFigure;  ///< standard deviation of points along normals [m]
 };
 
 /// What the rounds leave, also when a step of them throws.
@@ -85,8 +86,9 @@ std::string matchingLine(unsigned int round, const MatchReport& matching, bool i
 /// @param radius  of the search in other rounds [m]
 unsigned int coarseRoundsFor(const ApartReport& apart, double radius);
 
-/// From coarse to fine, and then until points move by less than a millimetre, or a tenth of the
-/// standard deviation of one, and no global correction creeps. A round after which ground truth fits
+/// From coarse to fine, and then until points move by less than a millimetre, or a tenth of their
+/// standard deviation, or within their noise and not less than in the round before, and no global
+/// correction creeps. A round after which ground truth fits
 /// much worse than before is taken back.
 /// @throws what the steps throw
 void runRounds(const RoundPlan& plan, RoundSteps& steps, RoundsResult& result);

@@ -46,8 +46,8 @@ std::string adviceFor(const Funnel& funnel) {
   if (funnel.candidates < few) return "a smaller --min-cell-size leaves more candidates";
   const auto most = std::max({funnel.tooFar, funnel.angle, funnel.roughness});
   if (most == funnel.roughness) return "a larger --max-roughness or more --most-neighbours";
-  if (most == funnel.angle) return "--coarse-rounds 4, or a wider --max-angle";
-  return "--coarse-rounds 4, or a wider --search-radius";
+  if (most == funnel.angle) return "more --coarse-rounds, or a wider --max-angle";
+  return "more --coarse-rounds, or a wider --search-radius";
 }
 
 /// Refuses what no adjustment could use, and says at which gate the candidates were lost.

@@ -128,7 +128,7 @@ std::vector<StableSum> sumsOf(const Velorn::SolverParameters& parameters) {
   return {{"roll", "deg", angle(0, parameters.getRangeAngleOffset(2))},
           {"pitch", "deg", angle(1, 0.0)},
           {"yaw", "deg", angle(2, 0.0)},
-          {"range", "m", parameters.getRangeAngleOffset(0)}};
+          {"range offset", "m", parameters.getRangeAngleOffset(0)}};
 }
 
 class StabilityTest {
@@ -152,7 +152,12 @@ class StabilityTest {
     report.sums = sumsOf(*adjusted_);
     std::vector<Parameters> found;
     for (std::size_t start = 0; start < starts; ++start) {
-      if (auto parameters = from(start)) found.push_back(std::move(parameters));
+      auto adjusted = from(start);
+      if (!adjusted) continue;
+      const double fit = adjusted->report.after.pairs.rms;
+      report.bestFit = std::fmin(report.bestFit, fit);
+      report.worstFit = std::fmax(report.worstFit, fit);
+      found.push_back(std::move(adjusted->parameters));
     }
     report.starts = found.size();
     report.failed = starts - found.size();
@@ -187,28 +192,43 @@ class StabilityTest {
     return parameters;
   }
 
+  /// Two rounds, for what one does not reach is no other result.
   /// @return null where the start does not lead to a result
-  Parameters from(std::size_t start) {
+  std::optional<Adjusted> from(std::size_t start) {
     const Disturbance disturbance = disturbanceOf(start, length_, reach_, run_.strips.size());
-    const Solution solution{*adjusted_, run_.trajectory, &disturbance};
+    const Solution beside{*adjusted_, run_.trajectory, &disturbance};
+    auto first = roundFrom(beside, last_.adjustment->files);
+    if (!first) return {};
+    const Solution there{*first->parameters, run_.trajectory};
+    auto second = roundFrom(there, first->report.files);
+    run_.tell(fmt::format("stability: start {} of {}: {}", start + 1, starts,
+                          second ? fmt::format("pairs fit to {:.2f} cm",
+                                               100.0 * second->report.after.pairs.rms)
+                                 : "no result"));
+    return second;
+  }
+
+  std::optional<Adjusted> roundFrom(const Solution& solution, const ModelFiles& start) {
+    constexpr std::size_t fewest = 100;
     Round round;
-    round.start = RoundModel{last_.adjustment->files, {}};
+    round.number = ++rounds_;
+    round.start = RoundModel{start, {}};
     auto input = adjustmentInputOf(run_, round);
     input.configuration.RootPath = scratch_.path();
     input.configuration.SearchRadius = last_.matching->searchRadius + 2.0 * length_;
     input.correspondences = scratch_.path() / input.configuration.getCorrespondencePath();
     input.settings.fewestGroundTruth = 0;
+    input.mayBeScarce = true;
     MatchOptions options = matchOptionsOf(run_);
     options.oneSquareOf = part_;
     options.reach = reachOfOverlaps();
     options.controlReach = input.configuration.SearchRadius;
-    input.mayBeScarce = true;
+    options.weighsControl = true;
     const auto found = match(input.configuration, surfaces_, options, &solution, *run_.watcher);
-    if (found.correspondences < 100) return nullptr;
+    if (found.correspondences < fewest) return {};
     auto adjusted = adjustedBy(input, run_.trajectory, run_.watcher, true);
-    run_.tell(fmt::format("stability: start {} of {}: {} correspondences, {}", start + 1, starts,
-                          found.correspondences, adjusted.report.solver.termination));
-    return adjusted.report.solver.isConvergence() ? adjusted.parameters : nullptr;
+    if (!adjusted.report.solver.isConvergence()) return {};
+    return adjusted;
   }
 
   double reachOfOverlaps() {
@@ -222,7 +242,7 @@ class StabilityTest {
   Parameters adjusted_;
   ScratchFolder scratch_;
   Reach reach_;
-  unsigned int part_ = 1;
+  unsigned int part_ = 1, rounds_ = 0;
   double length_ = 0.0;
 };
 
@@ -233,16 +253,17 @@ StabilityReport stabilityOf(RunContext& run, SurfaceStore& surfaces, const Round
 }
 
 std::vector<std::string> warningsOf(const StabilityReport& stability) {
-  constexpr double roll = 0.02, pitch = 0.05, yaw = 0.1, range = 0.01, points = 0.02;
+  constexpr double roll = 0.02, pitch = 0.05, yaw = 0.1, range = 0.01, points = 0.03;
   std::vector<std::string> warnings;
   const std::array<double, 4> claimed{roll, pitch, yaw, range};
   for (std::size_t k = 0; k < stability.sums.size() && k < claimed.size(); ++k) {
     const auto& sum = stability.sums[k];
     if (!(sum.high - sum.low > 2.0 * claimed[k])) continue;
     warnings.push_back(fmt::format(
-        "The {} is not told by this flight: starts beside the result fit alike with {:.3f} to "
-        "{:.3f} {} (misalignment, offset and trajectory together).",
-        sum.name, sum.low, sum.high, sum.unit));
+        "The {} is not told by this flight: from starts beside the result it comes out between "
+        "{:.3f} and {:.3f} {}, and pairs fit to {:.2f} to {:.2f} cm.",
+        sum.name, sum.low, sum.high, sum.unit, 100.0 * stability.bestFit,
+        100.0 * stability.worstFit));
   }
   if (stability.points > points) {
     warnings.push_back(

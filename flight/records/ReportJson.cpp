@@ -236,6 +236,8 @@ void fields(auto& visit, Of<StabilityReport> auto& stability) {
   visit("length", stability.length);
   visit("starts", stability.starts);
   visit("failed", stability.failed);
+  visit("best_fit", stability.bestFit);
+  visit("worst_fit", stability.worstFit);
   visit("sums", stability.sums);
   visit("points", stability.points);
 }

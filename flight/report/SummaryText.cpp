@@ -169,7 +169,7 @@ std::string stabilityText(const StabilityReport& stability) {
                                  stability.starts, centimetres * stability.length,
                                  number(stability.points, centimetres, 6, 2));
   for (const auto& sum : stability.sums) {
-    text += fmt::format("  {:<8}{} {:<4} others from{} to{}\n", sum.name,
+    text += fmt::format("  {:<13}{} {:<4} others from{} to{}\n", sum.name,
                         number(sum.value, 1.0, 10, 4), sum.unit, number(sum.low, 1.0, 10, 4),
                         number(sum.high, 1.0, 10, 4));
   }

@@ -288,6 +288,7 @@ struct StableSum {
 struct StabilityReport {
   double length = 0.0;  ///< that each start was turned and shifted by [m]
   std::size_t starts = 0, failed = 0;
+  double bestFit = unknownFigure, worstFit = unknownFigure;  ///< RMS of the pairs among them [m]
   std::vector<StableSum> sums;
   /// 95 % quantile of the distances between points by the first start and by another [m].
   double points = unknownFigure;

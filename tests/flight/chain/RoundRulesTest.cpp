@@ -98,6 +98,13 @@ TEST(Rounds, EndWhenPointsAndCorrectionsAreAtRest) {
   Told noisy;  // a tenth of 14 cm
   noisy.rms = {0.2, 0.199, 0.1};
   EXPECT_EQ(run(noisy, {}).reports.size(), 2U);
+  Told wandering;  // 5 mm in each round, within the noise
+  wandering.rms = {0.03, 0.0295, 0.03, 0.0295};
+  RoundPlan plan;
+  plan.noise = 0.03;
+  const auto ended = run(wandering, plan);
+  EXPECT_EQ(ended.reports.size(), 3U);
+  EXPECT_THAT(ended.end, HasSubstr("as in the one before"));
   Told first;  // there is nothing to compare it with
   first.last = 0.01;
   first.rms = {0.01, 0.01};
@@ -187,7 +194,7 @@ TEST(Rounds, EndWithoutAModelWhereASolverDoesNotConverge) {
 
 TEST(Rounds, GoFromCoarseToFineAndPassOverWhatIsTooCoarse) {
   Told steps;
-  steps.found = {9, 10};
+  steps.found = {99, 100};
   steps.rms = {0.3, 0.1, 0.1};
   const auto result = run(steps, withCoarse(2));
   EXPECT_THAT(steps.scales, ElementsAre(2.0, DoubleNear(std::sqrt(2.0), 1e-12), 1.0, 1.0));

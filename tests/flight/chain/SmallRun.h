@@ -44,6 +44,7 @@ class SmallRun : public testing::Test {
     settings.configuration().RootPath = folder / "out";
     settings.match.maxCorrespondences = 1500;
     settings.rounds = 2;
+    settings.stability = false;
   }
 
   std::filesystem::path flight() const { return folder / "flight"; }
@@ -61,6 +62,13 @@ class SmallRun : public testing::Test {
       return error.what();
     }
     return "none";
+  }
+
+  /// Lines of steps; others tell of the points and of how far strips lie apart.
+  std::size_t steps() const {
+    return static_cast<std::size_t>(std::count_if(lines.begin(), lines.end(), [](const auto& line) {
+      return !line.starts_with("points ") && !line.starts_with("strips lie ");
+    }));
   }
 
   std::size_t skipped() const {

@@ -43,7 +43,7 @@ RunReport fullReport() {
   run.apart = ApartReport{0.5, {{0, 1, {1.0, 2.0, 3.0}, 99}}, unknownFigure, 2};
   run.rounds = {{1, 2.0, true, false, matching, {}}, {2, 1.0, false, true, matching, adjustment}};
   run.roundsEnd = "settled";
-  run.stability = StabilityReport{0.04, 3, 1, {{"roll", "deg", 0.1, 0.05, 0.2}}, 0.01};
+  run.stability = StabilityReport{0.04, 3, 1, 0.01, 0.02, {{"roll", "deg", 0.1, 0.05, 0.2}}, 0.01};
   run.adjustment = adjustment;
   run.model = ModelFiles{"00/s.txt", "00/p.txt", "00/i.txt"};
   run.datum = DatumReport{{"control"}, {"flat"}};

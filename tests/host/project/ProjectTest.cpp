@@ -218,7 +218,7 @@ TEST_F(ProjectFile, AsItIsWrittenReadsBackAlsoWithEveryDefaultAndExampleUncommen
   const std::string text = written("flight.velorn");
   EXPECT_THAT(text, AllOf(HasSubstr("\nmax-angle = 4.5\n"), HasSubstr("\nroot = \"rigorous\"\n")));
   EXPECT_THAT(written("sub/flight.velorn"), HasSubstr("\ntrajectory = [\"../t.kx\"]\n"));
-  EXPECT_THAT(text, HasSubstr("\n# search-radius = 3\n"));
+  EXPECT_THAT(text, HasSubstr("\n# max-roughness = 0\n"));
   EXPECT_EQ(refusal(text), "none");
   const std::string uncommented = std::regex_replace(text, std::regex("\n# ([a-z-]+ = )"), "\n$1");
   EXPECT_EQ(refusal(uncommented), "none");
