@@ -141,8 +141,7 @@ class Flight::Chain {
     if (!matches && !adjusts) return;
     RoundsResult rounds;
     RoundWork work(context_);
-    RoundPlan plan{matches, adjusts, {}, settings().rounds,
-                   context_.configuration().SearchRadius};
+    RoundPlan plan{matches, adjusts, {}, settings().rounds, context_.configuration().SearchRadius};
     if (context_.scale) plan.noise = context_.scale->noise;
     if (settings().coarseRounds >= 0) plan.coarse = settings().coarseRounds;
     try {

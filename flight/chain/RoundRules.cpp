@@ -105,9 +105,9 @@ class Rounds {
       return true;
     }
     if (!both_ || !isSettledBy(round, report)) return !both_;
-    result_.end = fmt::format("points moved by {:.2f} mm in the last round{}",
-                              1e3 * report.adjustment->moved,
-                              isAtRest(*report.adjustment) ? "" : ", about as in the one before");
+    result_.end =
+        fmt::format("points moved by {:.2f} mm in the last round{}", 1e3 * report.adjustment->moved,
+                    isAtRest(*report.adjustment) ? "" : ", about as in the one before");
     return true;
   }
 
@@ -148,8 +148,7 @@ class Rounds {
       steps_.tell(matchingLine(round.number, *done.matching, true));
       return done;
     }
-    const bool isLast =
-        !round.isCoarse() && (round.number == most_ || isSettledBy(round, done));
+    const bool isLast = !round.isCoarse() && (round.number == most_ || isSettledBy(round, done));
     if (isLast && matches_) steps_.match(round);
     result_.model = RoundModel{done.adjustment->files, steps_.digestOf(round)};
     steps_.tell(adjustmentLine(done));
@@ -190,7 +189,8 @@ class Rounds {
     }
     const double misfit = misfitOf(fit.groundTruth);
     if (!round.isCoarse() && std::isfinite(misfit)) {
-      round.controlRadius = std::min(farthestControl_, std::max(widest_, round.radius + 4.0 * misfit));
+      round.controlRadius =
+          std::min(farthestControl_, std::max(widest_, round.radius + 4.0 * misfit));
     }
   }
 

@@ -64,8 +64,8 @@ struct RoundPlan {
   /// Rounds that come first, each finer than the one before; none said: as many as the distance of
   /// the strips asks for.
   std::optional<unsigned int> coarse;
-  unsigned int fine = 10;  ///< rounds after them, at most
-  double widest = 3.0;     ///< search radius [m]
+  unsigned int fine = 10;        ///< rounds after them, at most
+  double widest = 3.0;           ///< search radius [m]
   double noise = unknownFigure;  ///< standard deviation of points along normals [m]
 };
 

@@ -260,8 +260,8 @@ AdjustmentReport RoundWork::adjust(const Round& round) {
   if (run_.does("+correspondences")) {
     std::optional<Solution> before;
     if (start) before.emplace(Solution{*start, run_.trajectory});
-    const Movement movement = movementOf(run_, before ? &*before : nullptr,
-                                         {*adjusted.parameters, run_.trajectory});
+    const Movement movement =
+        movementOf(run_, before ? &*before : nullptr, {*adjusted.parameters, run_.trajectory});
     adjusted.report.moved = movement.points;
     adjusted.report.movedByOne = movement.byOne;
   }

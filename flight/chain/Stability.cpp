@@ -109,8 +109,8 @@ double meanAttitude(const Velorn::SolverParameters& parameters, unsigned int axi
       const double middle = std::max(0.0, 0.5 * (end - section->first));
       double power = 1.0;
       for (unsigned int m = 0; m < 4; ++m, power *= middle) {
-        sum += power * parameters.getTrajectoryAngleCorrection(section->second.sectionID,
-                                                               4 * axis + m);
+        sum += power *
+               parameters.getTrajectoryAngleCorrection(section->second.sectionID, 4 * axis + m);
       }
       ++sections;
     }
@@ -201,10 +201,10 @@ class StabilityTest {
     if (!first) return {};
     const Solution there{*first->parameters, run_.trajectory};
     auto second = roundFrom(there, first->report.files);
-    run_.tell(fmt::format("stability: start {} of {}: {}", start + 1, starts,
-                          second ? fmt::format("pairs fit to {:.2f} cm",
-                                               100.0 * second->report.after.pairs.rms)
-                                 : "no result"));
+    run_.tell(fmt::format(
+        "stability: start {} of {}: {}", start + 1, starts,
+        second ? fmt::format("pairs fit to {:.2f} cm", 100.0 * second->report.after.pairs.rms)
+               : "no result"));
     return second;
   }
 

@@ -40,7 +40,8 @@ ApartReport measured(RunContext& run, double spacing) {
   std::vector<PlanHull> hulls;
   for (const auto& strip : run.strips) {
     withMemoryFor(strip.file.string(), [&] {
-      const auto places = GridFile(strip.file, run.configuration()).world<point>("Positions").whole();
+      const auto places =
+          GridFile(strip.file, run.configuration()).world<point>("Positions").whole();
       grids.emplace_back(*places, side);
       hulls.emplace_back(*places);
     });

@@ -8,8 +8,8 @@
 
 namespace Velorn::Flights {
 
-/// Looks at the rasters of all pairs of strips that overlap; what an earlier run has found about the
-/// same rasters counts.
+/// Looks at the rasters of all pairs of strips that overlap; what an earlier run has found about
+/// the same rasters counts.
 /// @param spacing  distance of neighbouring points [m]
 /// @throws Error that names a raster
 ApartReport stripsApart(RunContext& run, double spacing);

@@ -157,10 +157,9 @@ class Matcher {
   }
 
   void matchPair(const PlannedPair& pair, const PartnerSearch& search) {
-    MatchPoints candidates = surfaces_.raster(
-        pair.i, [&](const point& place) {
-          return part_.holds(place) && plan_.hulls[pair.j].holds(place, reach_);
-        });
+    MatchPoints candidates = surfaces_.raster(pair.i, [&](const point& place) {
+      return part_.holds(place) && plan_.hulls[pair.j].holds(place, reach_);
+    });
     georeference(surfaces_.files(pair.i).raster, pair.i, candidates);
     Found found;
     found.pairs =

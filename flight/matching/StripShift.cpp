@@ -12,11 +12,11 @@ namespace {
 
 using Geomra::PhysicalSpace::point;
 
-constexpr std::int64_t around = 4;         // cells to each side that relief is measured above
-constexpr std::size_t fewestAround = 27;   // of 81, so that a strip's border has no relief
-constexpr std::size_t sampled = 1000;      // cells of I that are compared
+constexpr std::int64_t around = 4;        // cells to each side that relief is measured above
+constexpr std::size_t fewestAround = 27;  // of 81, so that a strip's border has no relief
+constexpr std::size_t sampled = 1000;     // cells of I that are compared
 constexpr std::size_t fewestInCommon = 60;
-constexpr double clearly = 0.85;           // of the difference without a shift
+constexpr double clearly = 0.85;  // of the difference without a shift
 
 struct Sample {
   Cell cell;
@@ -66,8 +66,7 @@ class Comparison {
       const auto* const other = otherOf(one, columns, rows);
       if (!other || !other->hasRelief) continue;
       ++score.cells;
-      score.difference +=
-          std::min(cap_, std::abs(static_cast<double>(other->relief) - one.relief));
+      score.difference += std::min(cap_, std::abs(static_cast<double>(other->relief) - one.relief));
     }
     if (score.cells > 0) score.difference /= static_cast<double>(score.cells);
     return score;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// How far two strips lie apart, before any correspondence is known: the shift by which the relief of
-// the one fits that of the other best.
+// How far two strips lie apart, before any correspondence is known: the shift by which the relief
+// of the one fits that of the other best.
 //
 //     const HeightGrid first(rasterOfI, side), second(rasterOfJ, side);
 //     const auto shift = shiftBetween(first, second, reach);

@@ -165,9 +165,9 @@ std::string solverText(const AdjustmentReport& adjustment) {
 }
 
 std::string stabilityText(const StabilityReport& stability) {
-  std::string text = fmt::format("stability, {} starts {:.1f} cm beside the result: points within{} cm\n",
-                                 stability.starts, centimetres * stability.length,
-                                 number(stability.points, centimetres, 6, 2));
+  std::string text = fmt::format(
+      "stability, {} starts {:.1f} cm beside the result: points within{} cm\n", stability.starts,
+      centimetres * stability.length, number(stability.points, centimetres, 6, 2));
   for (const auto& sum : stability.sums) {
     text += fmt::format("  {:<13}{} {:<4} others from{} to{}\n", sum.name,
                         number(sum.value, 1.0, 10, 4), sum.unit, number(sum.low, 1.0, 10, 4),

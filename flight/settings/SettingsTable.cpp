@@ -83,8 +83,9 @@ std::vector<Setting> filesAndChain() {
        .place = [](FlightSettings& all) -> SettingPlace { return &all.coarseRounds; }},
       {.name = "stability",
        .group = chain,
-       .sentence = "after the last round the search begins anew from four starts beside the result; "
-                   "what they do not agree about is told",
+       .sentence =
+           "after the last round the search begins anew from four starts beside the result; "
+           "what they do not agree about is told",
        .place = [](FlightSettings& all) -> SettingPlace { return &all.stability; }},
       {.name = "compress",
        .group = chain,

@@ -69,12 +69,12 @@ struct RasterizingReport {
   double seconds = 0.0;
 };
 
-/// How far one strip lies from another, as delivered: the place of J minus that of I, to about three
-/// times the distance of the points.
+/// How far one strip lies from another, as delivered: the place of J minus that of I, to about
+/// three times the distance of the points.
 struct PairShift {
-  std::uint32_t i = 0, j = 0;      ///< file ids
-  std::array<double, 3> shift{};   ///< east, north, up [m]
-  std::size_t cells = 0;           ///< of the two surfaces that were compared
+  std::uint32_t i = 0, j = 0;     ///< file ids
+  std::array<double, 3> shift{};  ///< east, north, up [m]
+  std::size_t cells = 0;          ///< of the two surfaces that were compared
 
   double length() const { return std::hypot(shift[0], shift[1], shift[2]); }
 };
@@ -317,7 +317,7 @@ struct RunReport {
   std::optional<RasterizingReport> rasterizing;
   std::optional<ApartReport> apart;  ///< where the run decided on coarse rounds by itself
   std::vector<RoundReport> rounds;
-  std::string roundsEnd;  ///< why no other round was done
+  std::string roundsEnd;                       ///< why no other round was done
   std::optional<AdjustmentReport> adjustment;  ///< of the last round
   std::optional<ModelFiles> model;  ///< adjusted, as seen from the root; none without convergence
   std::optional<StabilityReport> stability;

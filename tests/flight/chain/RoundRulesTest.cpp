@@ -15,8 +15,8 @@ using testing::SizeIs;
 
 namespace {
 
-/// Steps of a flight that is not there: each adjustment gives the next RMS of a list, and moves points
-/// by ten times what the RMS has changed.
+/// Steps of a flight that is not there: each adjustment gives the next RMS of a list, and moves
+/// points by ten times what the RMS has changed.
 class Told final : public RoundSteps {
  public:
   ApartReport apart() override {

@@ -166,7 +166,8 @@ TEST(StepSettings, ThatChangeMakeARunDoTheirStepsAgainAndNoOther) {
   std::set<std::vector<Step>> seen;
   for (const auto& setting : settingsTable()) {
     // Another root holds nothing that was done, and more rounds are done for the first time.
-    const std::set<std::string> others{"root", "name", "steps", "rounds", "coarse-rounds", "stability"};
+    const std::set<std::string> others{"root",   "name",          "steps",
+                                       "rounds", "coarse-rounds", "stability"};
     if (others.contains(setting.name)) continue;
     if (!seen.insert(setting.steps).second && !setting.isPath) continue;
     change(setting, run.settings);
