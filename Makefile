@@ -6,8 +6,10 @@ packages:
 	@tools/install-packages
 
 # A goal of its own, so that packages are installed before anything else under `make -j`.
+# TOGETHER=ON makes one test program of each room in a new folder, sooner built as a whole.
+together = $(if $(TOGETHER),-DVELORN_TESTS_TOGETHER=$(TOGETHER))
 build/%/build.ninja: packages CMakeLists.txt CMakePresets.json
-	@cmake --preset $* >/dev/null || cmake --preset $*
+	@cmake --preset $* $(together) >/dev/null || cmake --preset $* $(together)
 
 all build: build/release/build.ninja
 	@cmake --build --preset release
@@ -37,9 +39,9 @@ tsan: build/tsan/build.ninja
 
 # Seconds of each fuzzer.
 FUZZ_SECONDS ?= 7
-fuzz: build/fuzz/build.ninja
+fuzz: build/dev/build.ninja
 	@cmake --build --preset fuzz
-	@tests/fuzz/run build/fuzz/tests/fuzz $(FUZZ_SECONDS)
+	@tests/fuzz/run build/dev/tests/fuzz $(FUZZ_SECONDS)
 
 # clang-tidy over every source, which takes most of an hour; `tools/check-tidy` alone looks at what changed.
 tidy: packages

@@ -19,6 +19,11 @@ target_compile_options(velorn_options INTERFACE -Wall -Wextra -Wpedantic -Wshado
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(velorn_options INTERFACE -Wno-restrict)  # g++ 12 reports std::string + "text" (its PR105329)
 endif()
+# Of files that are compiled together, names of one's unnamed namespace stand above another's, and g++ takes those of tests
+# for a header's.
+target_compile_options(velorn_options INTERFACE
+  $<$<OR:$<BOOL:${CMAKE_UNITY_BUILD}>,$<BOOL:$<TARGET_PROPERTY:VELORN_TESTS_TOGETHER>>>:-Wno-shadow>
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:$<TARGET_PROPERTY:VELORN_TESTS_TOGETHER>>>:-Wno-subobject-linkage>)
 if(VELORN_WARNINGS_AS_ERRORS)
   target_compile_options(velorn_options INTERFACE -Werror)
 endif()

@@ -58,13 +58,24 @@ function(velorn_objects_of variable)
 endfunction()
 
 # velorn_test(<folder> <file> LINKS <library>...): one test program of tests/<folder>, run by CTest in a folder of its own.
-# Of rooms that VELORN_UNTESTED_ROOMS matches it is neither run nor built with the rest.
+# Of rooms that VELORN_UNTESTED_ROOMS matches it is neither run nor built with the rest. With VELORN_TESTS_TOGETHER the
+# files of a folder make one program, compiled in one go, which CTest asks for the tests of one file after the other.
 function(velorn_test folder file)
   cmake_parse_arguments(PARSE_ARGV 2 TEST "" "" "LINKS")
   cmake_path(GET file STEM stem)
-  string(REPLACE "/" "_" target "${folder}_${stem}")
-  add_executable(${target} ${PROJECT_SOURCE_DIR}/tests/${folder}/${file})
-  set_target_properties(${target} PROPERTIES UNITY_BUILD OFF)
+  velorn_test_program(target ${folder} ${stem})
+  if(NOT TARGET ${target})
+    add_executable(${target})
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ${VELORN_TESTS_TOGETHER} UNITY_BUILD_BATCH_SIZE 0
+      VELORN_TESTS_TOGETHER ${VELORN_TESTS_TOGETHER})
+    if(VELORN_SANITIZE)  # what it tests is compiled as ever; the tests themselves are built in half the time
+      target_compile_options(${target} PRIVATE -O0)
+    endif()
+    if(VELORN_SANITIZE MATCHES "fuzzer")  # whose eyes are on the readers
+      target_compile_options(${target} PRIVATE -fno-sanitize=fuzzer-no-link)
+    endif()
+  endif()
+  target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/${folder}/${file})
   target_link_libraries(${target} PRIVATE velorn_options velorn_test_support ${TEST_LINKS})
   if(CMAKE_BUILD_TYPE STREQUAL "Release")  # what it tests is compiled as ever; the tests themselves are built sooner
     target_compile_options(${target} PRIVATE -O1)
@@ -76,6 +87,19 @@ function(velorn_test folder file)
     set_target_properties(${target} PROPERTIES EXCLUDE_FROM_ALL ON)
     return()
   endif()
-  add_test(NAME ${folder}/${stem} COMMAND ${target})
+  set(only "")
+  if(VELORN_TESTS_TOGETHER)
+    set(only ${file})
+  endif()
+  add_test(NAME ${folder}/${stem} COMMAND ${target} ${only})
   set_tests_properties(${folder}/${stem} PROPERTIES TIMEOUT 900)
+endfunction()
+
+# velorn_test_program(<variable> <folder> <test>): the program that has the tests of <folder>/<test>.cpp.
+function(velorn_test_program variable folder test)
+  if(VELORN_TESTS_TOGETHER)
+    set(test "tests")
+  endif()
+  string(REPLACE "/" "_" target "${folder}_${test}")
+  set(${variable} ${target} PARENT_SCOPE)
 endfunction()

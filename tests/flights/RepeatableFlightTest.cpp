@@ -106,9 +106,6 @@ std::map<std::string, std::string> filesIn(const fs::path& folder) {
 }
 
 TEST(RepeatableFlight, WritesTheSameBytesForAnyNumberOfThreads) {
-#ifdef VELORN_SANITIZED
-  GTEST_SKIP() << "many runs of the same code";
-#endif
   const TemporaryFolder scratch;
   const fs::path folder = scratch / "work";  // the same one each time: files name it
   const auto filesBy = [&](unsigned int threads) {
