@@ -23,11 +23,11 @@ using testing::ElementsAre;
 std::vector<Correspondence> noisy(std::size_t count, std::uint8_t code, double mean,
                                   double deviation) {
   std::mt19937_64 random(code);
-  std::normal_distribution<double> noise(mean, deviation), rough(0.02, 0.003);
+  std::normal_distribution<double> noise, rough(0.02, 0.003);
   std::vector<Correspondence> pairs(count);
   for (Correspondence& pair : pairs) {
     pair.code = code;
-    pair.distance = noise(random);
+    pair.distance = mean + deviation * noise(random);
     pair.roughnessI = rough(random);
     pair.roughnessJ = rough(random);
   }
