@@ -31,7 +31,7 @@ std::vector<point> cloud(double side, double perSquareMetre, double noise, const
   return points;
 }
 
-std::vector<std::uint32_t> allOf(const std::vector<point>& points) {
+std::vector<std::uint32_t> everyOne(const std::vector<point>& points) {
   std::vector<std::uint32_t> numbers(points.size());
   std::iota(numbers.begin(), numbers.end(), 0U);
   return numbers;
@@ -52,7 +52,7 @@ TEST(StripScale, FindsSpacingAndNoiseAmongVegetation) {
     const double wood = 0.25 * side;
     const auto points = cloud(side, density, noise,
                               [&](double x) { return 0.1 * x + (x < wood ? leaf(random) : 0.0); });
-    const StripScale scale = scaleOf(points, allOf(points));
+    const StripScale scale = scaleOf(points, everyOne(points));
     EXPECT_NEAR(scale.noise, noise * std::cos(std::atan(0.1)), 0.1 * noise) << density;
     EXPECT_NEAR(scale.spacing * std::sqrt(density), 1.05, 0.25) << density;
   }
