@@ -44,6 +44,7 @@ void run(const fs::path& folder, unsigned int threads) {
   settings.configuration().TypeModel = "BIAS";
   settings.raster.neighbours = 14;
   settings.rounds = 1;
+  settings.stability = false;
   settings.threads = threads;
   settings.repeatable = true;
   const Morvane::ConsoleRedirection silence([](std::string_view) {});
