@@ -129,8 +129,11 @@ AdjustmentReport reportOf(const Velorn::AdjustmentResult& result,
 }
 
 std::string notConverged(const Velorn::SolverEnd& end) {
-  return fmt::format("the solver ended with {}: {}; the unknowns are not to be used",
-                     end.termination, end.message);
+  // What its linear algebra says when memory is refused to it.
+  const bool lacksMemory = end.message.find("non-numeric causes") != std::string::npos;
+  return fmt::format("the solver ended with {}: {}{}; the unknowns are not to be used",
+                     end.termination, end.message,
+                     lacksMemory ? " (not enough memory, as a rule)" : "");
 }
 
 /// The objects of one run, in the order in which they need each other.
