@@ -115,10 +115,14 @@ class Rounds {
     if (!both_ || result_.reports.empty() || !result_.reports.back().adjustment) return;
     const auto& last = *result_.reports.back().adjustment;
     result_.end = fmt::format("{} rounds are the limit", most_ - coarse_);
+    const auto alone =
+        std::isfinite(last.movedByOne)
+            ? fmt::format(" (one global correction alone: {:.1f} mm)", 1e3 * last.movedByOne)
+            : std::string();
     result_.warnings.push_back(fmt::format(
-        "The rounds ended at their limit of {}, and the last one moved points by {:.1f} mm (one "
-        "global correction alone: {:.1f} mm): another round would change the result.",
-        most_ - coarse_, 1e3 * last.moved, 1e3 * last.movedByOne));
+        "The rounds ended at their limit of {}, and the last one moved points by {:.1f} "
+        "mm{}: another round would change the result.",
+        most_ - coarse_, 1e3 * last.moved, alone));
   }
 
   /// The matching of a round is looked at only when its adjustment has to be done, for the blocks

@@ -51,7 +51,8 @@ class UnwrittenFiles {
                          line.find(": Failed to open the file:") != std::string_view::npos;
     if (isFault && first_.empty()) first_ = line;
     // It means locked strips, too; the report names each section that is held, and why.
-    const bool isTold = line.find("some section have low number of correspondeces") != line.npos;
+    const bool isTold =
+        line.find("some section have low number of correspondeces") != std::string_view::npos;
     if (before_ && !isTold) before_(line);
   }
 
