@@ -32,6 +32,7 @@ double controlWeight(double misfit, double spread) {
 void weigh(std::vector<ControlItem>& items, double disagreement) {
   constexpr double normalised = 1.4826;  // from the median of |x| to a standard deviation
   std::vector<double> misfits;
+  misfits.reserve(items.size());
   for (const ControlItem& item : items) misfits.push_back(item.misfit);
   const double spread = controlSpread(misfits, normalised * disagreement);
   for (ControlItem& item : items) item.weight = controlWeight(item.misfit, spread);

@@ -85,7 +85,7 @@ std::vector<Spot> spotsAbout(const point& seed, std::span<const point> points,
 double commonOfSmoother(std::vector<float> values) {
   if (values.empty()) return unknown;
   std::sort(values.begin(), values.end());
-  double middle = static_cast<double>(values[values.size() / 4]);
+  auto middle = static_cast<double>(values[values.size() / 4]);
   for (int k = 0; k < 20; ++k) {
     const auto at = [&](double value) {
       return std::lower_bound(values.begin(), values.end(), static_cast<float>(value));
