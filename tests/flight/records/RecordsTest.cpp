@@ -68,6 +68,22 @@ TEST(ReportJson, ReadsBackWhatItWrote) {
   EXPECT_FALSE(none.adjustment || none.rasterizing || none.datum);
 }
 
+TEST(ReportJson, ReadsWhatEarlierProgramsOfItsVersionWrote) {
+  auto json = jsonOf(fullReport());
+  for (const char* name : {"scale", "apart", "rounds_end", "stability"}) json.erase(name);
+  for (auto* adjustment : {&json["adjustment"], &json["rounds"][1]["adjustment"]}) {
+    for (const char* name : {"moved", "moved_by_one", "redundancy", "control"}) {
+      adjustment->erase(name);
+    }
+  }
+  for (const char* name : {"control", "support"}) json["rounds"][1]["matching"].erase(name);
+  RunReport read;
+  fromJson(json, read);
+  EXPECT_TRUE(std::isnan(read.adjustment->moved));
+  EXPECT_FALSE(read.apart || read.stability || read.scale);
+  EXPECT_EQ(read.rounds[1].matching->correspondences, 77U);
+}
+
 TEST(ReportJson, RefusesWhatIsNoReport) {
   const auto good = jsonOf(fullReport());
   for (const char* key : {"schema", "version", "strips", "rounds", "adjustment"}) {
