@@ -28,8 +28,10 @@ std::string CeresOptimization::computeStatistics(AdjustmentResult& figures) cons
                             return text.empty() ? add(after, true) : text;
                           });
   if (!fault.empty()) return fault;
-  before.hist();
-  after.hist();
+  if (settings.drawsPlots) {
+    before.hist();
+    after.hist();
+  }
   figures.before = before.figures();
   figures.after = after.figures();
   return {};

@@ -25,31 +25,18 @@ MatchPoints sampleOf(SurfaceStore& surfaces, std::uint32_t strip) {
   return points;
 }
 
-/// Of many points: their distance from the scanner, and from the line below it [m].
-struct Reaches {
-  std::vector<double> ranges, aside;
-
-  void add(const MatchPoints& points) {
-    for (const point& place : points.scanner) {
-      ranges.push_back(lengthOf(place - point{}));
-      aside.push_back(std::hypot(place.y, place.z));
-    }
-  }
-  double range() { return OrvekStatistic::quantileInPlace(ranges, 0.5); }
-  double widthAside() { return OrvekStatistic::quantileInPlace(aside, 0.5); }
-};
-
 double byOne(const Velorn::SolverParameters& before, const Velorn::SolverParameters& after,
-             Reaches& reaches) {
-  const double range = reaches.range(), aside = reaches.widthAside();
+             const Reach& reach) {
   double largest = 0.0;
   const auto look = [&](double change) { largest = std::max(largest, std::abs(change)); };
   for (unsigned int k = 0; k < 3; ++k) {
-    look((after.getRangeAngleOffset(k) - before.getRangeAngleOffset(k)) * (k == 0 ? 1.0 : range));
-    look((after.getMisalignment(k) - before.getMisalignment(k)) * (k == 2 ? aside : range));
+    look((after.getRangeAngleOffset(k) - before.getRangeAngleOffset(k)) *
+         (k == 0 ? 1.0 : reach.range));
+    look((after.getMisalignment(k) - before.getMisalignment(k)) *
+         (k == 2 ? reach.aside : reach.range));
     look(after.getLeverArm(k) - before.getLeverArm(k));
   }
-  look((after.getRangeAngleScale(0) - before.getRangeAngleScale(0)) * range);
+  look((after.getRangeAngleScale(0) - before.getRangeAngleScale(0)) * reach.range);
   return largest;
 }
 
@@ -65,10 +52,22 @@ std::vector<double> distancesOf(const std::vector<point>& from, const std::vecto
 
 }  // namespace
 
+Reach reachOf(RunContext& run) {
+  std::vector<double> ranges, aside;
+  for (std::uint32_t strip = 0; strip < run.surfaces.size(); ++strip) {
+    for (const point& place : sampleOf(run.surfaces, strip).scanner) {
+      ranges.push_back(lengthOf(place - point{}));
+      aside.push_back(std::hypot(place.y, place.z));
+    }
+  }
+  const Reach least;
+  return {std::fmax(least.range, OrvekStatistic::quantileInPlace(ranges, 0.5)),
+          std::fmax(least.aside, OrvekStatistic::quantileInPlace(aside, 0.5))};
+}
+
 Movement movementOf(RunContext& run, const Solution* before, const Solution& after) {
   constexpr double most = 0.95;
   Movement movement;
-  Reaches reaches;
   for (std::uint32_t strip = 0; strip < run.surfaces.size(); ++strip) {
     const MatchPoints points = sampleOf(run.surfaces, strip);
     const auto places = [&](const Solution& solution) {
@@ -80,10 +79,9 @@ Movement movementOf(RunContext& run, const Solution* before, const Solution& aft
     if (distances.empty()) continue;
     const double its = OrvekStatistic::quantileInPlace(distances, most);
     movement.points = std::fmax(movement.points, its);
-    reaches.add(points);
   }
-  if (before && !reaches.ranges.empty()) {
-    movement.byOne = byOne(before->parameters, after.parameters, reaches);
+  if (before && std::isfinite(movement.points)) {
+    movement.byOne = byOne(before->parameters, after.parameters, reachOf(run));
   }
   return movement;
 }

@@ -9,6 +9,15 @@
 
 namespace Velorn::Flights {
 
+/// Medians over some thousand points of each raster [m], at least a metre each.
+struct Reach {
+  double range = 1.0;  ///< from the scanner
+  double aside = 1.0;  ///< from the line below it
+};
+
+/// @throws Error that names the file
+Reach reachOf(RunContext& run);
+
 /// From one solution to another.
 struct Movement {
   /// 95 % quantile of the distances between a strip's points, of the strip that moves most [m].

@@ -105,6 +105,14 @@ MatchOptions matchOptionsOf(const RunContext& run) {
   return options;
 }
 
+std::shared_ptr<const Velorn::SolverParameters> restoredParameters(const RunContext& run,
+                                                                   const ModelFiles& files) {
+  auto restored =
+      std::make_shared<Velorn::SolverParameters>(run.files.getStripFiles(), run.configuration());
+  orFail(restored->restore(files.sections, files.parameters, files.stripIds));
+  return restored;
+}
+
 AdjustmentInput adjustmentInputOf(const RunContext& run, const Round& round) {
   AdjustmentInput input;
   input.strips = run.files.getStripFiles();
@@ -186,10 +194,7 @@ MatchReport RoundWork::match(const Round& round) {
 std::shared_ptr<const Velorn::SolverParameters> RoundWork::parametersOf(
     const RoundModel& model) const {
   if (adjustedFiles_ && adjustedFiles_->parameters == model.files.parameters) return adjusted_;
-  auto restored =
-      std::make_shared<Velorn::SolverParameters>(run_.files.getStripFiles(), run_.configuration());
-  orFail(restored->restore(model.files.sections, model.files.parameters, model.files.stripIds));
-  return restored;
+  return restoredParameters(run_, model.files);
 }
 
 MatchReport RoundWork::matchAnew(const Round& round) {

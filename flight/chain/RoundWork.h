@@ -20,6 +20,11 @@ struct MatchOptions;
 /// How a run matches where its strips do not lie far apart.
 MatchOptions matchOptionsOf(const RunContext& run);
 
+/// The model of the files, of the run's strips.
+/// @throws Error that names the file
+std::shared_ptr<const Velorn::SolverParameters> restoredParameters(const RunContext& run,
+                                                                   const ModelFiles& files);
+
 /// What an adjustment of a run takes: the folder of its blocks, and the start of the round.
 AdjustmentInput adjustmentInputOf(const RunContext& run, const Round& round);
 

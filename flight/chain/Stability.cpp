@@ -13,9 +13,7 @@
 #include "flight/chain/PointMovement.h"
 #include "flight/chain/RoundWork.h"
 #include "flight/matching/Match.h"
-#include "flight/strips/OrFail.h"
 #include "platform/geomra/Degree.h"
-#include "platform/orvek/Figures.h"
 
 namespace Velorn::Flights {
 namespace {
@@ -48,25 +46,6 @@ class ScratchFolder {
  private:
   fs::path folder_;
 };
-
-/// Half-width of the swath and range, medians over the rasters' points [m].
-struct Reach {
-  double aside = 1.0, range = 1.0;
-};
-
-Reach reachOf(RunContext& run) {
-  std::vector<double> aside, ranges;
-  for (std::uint32_t strip = 0; strip < run.surfaces.size(); ++strip) {
-    const auto points = run.surfaces.raster(strip, [](const point&) { return true; });
-    for (std::size_t k = 0; k < points.size(); k += 1 + points.size() / 1000) {
-      aside.push_back(std::hypot(points.scanner[k].y, points.scanner[k].z));
-      ranges.push_back(lengthOf(points.scanner[k] - point{}));
-    }
-  }
-  constexpr double least = 1.0;
-  return {std::fmax(least, OrvekStatistic::quantileInPlace(aside, 0.5)),
-          std::fmax(least, OrvekStatistic::quantileInPlace(ranges, 0.5))};
-}
 
 /// Signs of the columns of a factorial design in as many runs as there are starts; a column further
 /// on is a product of the first ones, so that strips do not all go the same way.
@@ -137,7 +116,7 @@ class StabilityTest {
       : run_(run),
         surfaces_(surfaces),
         last_(last),
-        adjusted_(restored(last.adjustment->files)),
+        adjusted_(restoredParameters(run, last.adjustment->files)),
         scratch_(run.folder.status() / "stability"),
         reach_(reachOf(run)) {
     part_ = static_cast<unsigned int>(
@@ -185,13 +164,6 @@ class StabilityTest {
     return {low, high};
   }
 
-  Parameters restored(const ModelFiles& files) const {
-    auto parameters = std::make_shared<Velorn::SolverParameters>(run_.files.getStripFiles(),
-                                                                 run_.configuration());
-    orFail(parameters->restore(files.sections, files.parameters, files.stripIds));
-    return parameters;
-  }
-
   /// Two rounds, for what one does not reach is no other result.
   /// @return null where the start does not lead to a result
   std::optional<Adjusted> from(std::size_t start) {
@@ -218,6 +190,7 @@ class StabilityTest {
     input.configuration.SearchRadius = last_.matching->searchRadius + 2.0 * length_;
     input.correspondences = scratch_.path() / input.configuration.getCorrespondencePath();
     input.settings.fewestGroundTruth = 0;
+    input.settings.drawsPlots = false;
     input.mayBeScarce = true;
     MatchOptions options = matchOptionsOf(run_);
     options.oneSquareOf = part_;

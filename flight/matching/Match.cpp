@@ -142,10 +142,10 @@ class Matcher {
     const double reach = reach_ + rules_.neighbourRadius,
                  controlReach = std::max(reach_, controlReach_) + rules_.neighbourRadius;
     MatchPoints points = surfaces_.planar(j, [&](const point& place) {
-      if (!isKnown && !part_.isNear(place, reach)) return false;
-      const bool isOverlap = std::any_of(pairs.begin(), pairs.end(), [&](const auto& pair) {
-        return plan_.hulls[pair.i].holds(place, reach);
-      });
+      const bool isOverlap = part_.isNear(place, reach) &&
+                             std::any_of(pairs.begin(), pairs.end(), [&](const auto& pair) {
+                               return plan_.hulls[pair.i].holds(place, reach);
+                             });
       return isOverlap || (isKnown && groundTruth_.isNear(place, controlReach));
     });
     georeference(surfaces_.files(j).planar, j, points);

@@ -36,6 +36,7 @@ struct AdjustmentSettings {
   /// Correspondences with the ground truth that a run needs. 0 makes a relative adjustment:
   /// nothing then controls absolute position and tilt.
   unsigned int fewestGroundTruth = 100;
+  bool drawsPlots = true;  ///< into the statistic folder
   /// Asked before the solver begins and after each of its steps, on the caller's thread; true ends
   /// the run. Must not throw. Empty: never.
   std::function<bool()> isCancelled;

@@ -345,7 +345,7 @@ TEST_P(OneKindOfErrors, IsFoundAgainAmongAllUnknownsAndByThoseOfItsSideAlone) {
   auto locked = input();
   if (!isOfTrajectory) locked.configuration.LockedStrips = {0, 1, 2, 3};
   Library library(locked);
-  if (isOfTrajectory) library.optimization.settings = {false, false, false, false, 100, {}};
+  if (isOfTrajectory) library.optimization.settings = {false, false, false, false, 100, false, {}};
   expectFound(library);
   for (unsigned int section = 0; section < 4; ++section) {
     EXPECT_EQ(isUntouched(library.parameters, section), !isOfTrajectory) << section;
