@@ -20,48 +20,56 @@ namespace {
 constexpr double cellsOfSpacing = 3.0;  // smaller cells have holes
 constexpr double reachInCells = 32.0;
 
-/// Median height of ground truth above the strips' cells that it lies in [m].
-double controlAbove(const std::vector<point>& known, const std::vector<HeightGrid>& grids) {
-  std::vector<double> heights;
-  for (const HeightGrid& grid : grids) {
-    for (const point& place : known) {
-      const auto* const height = grid.cells().find(cellOf(place, grid.side()));
-      if (height) heights.push_back(place.z - height->mean());
-    }
+/// Of ground truth, the heights above the strip's cells that it lies in [m].
+void addControlAbove(const std::vector<point>& known, const HeightGrid& grid,
+                     std::vector<double>& heights) {
+  for (const point& place : known) {
+    const auto* const height = grid.cells().find(cellOf(place, grid.side()));
+    if (height) heights.push_back(place.z - height->mean());
   }
-  return OrvekStatistic::quantileInPlace(heights, 0.5);
+}
+
+/// What is kept of a strip for those that come after it.
+struct Outline {
+  PlanHull hull;
+  std::vector<ReliefCell> relief;
+};
+
+/// The shifts of a strip against those before it.
+std::vector<PairShift> shiftsTo(std::uint32_t j, const PlanHull& hull, const HeightGrid& grid,
+                                const std::vector<Outline>& before) {
+  std::vector<PairShift> pairs(before.size());
+  forEachInParallel(0, before.size(), 1, [&](std::size_t i) {
+    if (before[i].hull.isApartFrom(hull, 0.0)) return;
+    const auto shift = shiftBetween(before[i].relief, grid, reachInCells * grid.side());
+    if (!shift) return;
+    pairs[i] = {
+        static_cast<std::uint32_t>(i), j, {shift->east, shift->north, shift->up}, shift->cells};
+  });
+  std::erase_if(pairs, [](const PairShift& pair) { return pair.cells == 0; });
+  return pairs;
 }
 
 ApartReport measured(RunContext& run, double spacing) {
   ApartReport report;
   report.spacing = spacing;
   const double side = std::max(1e-3, cellsOfSpacing * spacing);
-  std::vector<HeightGrid> grids;
-  std::vector<PlanHull> hulls;
+  const auto& known = run.surfaces.knownPoints().places;
+  std::vector<double> controlAbove;
+  std::vector<Outline> strips;
   for (const auto& strip : run.strips) {
     withMemoryFor(strip.file.string(), [&] {
       const auto places =
           GridFile(strip.file, run.configuration()).world<point>("Positions").whole();
-      grids.emplace_back(*places, side);
-      hulls.emplace_back(*places);
+      const HeightGrid grid(*places, side);
+      PlanHull hull(*places);
+      const auto pairs = shiftsTo(static_cast<std::uint32_t>(strips.size()), hull, grid, strips);
+      report.pairs.insert(report.pairs.end(), pairs.begin(), pairs.end());
+      addControlAbove(known, grid, controlAbove);
+      strips.push_back({std::move(hull), reliefOf(grid)});
     });
   }
-  std::vector<PairShift> pairs;
-  for (std::uint32_t i = 0; i < grids.size(); ++i) {
-    for (std::uint32_t j = i + 1; j < grids.size(); ++j) {
-      if (!hulls[i].isApartFrom(hulls[j], 0.0)) pairs.push_back({i, j});
-    }
-  }
-  forEachInParallel(0, pairs.size(), 1, [&](std::size_t k) {
-    const auto shift = shiftBetween(grids[pairs[k].i], grids[pairs[k].j], reachInCells * side);
-    if (!shift) return;
-    pairs[k].shift = {shift->east, shift->north, shift->up};
-    pairs[k].cells = shift->cells;
-  });
-  report.control = controlAbove(run.surfaces.knownPoints().places, grids);
-  for (const PairShift& pair : pairs) {
-    if (pair.cells > 0) report.pairs.push_back(pair);
-  }
+  report.control = OrvekStatistic::quantileInPlace(controlAbove, 0.5);
   return report;
 }
 

@@ -14,22 +14,18 @@ using Geomra::PhysicalSpace::point;
 
 constexpr std::int64_t around = 4;        // cells to each side that relief is measured above
 constexpr std::size_t fewestAround = 27;  // of 81, so that a strip's border has no relief
-constexpr std::size_t sampled = 1000;     // cells of I that are compared
+constexpr std::size_t ofStrip = 16'000;   // cells of a strip that are remembered
+constexpr std::size_t compared = 1000;    // cells of I
 constexpr std::size_t fewestInCommon = 60;
 constexpr double clearly = 0.85;  // of the difference without a shift
 
-struct Sample {
-  Cell cell;
-  double height, relief;
-};
-
-/// Cells of I that have relief, evenly from all of them that J's cells surround.
-std::vector<Sample> samplesOf(const HeightGrid& i) {
-  std::vector<Sample> all;
-  for (const auto& [cell, height] : i.cells().entries()) {
-    if (height.hasRelief) all.push_back({cell, height.mean(), static_cast<double>(height.relief)});
-  }
-  return all;
+/// So many of the values, evenly, and no fewer than half of that where there are as many.
+template <typename Value>
+std::vector<Value> some(const std::vector<Value>& all, std::size_t most) {
+  const std::size_t step = all.size() / most + 1;
+  std::vector<Value> chosen;
+  for (std::size_t k = 0; k < all.size(); k += step) chosen.push_back(all[k]);
+  return chosen;
 }
 
 bool isNear(const HeightGrid& grid, const Cell& cell, std::int64_t cells) {
@@ -42,17 +38,17 @@ bool isNear(const HeightGrid& grid, const Cell& cell, std::int64_t cells) {
 }
 
 /// Relief that differs by more counts alike: a wall that stands elsewhere is as wrong as a shed.
-double capOf(const std::vector<Sample>& samples) {
+double capOf(const std::vector<ReliefCell>& samples) {
   std::vector<double> amounts;
   amounts.reserve(samples.size());
-  for (const Sample& one : samples) amounts.push_back(std::abs(one.relief));
+  for (const ReliefCell& one : samples) amounts.push_back(std::abs(one.relief));
   constexpr double most = 0.8;
   return std::max(0.05, OrvekStatistic::quantileInPlace(amounts, most));
 }
 
 class Comparison {
  public:
-  Comparison(std::vector<Sample> samples, const HeightGrid& j)
+  Comparison(std::vector<ReliefCell> samples, const HeightGrid& j)
       : samples_(std::move(samples)), j_(j), cap_(capOf(samples_)) {}
 
   struct Score {
@@ -62,7 +58,7 @@ class Comparison {
 
   Score at(std::int64_t columns, std::int64_t rows) const {
     Score score;
-    for (const Sample& one : samples_) {
+    for (const ReliefCell& one : samples_) {
       const auto* const other = otherOf(one, columns, rows);
       if (!other || !other->hasRelief) continue;
       ++score.cells;
@@ -74,7 +70,7 @@ class Comparison {
 
   double heightAt(std::int64_t columns, std::int64_t rows) const {
     std::vector<double> differences;
-    for (const Sample& one : samples_) {
+    for (const ReliefCell& one : samples_) {
       const auto* const other = otherOf(one, columns, rows);
       if (other) differences.push_back(other->mean() - one.height);
     }
@@ -82,12 +78,12 @@ class Comparison {
   }
 
  private:
-  const HeightGrid::Height* otherOf(const Sample& one, std::int64_t columns,
+  const HeightGrid::Height* otherOf(const ReliefCell& one, std::int64_t columns,
                                     std::int64_t rows) const {
     return j_.cells().find({one.cell.column + columns, one.cell.row + rows});
   }
 
-  std::vector<Sample> samples_;
+  std::vector<ReliefCell> samples_;
   const HeightGrid& j_;
   double cap_;
 };
@@ -127,14 +123,21 @@ double StripShift::length() const {
   return std::sqrt(east * east + north * north + up * up);
 }
 
-std::optional<StripShift> shiftBetween(const HeightGrid& i, const HeightGrid& j, double reach) {
-  const auto most = static_cast<std::int64_t>(std::ceil(reach / i.side()));
-  std::vector<Sample> samples = samplesOf(i);
-  std::erase_if(samples, [&](const Sample& one) { return !isNear(j, one.cell, most / 2); });
-  const std::size_t step = samples.size() / sampled + 1;
-  std::vector<Sample> some;
-  for (std::size_t k = 0; k < samples.size(); k += step) some.push_back(samples[k]);
-  const Comparison comparison(std::move(some), j);
+std::vector<ReliefCell> reliefOf(const HeightGrid& grid) {
+  std::vector<ReliefCell> all;
+  for (const auto& [cell, height] : grid.cells().entries()) {
+    if (height.hasRelief) all.push_back({cell, height.mean(), static_cast<double>(height.relief)});
+  }
+  return some(all, ofStrip);
+}
+
+std::optional<StripShift> shiftBetween(std::span<const ReliefCell> i, const HeightGrid& j,
+                                       double reach) {
+  const auto most = static_cast<std::int64_t>(std::ceil(reach / j.side()));
+  std::vector<ReliefCell> samples;
+  std::ranges::copy_if(i, std::back_inserter(samples),
+                       [&](const ReliefCell& one) { return isNear(j, one.cell, most / 2); });
+  const Comparison comparison(some(samples, compared), j);
   const auto none = comparison.at(0, 0);
   auto best = none;
   std::int64_t east = 0, north = 0;
@@ -152,7 +155,7 @@ std::optional<StripShift> shiftBetween(const HeightGrid& i, const HeightGrid& j,
   if (none.cells >= fewestInCommon && best.difference > clearly * none.difference) {
     east = north = 0;
   }
-  return StripShift{static_cast<double>(east) * i.side(), static_cast<double>(north) * i.side(),
+  return StripShift{static_cast<double>(east) * j.side(), static_cast<double>(north) * j.side(),
                     comparison.heightAt(east, north), best.cells};
 }
 

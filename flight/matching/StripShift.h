@@ -4,8 +4,8 @@
 // How far two strips lie apart, before any correspondence is known: the shift by which the relief
 // of the one fits that of the other best.
 //
-//     const HeightGrid first(rasterOfI, side), second(rasterOfJ, side);
-//     const auto shift = shiftBetween(first, second, reach);
+//     const auto relief = reliefOf(HeightGrid(pointsOfI, side));
+//     const auto shift = shiftBetween(relief, HeightGrid(pointsOfJ, side), reach);
 #pragma once
 
 #include <cstddef>
@@ -44,6 +44,15 @@ class HeightGrid {
   CellTable<Height> cells_;
 };
 
+struct ReliefCell {
+  Cell cell;
+  double height = 0.0, relief = 0.0;  ///< [m]
+};
+
+/// Cells that have relief, some thousand of all parts of the strip: far less than the grid, so that
+/// those of many strips fit into memory.
+std::vector<ReliefCell> reliefOf(const HeightGrid& grid);
+
 /// Places of J minus those of I.
 struct StripShift {
   double east = 0.0, north = 0.0, up = 0.0;  ///< [m]
@@ -56,8 +65,10 @@ struct StripShift {
 /// relief, where great differences count alike (template matching by a truncated norm). No shift in
 /// plan unless it differs clearly less than none does: level ground tells nothing. The shift in
 /// height is the median difference of what then lies above each other.
+/// @param i      of a grid with cells as large as those of J
 /// @param reach  in east and north each [m]
 /// @return nothing for strips that have too few cells in common
-std::optional<StripShift> shiftBetween(const HeightGrid& i, const HeightGrid& j, double reach);
+std::optional<StripShift> shiftBetween(std::span<const ReliefCell> i, const HeightGrid& j,
+                                       double reach);
 
 }  // namespace Velorn::Flights

@@ -37,7 +37,7 @@ std::vector<point> strip(unsigned seed, const point& moved, double tilt, bool is
 
 TEST(StripShift, IsFoundWithinACellWhateverTiltAndHeight) {
   constexpr double side = 2.0;
-  const HeightGrid first(strip(1, {}, 0.0), side);
+  const auto first = reliefOf(HeightGrid(strip(1, {}, 0.0), side));
   for (const point& moved : {point{}, point{12.0, -22.0, 3.5}, point{-31.0, 5.0, -0.7}}) {
     const HeightGrid second(strip(2, moved, 0.02), side);
     const auto shift = shiftBetween(first, second, 40.0);
@@ -49,7 +49,7 @@ TEST(StripShift, IsFoundWithinACellWhateverTiltAndHeight) {
 }
 
 TEST(StripShift, IsNoneInPlanOnLevelGround) {
-  const HeightGrid first(strip(1, {}, 0.0, true), 2.0);
+  const auto first = reliefOf(HeightGrid(strip(1, {}, 0.0, true), 2.0));
   const HeightGrid second(strip(2, {6.0, 8.0, 1.0}, 0.0, true), 2.0);
   const auto shift = shiftBetween(first, second, 40.0);
   ASSERT_TRUE(shift);
@@ -59,10 +59,11 @@ TEST(StripShift, IsNoneInPlanOnLevelGround) {
 }
 
 TEST(StripShift, IsNotKnownWithoutSurfacesInCommon) {
-  const HeightGrid first(strip(1, {}, 0.0), 2.0);
-  EXPECT_FALSE(shiftBetween(first, HeightGrid(strip(2, {500.0, 0.0, 0.0}, 0.0), 2.0), 40.0));
-  EXPECT_FALSE(shiftBetween(first, HeightGrid({}, 2.0), 40.0));
-  EXPECT_FALSE(shiftBetween(HeightGrid({}, 2.0), first, 40.0));
+  const HeightGrid first(strip(1, {}, 0.0), 2.0), none({}, 2.0);
+  const auto relief = reliefOf(first);
+  EXPECT_FALSE(shiftBetween(relief, HeightGrid(strip(2, {500.0, 0.0, 0.0}, 0.0), 2.0), 40.0));
+  EXPECT_FALSE(shiftBetween(relief, none, 40.0));
+  EXPECT_FALSE(shiftBetween(reliefOf(none), first, 40.0));
 }
 
 }  // namespace
