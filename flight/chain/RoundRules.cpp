@@ -218,7 +218,7 @@ class Rounds {
   /// Points that move within their noise, and not less than in the round before: each round finds
   /// other partners among the noise, and another one would do the same.
   bool wanders(const AdjustmentReport& adjustment) const {
-    constexpr double less = 0.5, withinNoise = 0.5;
+    constexpr double less = 0.75, withinNoise = 0.5;
     if (result_.reports.empty() || result_.reports.back().isCoarse()) return false;
     const auto& before = result_.reports.back().adjustment;
     return before && adjustment.moved > less * before->moved &&
