@@ -7,11 +7,13 @@
 
 #include <fmt/format.h>
 
+#include "flight/chain/PointMovement.h"
 #include "flight/matching/PlanHull.h"
 #include "flight/matching/StripShift.h"
 #include "flight/strips/EnoughMemory.h"
 #include "flight/strips/GridFile.h"
 #include "flight/strips/ParallelLoop.h"
+#include "platform/geomra/Degree.h"
 #include "platform/orvek/Figures.h"
 
 namespace Velorn::Flights {
@@ -19,6 +21,12 @@ namespace {
 
 constexpr double cellsOfSpacing = 3.0;  // smaller cells have holes
 constexpr double reachInCells = 32.0;
+constexpr double fewestCells = 4.0;
+
+/// As far as mountings and trajectories are ever off: 10 m and 3° [m].
+double reachOfErrors(RunContext& run) {
+  return 10.0 + 3.0 * Geomra::degree * reachOf(run).range;
+}
 
 /// Of ground truth, the heights above the strip's cells that it lies in [m].
 void addControlAbove(const std::vector<point>& known, const HeightGrid& grid,
@@ -37,11 +45,11 @@ struct Outline {
 
 /// The shifts of a strip against those before it.
 std::vector<PairShift> shiftsTo(std::uint32_t j, const PlanHull& hull, const HeightGrid& grid,
-                                const std::vector<Outline>& before) {
+                                const std::vector<Outline>& before, double reach) {
   std::vector<PairShift> pairs(before.size());
   forEachInParallel(0, before.size(), 1, [&](std::size_t i) {
     if (before[i].hull.isApartFrom(hull, 0.0)) return;
-    const auto shift = shiftBetween(before[i].relief, grid, reachInCells * grid.side());
+    const auto shift = shiftBetween(before[i].relief, grid, reach);
     if (!shift) return;
     pairs[i] = {
         static_cast<std::uint32_t>(i), j, {shift->east, shift->north, shift->up}, shift->cells};
@@ -54,6 +62,7 @@ ApartReport measured(RunContext& run, double spacing) {
   ApartReport report;
   report.spacing = spacing;
   const double side = std::max(1e-3, cellsOfSpacing * spacing);
+  const double reach = std::clamp(reachOfErrors(run), fewestCells * side, reachInCells * side);
   const auto& known = run.surfaces.knownPoints().places;
   std::vector<double> controlAbove;
   std::vector<Outline> strips;
@@ -63,7 +72,8 @@ ApartReport measured(RunContext& run, double spacing) {
           GridFile(strip.file, run.configuration()).world<point>("Positions").whole();
       const HeightGrid grid(*places, side);
       PlanHull hull(*places);
-      const auto pairs = shiftsTo(static_cast<std::uint32_t>(strips.size()), hull, grid, strips);
+      const auto pairs =
+          shiftsTo(static_cast<std::uint32_t>(strips.size()), hull, grid, strips, reach);
       report.pairs.insert(report.pairs.end(), pairs.begin(), pairs.end());
       addControlAbove(known, grid, controlAbove);
       strips.push_back({std::move(hull), reliefOf(grid)});

@@ -139,22 +139,20 @@ std::optional<StripShift> shiftBetween(std::span<const ReliefCell> i, const Heig
                        [&](const ReliefCell& one) { return isNear(j, one.cell, most / 2); });
   const Comparison comparison(some(samples, compared), j);
   const auto none = comparison.at(0, 0);
+  if (none.cells < fewestInCommon) return {};
   auto best = none;
   std::int64_t east = 0, north = 0;
   for (std::int64_t columns = -most; columns <= most; ++columns) {
     for (std::int64_t rows = -most; rows <= most; ++rows) {
       const auto score = comparison.at(columns, rows);
       if (score.cells < fewestInCommon || 2 * score.cells < none.cells) continue;
-      if (best.cells >= fewestInCommon && !(score.difference < best.difference)) continue;
+      if (!(score.difference < best.difference)) continue;
       best = score;
       east = columns;
       north = rows;
     }
   }
-  if (best.cells < fewestInCommon) return {};
-  if (none.cells >= fewestInCommon && best.difference > clearly * none.difference) {
-    east = north = 0;
-  }
+  if (best.difference > clearly * none.difference) east = north = 0;
   return StripShift{static_cast<double>(east) * j.side(), static_cast<double>(north) * j.side(),
                     comparison.heightAt(east, north), best.cells};
 }

@@ -67,7 +67,9 @@ struct StripShift {
 /// height is the median difference of what then lies above each other.
 /// @param i      of a grid with cells as large as those of J
 /// @param reach  in east and north each [m]
-/// @return nothing for strips that have too few cells in common
+/// @return nothing for strips that have too few cells in common where they lie: among all shifts
+/// the
+///         relief of other places is found, too
 std::optional<StripShift> shiftBetween(std::span<const ReliefCell> i, const HeightGrid& j,
                                        double reach);
 
