@@ -29,7 +29,7 @@ void checkKind(const std::string& word) {
 
 void check(const SimulationSettings& options) {
   checkRange("--points", static_cast<double>(options.points), 1000, 2e9);
-  checkRange("--strips", options.strips, 2, 30);
+  checkRange("--strips", options.strips, 2, 500);
   checkRange("--length", options.length, 10, 20'000);
   checkRange("--height", options.height, 10, 5000);
   checkRange("--speed", options.speed, 1, 200);
