@@ -77,8 +77,10 @@ Disturbance disturbanceOf(std::size_t start, double length, const Reach& reach,
   return disturbance;
 }
 
-/// Mean correction of an attitude over all sections, at the middle of each [rad].
-double meanAttitude(const Velorn::SolverParameters& parameters, unsigned int axis) {
+/// Mean over all sections of a correction of the trajectory, at the middle of each.
+/// @param coefficient  of a section and a power of time
+template <typename Coefficient>
+double meanCorrection(const Velorn::SolverParameters& parameters, const Coefficient& coefficient) {
   double sum = 0.0;
   std::size_t sections = 0;
   for (const auto& strip : parameters.getStripSections()) {
@@ -88,8 +90,7 @@ double meanAttitude(const Velorn::SolverParameters& parameters, unsigned int axi
       const double middle = std::max(0.0, 0.5 * (end - section->first));
       double power = 1.0;
       for (unsigned int m = 0; m < 4; ++m, power *= middle) {
-        sum += power *
-               parameters.getTrajectoryAngleCorrection(section->second.sectionID, 4 * axis + m);
+        sum += power * coefficient(section->second.sectionID, m);
       }
       ++sections;
     }
@@ -98,16 +99,25 @@ double meanAttitude(const Velorn::SolverParameters& parameters, unsigned int axi
 }
 
 /// What a user reads: the sums that a flight tells, not their parts.
-std::vector<StableSum> sumsOf(const Velorn::SolverParameters& parameters) {
-  using Geomra::degreesPerRadian;
+/// @param range  at which points are lowered by the corrections of range [m]
+std::vector<StableSum> sumsOf(const Velorn::SolverParameters& parameters, double range) {
+  constexpr unsigned int down = 2;
   const auto angle = [&](unsigned int axis, double offset) {
-    return degreesPerRadian *
-           (parameters.getMisalignment(axis) + meanAttitude(parameters, axis) + offset);
+    const double attitude = meanCorrection(parameters, [&](unsigned int section, unsigned int m) {
+      return parameters.getTrajectoryAngleCorrection(section, 4 * axis + m);
+    });
+    return Geomra::degreesPerRadian * (parameters.getMisalignment(axis) + attitude + offset);
   };
+  const double lifted = meanCorrection(parameters, [&](unsigned int section, unsigned int m) {
+    return parameters.getTrajectoryPositionCorrection(section, 4 * down + m);
+  });
+  const double longer =
+      parameters.getRangeAngleOffset(0) + range * parameters.getRangeAngleScale(0);
+  const double height = lifted - parameters.getLeverArm(down) - longer;
   return {{"roll", "deg", angle(0, parameters.getRangeAngleOffset(2))},
           {"pitch", "deg", angle(1, 0.0)},
           {"yaw", "deg", angle(2, 0.0)},
-          {"range offset", "m", parameters.getRangeAngleOffset(0)}};
+          {"height", "m", height}};
 }
 
 class StabilityTest {
@@ -128,7 +138,7 @@ class StabilityTest {
   StabilityReport report() {
     StabilityReport report;
     report.length = length_;
-    report.sums = sumsOf(*adjusted_);
+    report.sums = sumsOf(*adjusted_, reach_.range);
     std::vector<Parameters> found;
     for (std::size_t start = 0; start < starts; ++start) {
       auto adjusted = from(start);
@@ -154,10 +164,10 @@ class StabilityTest {
   }
 
  private:
-  static std::pair<double, double> rangeOf(const std::vector<Parameters>& found, std::size_t sum) {
-    double low = sumsOf(*found[0])[sum].value, high = low;
+  std::pair<double, double> rangeOf(const std::vector<Parameters>& found, std::size_t sum) const {
+    double low = sumsOf(*found[0], reach_.range)[sum].value, high = low;
     for (const auto& parameters : found) {
-      const double value = sumsOf(*parameters)[sum].value;
+      const double value = sumsOf(*parameters, reach_.range)[sum].value;
       low = std::min(low, value);
       high = std::max(high, value);
     }
@@ -226,9 +236,9 @@ StabilityReport stabilityOf(RunContext& run, SurfaceStore& surfaces, const Round
 }
 
 std::vector<std::string> warningsOf(const StabilityReport& stability) {
-  constexpr double roll = 0.02, pitch = 0.05, yaw = 0.1, range = 0.01, points = 0.03;
+  constexpr double roll = 0.02, pitch = 0.05, yaw = 0.1, height = 0.01, points = 0.03;
   std::vector<std::string> warnings;
-  const std::array<double, 4> claimed{roll, pitch, yaw, range};
+  const std::array<double, 4> claimed{roll, pitch, yaw, height};
   for (std::size_t k = 0; k < stability.sums.size() && k < claimed.size(); ++k) {
     const auto& sum = stability.sums[k];
     if (!(sum.high - sum.low > 2.0 * claimed[k])) continue;
