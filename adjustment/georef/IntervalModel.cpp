@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "adjustment/georef/LocalProjection.h"
 #include "adjustment/georef/PhysicalSpace.h"
 
 namespace Velorn {
@@ -16,12 +17,6 @@ constexpr double farthestMove = 100.0;  // [m]
 constexpr double strongestBend = 1e-9;  // [m]
 constexpr double farthestPoint = 50e3;  // [m]
 constexpr double widestSwing = 0.02;    // [rad], where the series of sine and cosine end
-
-// Where the projection's series and the latitude's formula hold with all digits.
-bool isInZone(const Vector3<double>& p, const Projection& projection) {
-  return std::abs(p[0] - projection.falseEasting) < 1e6 &&
-         std::abs(p[1] - projection.falseNorthing) < 9.5e6 && p[2] > -10e3 && p[2] < 50e3;
-}
 
 /// Sine and cosine of an angle below widestSwing; the first term left out is below 3e-16.
 SineCosine<double> ofSmall(double x) {
