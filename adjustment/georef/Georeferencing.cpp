@@ -12,6 +12,7 @@
 #include "adjustment/georef/PointWalk.h"
 #include "adjustment/georef/StaticBlocks.h"
 #include "adjustment/georef/StripModel.h"
+#include "adjustment/georef/TimeOrder.h"
 #include <velorn/Georeferencing.h>
 
 namespace Velorn {
@@ -121,7 +122,8 @@ void serve(const PointBatch& all, const FrameSource& source, const Operation& op
   inStaticBlocks(all.count, [&](std::size_t first, std::size_t end) {
     auto own = operation();
     PointWalk walk(source);
-    walk.serve(partOf(all, first, end), own);
+    inOrderOfTime(partOf(all, first, end),
+                  [&](const PointBatch& batch) { walk.serve(batch, own); });
     ended(own);
   });
 }
