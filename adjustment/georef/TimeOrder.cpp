@@ -44,6 +44,14 @@ void sortByDigit(const std::vector<Numbered>& from, std::vector<Numbered>& to, u
   for (const Numbered& n : from) to[places[digit(n)]++] = n;
 }
 
+/// Three doubles, which a library's function would be called for.
+void copyTriple(const double* from, double* to) {
+  const double x = from[0], y = from[1], z = from[2];
+  to[0] = x;
+  to[1] = y;
+  to[2] = z;
+}
+
 }  // namespace
 
 bool isOutOfOrder(const double* times, std::size_t count) {
@@ -74,7 +82,7 @@ GatheredPoints::GatheredPoints(const PointBatch& from, const std::uint32_t* numb
                                std::size_t count)
     : from_(from), numbers_(numbers), count_(count) {
   for (std::size_t k = 0; k < count_; ++k) {
-    std::copy_n(from_.points + 3 * std::size_t{numbers_[k]}, 3, points_ + 3 * k);
+    copyTriple(from_.points + 3 * std::size_t{numbers_[k]}, points_ + 3 * k);
     times_[k] = from_.times[numbers_[k]];
   }
 }
@@ -86,8 +94,8 @@ PointBatch GatheredPoints::batch() {
 void GatheredPoints::returnResults() {
   for (std::size_t k = 0; k < count_; ++k) {
     const std::size_t place = 3 * std::size_t{numbers_[k]};
-    std::copy_n(results_ + 3 * k, 3, from_.results + place);
-    if (from_.directions) std::copy_n(directions_ + 3 * k, 3, from_.directions + place);
+    copyTriple(results_ + 3 * k, from_.results + place);
+    if (from_.directions) copyTriple(directions_ + 3 * k, from_.directions + place);
   }
 }
 
