@@ -8,8 +8,7 @@
 #include <gmock/gmock.h>
 #include <omp.h>
 
-#include "adjustment/georef/StripModel.h"
-#include "tests/adjustment/georef/StripOfPoints.h"
+#include "tests/adjustment/georef/PointByPoint.h"
 #include "tests/support/ConsoleLines.h"
 
 using Geomra::PhysicalSpace::point, Geomra::PhysicalSpace::vector;
@@ -19,8 +18,7 @@ using Velorn::SolverParameters, Velorn::Trajectory;
 namespace {
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-constexpr double exact = 1e-8;    // [m]
-constexpr double between = 2e-8;  // [m], two ways of georeferencing
+constexpr double exact = 1e-8;  // [m]
 
 double length(const vector& v) {
   return std::sqrt(dot(v, v));
@@ -36,17 +34,6 @@ double worstError(const Points& points, const Trajectory& trajectory,
     const auto exactPoint =
         Exact::worldPoint(given.measurement, given.unknowns, trajectory.getMercator());
     worst = std::max(worst, apart(Velorn::Vector3<double>(w.x, w.y, w.z), exactPoint));
-  }
-  return worst;
-}
-
-/// The same points, one at a time with the platform's operations.
-double worstDifference(const Points& points, const Velorn::StripModel& model) {
-  double worst = 0;
-  for (std::size_t i = 0; i < points.times.size(); ++i) {
-    const auto plain = model.georeference(points.scanner[i], points.times[i]);
-    worst = std::max({worst, length(points.world[i] - plain.world),
-                      length(points.directions[i] - (plain.sensor - plain.world))});
   }
   return worst;
 }
@@ -81,7 +68,7 @@ TEST_P(FlownStrip, HasTheWorldPointsOfTheExactTwinAndOfThePlatformsOperations) {
   Points points(route, count);
   EXPECT_EQ(points.georeference(parameters, trajectory), "");
   EXPECT_LT(worstError(points, trajectory, starts, values), exact);
-  EXPECT_LT(worstDifference(points, {parameters, trajectory, week, 0, false}), between);
+  EXPECT_LT(worstDifference(points, {parameters, trajectory, week, 0, false}), betweenTwoWays);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -174,7 +161,7 @@ TEST_F(Georeferencing, ComputesAPointOutsideEverySectionWithoutCorrections) {
     const double d = length(points.world[i] - uncorrected.world[i]);
     if (points.times[i] < 400005) {
       ++before;
-      EXPECT_LT(d, between);
+      EXPECT_LT(d, betweenTwoWays);
     } else if (d > 0.01) {
       ++different;
     }
@@ -194,7 +181,7 @@ TEST_F(Georeferencing, ReportsWhatIsNotFiniteAndComputesTheOthers) {
     if (i == 7 || i == 1008) {
       EXPECT_FALSE(std::isfinite(bad.world[i].x));
     } else {
-      ASSERT_LT(length(bad.world[i] - good.world[i]), between) << i;
+      ASSERT_LT(length(bad.world[i] - good.world[i]), betweenTwoWays) << i;
     }
   }
 }
@@ -267,8 +254,8 @@ TEST_F(Georeferencing, GoesBackToTheScannerWhereOnlyTheMountingIsCorrected) {
   again.scanner = scanner;
   again.georeference(mounting, trajectory);
   for (std::size_t i = 0; i < 3000; ++i) {
-    ASSERT_LT(length(scanner[i] - points.scanner[i]), between);
-    ASSERT_LT(length(again.world[i] - points.world[i]), between);
+    ASSERT_LT(length(scanner[i] - points.scanner[i]), betweenTwoWays);
+    ASSERT_LT(length(again.world[i] - points.world[i]), betweenTwoWays);
   }
   EXPECT_EQ(Velorn::world2scanner(SolverParameters(), trajectory, scanner, points.times, 1, 0,
                                   points.world),

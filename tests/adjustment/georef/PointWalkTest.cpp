@@ -2,20 +2,15 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // What frames serve, and that it is what the platform's operations give point by point.
-#include <limits>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "adjustment/georef/InverseModel.h"
 #include "adjustment/georef/PointWalk.h"
-#include "adjustment/georef/StripModel.h"
-#include "tests/adjustment/georef/StripOfPoints.h"
+#include "tests/adjustment/georef/PointByPoint.h"
 
 namespace {
-
-constexpr double between = 2e-8;  // [m], two ways of georeferencing
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 /// Counts the points that no frame serves, and leaves them.
 struct ByFrames {
@@ -29,7 +24,7 @@ struct ByFrames {
   }
   void alone(const Velorn::PointBatch& batch, std::size_t i) {
     alones.push_back(batch.times[i]);
-    for (std::size_t k = 3 * i; k < 3 * i + 3; ++k) batch.results[k] = notANumber;
+    for (std::size_t k = 3 * i; k < 3 * i + 3; ++k) batch.results[k] = std::nan("");
   }
 };
 
@@ -48,18 +43,6 @@ std::vector<double> toWorldByFrames(Points& points, const Velorn::StripModel& mo
               &points.directions[0].x, points.times.size()},
              frames);
   return frames.alones;
-}
-
-double worstDifference(const Points& points, const Velorn::StripModel& model) {
-  double worst = 0;
-  for (std::size_t i = 0; i < points.times.size(); ++i) {
-    const auto plain = model.georeference(points.scanner[i], points.times[i]);
-    const auto sensor = plain.sensor - plain.world;
-    const double apart =
-        std::max(lengthOf(points.world[i] - plain.world), lengthOf(points.directions[i] - sensor));
-    worst = std::isnan(apart) ? apart : std::max(worst, apart);
-  }
-  return worst;
 }
 
 enum class Corrected { nothing, offsets, everything };
@@ -95,7 +78,7 @@ TEST_P(ServedStrip, IsServedByFramesWhollyAndAsThePlatformsOperationsDo) {
     points.scanner[i] = {s[0], s[1], s[2]};
   }
   EXPECT_EQ(toWorldByFrames(points, model).size(), 0U);
-  EXPECT_LT(worstDifference(points, model), between);
+  EXPECT_LT(worstDifference(points, model), betweenTwoWays);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -135,7 +118,7 @@ TEST_P(ServedStrip, GoesBackToTheScannerByFramesWhollyToo) {
   EXPECT_EQ(frames.alones.size(), 0U);
   for (std::size_t i = 0; i < points.times.size(); ++i) {
     const auto plain = model.measurementOf(points.world[i], points.times[i]);
-    ASSERT_LT(lengthOf(points.scanner[i] - plain), between) << i;
+    ASSERT_LT(lengthOf(points.scanner[i] - plain), betweenTwoWays) << i;
   }
 }
 
@@ -147,10 +130,10 @@ TEST(PointWalk, LeavesAloneWhatNoFrameIsGoodFor) {
   Points points(route, 8);
   points.times = {400001, 400003, 400004, 400005, 400006, 400007, 400000, 400020.001};
   points.scanner[1] = {6000, 10, 10};  // too far
-  points.scanner[2] = {500, notANumber, 0};
+  points.scanner[2] = {500, std::nan(""), 0};
   points.scanner[3] = {0, 0, 0};    // no angle that could be corrected
   points.scanner[4] = {0, 500, 0};  // none in the scan plane
-  points.times[5] = notANumber;
+  points.times[5] = std::nan("");
   EXPECT_EQ(toWorldByFrames(points, model).size(), 8U);
   const auto isServed = [&](const Geomra::PhysicalSpace::point& scanner, double t) {
     Points one(1);
@@ -200,5 +183,5 @@ TEST(PolarCorrection, IsRefusedWhereTheSeriesOfSmallAnglesEnd) {
   EXPECT_EQ(correctionOf(0.01, 0.02)->kind, Kind::scaledAngles);
   EXPECT_FALSE(correctionOf(0.01, 0.04));
   EXPECT_FALSE(correctionOf(0.2, 1e-9));
-  EXPECT_FALSE(correctionOf(0, notANumber));
+  EXPECT_FALSE(correctionOf(0, std::nan("")));
 }
