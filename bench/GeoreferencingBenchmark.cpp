@@ -1,11 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// Georeferencing a strip of points in order of time, against doing each operation of the platform
+// Georeferencing a strip of points, and going back, against doing each operation of the platform
 // for every point, with the trajectory in a std::map. All on one thread but the last case.
 //
 //     VELORN_BENCH_POINTS    points of the strip, 10000000 unless set
-//     VELORN_BENCH_SECONDS   its length, 50 unless set: 1000 points per record of the trajectory
+//     VELORN_BENCH_SECONDS   its length, 250 unless set: 200 points per record of the trajectory
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <map>
@@ -37,7 +38,7 @@ std::size_t pointCount() {
 }
 
 double seconds() {
-  return std::stod(setting("VELORN_BENCH_SECONDS", "50"));
+  return std::stod(setting("VELORN_BENCH_SECONDS", "250"));
 }
 
 std::vector<Record> records() {
@@ -77,8 +78,21 @@ struct Strip {
   }
 };
 
-Strip& strip() {
+enum class Order { ofTime, random };
+
+/// The strip, its points in that order.
+Strip& strip(Order order = Order::ofTime) {
   static Strip only;
+  static Order now = Order::ofTime;
+  if (order != now) {
+    only = Strip();
+    // Two shuffles with the same seed exchange the same places.
+    if (order == Order::random) {
+      std::shuffle(only.scanner.begin(), only.scanner.end(), std::mt19937_64(2));
+      std::shuffle(only.times.begin(), only.times.end(), std::mt19937_64(2));
+    }
+    now = order;
+  }
   return only;
 }
 
@@ -104,6 +118,16 @@ Matrix rotation(double x, double y, double z) {
            {-sy, cy * sx, cy * cx}}};
 }
 
+Matrix transposed(const Matrix& m) {
+  return {{{m[0][0], m[1][0], m[2][0]}, {m[0][1], m[1][1], m[2][1]}, {m[0][2], m[1][2], m[2][2]}}};
+}
+
+/// North, east, down at longitude and latitude, to earth-centred axes.
+Matrix localLevel(const point& g) {
+  const double sp = std::sin(g.y), cp = std::cos(g.y), sl = std::sin(g.x), cl = std::cos(g.x);
+  return {{{-sp * cl, -sl, -cp * cl}, {-sp * sl, cl, -cp * sl}, {cp, 0, -sp}}};
+}
+
 point product(const Matrix& m, const point& v) {
   const auto row = [&](int i) {
     const auto& r = m[static_cast<std::size_t>(i)];
@@ -121,6 +145,29 @@ class PointByPoint {
         misalignment_(rotation(parameters.getMisalignment(0), parameters.getMisalignment(1),
                                parameters.getMisalignment(2))) {
     for (const auto& record : records()) poses_[record.time] = record;
+  }
+
+  /// The way back, without corrections.
+  point measurementOf(const point& world, double t) const {
+    const auto after = poses_.lower_bound(t), before = std::prev(after);
+    const double f = (t - before->first) / (after->first - before->first);
+    const auto &p = before->second.position, &q = after->second.position;
+    const auto &a = before->second.degrees, &b = after->second.degrees;
+    const auto at = [f](double from, double to) { return from + f * (to - from); };
+    constexpr double degree = 3.14159265358979 / 180;
+    const Matrix n = rotation(at(a.x, b.x) * degree, at(a.y, b.y) * degree, at(a.z, b.z) * degree);
+    const point g = Tessaly::inverseTransverseMercatorProjection(
+        {at(p.x, q.x), at(p.y, q.y), at(p.z, q.z)}, zone_, false);
+    const point x = Tessaly::ellipsoidalToCartesian(g, zone_.getEllipsoid(), false);
+    const point w = Tessaly::ellipsoidalToCartesian(
+        Tessaly::inverseTransverseMercatorProjection(world, zone_, true), zone_.getEllipsoid(),
+        true);
+    const point level = product(transposed(localLevel(g)), {w.x - x.x, w.y - x.y, w.z - x.z});
+    const point body = product(transposed(n), level);
+    const point s = product(transposed(misalignment_), {body.x - parameters_.getLeverArm(0),
+                                                        body.y - parameters_.getLeverArm(1),
+                                                        body.z - parameters_.getLeverArm(2)});
+    return {s.z, s.x, s.y};
   }
 
   std::pair<point, vector> georeference(const point& scanner, double t) const {
@@ -154,9 +201,7 @@ class PointByPoint {
                     body.z + parameters_.getLeverArm(2)});
     const point g = Tessaly::inverseTransverseMercatorProjection(sensor, zone_, false);
     const point x = Tessaly::ellipsoidalToCartesian(g, zone_.getEllipsoid(), false);
-    const double sp = std::sin(g.y), cp = std::cos(g.y), sl = std::sin(g.x), cl = std::cos(g.x);
-    const point d =
-        product({{{-sp * cl, -sl, -cp * cl}, {-sp * sl, cl, -cp * sl}, {cp, 0, -sp}}}, level);
+    const point d = product(localLevel(g), level);
     const auto place = Tessaly::cartesianToEllipsoidalWithConvergedInfo(
         {x.x + d.x, x.y + d.y, x.z + d.z}, zone_.getEllipsoid(), true);
     const point world = Tessaly::transverseMercatorProjection(place.first, zone_, true);
@@ -178,10 +223,17 @@ void countPoints(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(pointCount()));
 }
 
-void pointByPoint(benchmark::State& state, bool offsets, bool scales) {
-  const auto parameters = parametersWith(offsets, scales);
+/// What is georeferenced, and what with.
+struct Task {
+  std::string group;
+  bool offsets, scales;
+  Order order = Order::ofTime;
+};
+
+void pointByPoint(benchmark::State& state, const Task& task) {
+  const auto parameters = parametersWith(task.offsets, task.scales);
+  auto& s = strip(task.order);
   const PointByPoint model(parameters);
-  auto& s = strip();
   for (auto _ : state) {
     for (std::size_t i = 0; i < s.times.size(); ++i) {
       std::tie(s.world[i], s.directions[i]) = model.georeference(s.scanner[i], s.times[i]);
@@ -190,9 +242,9 @@ void pointByPoint(benchmark::State& state, bool offsets, bool scales) {
   countPoints(state);
 }
 
-void scanner2world(benchmark::State& state, bool offsets, bool scales, int threads) {
-  const auto parameters = parametersWith(offsets, scales);
-  auto& s = strip();
+void scanner2world(benchmark::State& state, const Task& task, int threads) {
+  const auto parameters = parametersWith(task.offsets, task.scales);
+  auto& s = strip(task.order);
   omp_set_num_threads(threads);
   for (auto _ : state) {
     orThrow(Velorn::scanner2world(parameters, s.trajectory, s.scanner, s.times, week, 0, s.world,
@@ -201,23 +253,54 @@ void scanner2world(benchmark::State& state, bool offsets, bool scales, int threa
   countPoints(state);
 }
 
-/// A group of cases for one kind of corrections, the baseline first.
-void add(const std::string& group, bool offsets, bool scales) {
-  const auto with = [](auto* benchmark) {
-    benchmark->Unit(benchmark::kMillisecond)->UseRealTime();
-  };
-  with(benchmark::RegisterBenchmark((group + "/pointByPoint").c_str(), pointByPoint, offsets,
-                                    scales));
-  for (const int threads : {1, 2}) {
-    with(benchmark::RegisterBenchmark((group + "/scanner2world" + std::to_string(threads)).c_str(),
-                                      scanner2world, offsets, scales, threads));
+/// The strip in order of time with its world points.
+Strip& georeferenced(const Velorn::SolverParameters& parameters) {
+  auto& s = strip();
+  orThrow(Velorn::scanner2world(parameters, s.trajectory, s.scanner, s.times, week, 0, s.world,
+                                s.directions, 0.0, false));
+  return s;
+}
+
+void backPointByPoint(benchmark::State& state) {
+  const auto parameters = parametersWith(false, false);
+  auto& s = georeferenced(parameters);
+  const PointByPoint model(parameters);
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < s.times.size(); ++i) {
+      s.scanner[i] = model.measurementOf(s.world[i], s.times[i]);
+    }
   }
+  countPoints(state);
+}
+
+void world2scanner(benchmark::State& state, int threads) {
+  const auto parameters = parametersWith(false, false);
+  auto& s = georeferenced(parameters);
+  omp_set_num_threads(threads);
+  for (auto _ : state) {
+    orThrow(Velorn::world2scanner(parameters, s.trajectory, s.scanner, s.times, week, 0, s.world));
+  }
+  countPoints(state);
+}
+
+template <typename... Case>
+void add(const std::string& name, Case... what) {
+  benchmark::RegisterBenchmark(name.c_str(), what...)->Unit(benchmark::kMillisecond)->UseRealTime();
 }
 
 const bool added = [] {
-  add("GeoreferenceMounting", false, false);
-  add("GeoreferenceOffsets", true, false);
-  add("GeoreferenceScaledAngles", true, true);
+  // The baseline of a group first.
+  for (const Task& task :
+       {Task{"GeoreferenceMounting", false, false}, Task{"GeoreferenceOffsets", true, false},
+        Task{"GeoreferenceScaledAngles", true, true},
+        Task{"GeoreferenceShuffled", true, false, Order::random}}) {
+    add(task.group + "/pointByPoint", pointByPoint, task);
+    add(task.group + "/scanner2world1", scanner2world, task, 1);
+    add(task.group + "/scanner2world2", scanner2world, task, 2);
+  }
+  add("GeoreferenceBack/pointByPoint", backPointByPoint);
+  add("GeoreferenceBack/world2scanner1", world2scanner, 1);
+  add("GeoreferenceBack/world2scanner2", world2scanner, 2);
   return true;
 }();
 

@@ -1,18 +1,18 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include <Eigen/LU>
 #include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <exception>
+#include <tuple>
 
 #include <fmt/format.h>
 
-#include "adjustment/georef/PhysicalSpace.h"
+#include "adjustment/georef/InverseModel.h"
 #include "adjustment/georef/PointWalk.h"
 #include "adjustment/georef/StaticBlocks.h"
 #include "adjustment/georef/StripModel.h"
-#include "platform/tessaly/EarthCentredCoordinates.h"
+#include "adjustment/georef/TimeOrder.h"
 #include <velorn/Georeferencing.h>
 
 namespace Velorn {
@@ -43,33 +43,90 @@ vector direction(const point& sensor, const point& world, double length) {
   return length / largest / std::sqrt(dot(scaled, scaled)) * full;
 }
 
-/// Scanner coordinates of world points measured at one pose.
-class InverseModel {
- public:
-  InverseModel(const Trajectory& trajectory, const Mounting<double>& mounting)
-      : zone_(trajectory.getMercator()),
-        fromBody_(mounting.misalignment.inverse()),
-        leverArm_(mounting.leverArm) {}
+point pointAt(const double* numbers, std::size_t i) {
+  return {numbers[3 * i], numbers[3 * i + 1], numbers[3 * i + 2]};
+}
 
-  point measurementOf(const point& world, const point& sensor, const vector& attitude) const {
-    const point place = Tessaly::inverseTransverseMercatorProjection(sensor, zone_, false);
-    const Vector3<double> difference =
-        vectorOf(Tessaly::ellipsoidalToCartesian(
-            Tessaly::inverseTransverseMercatorProjection(world, zone_, true), zone_.getEllipsoid(),
-            true)) -
-        vectorOf(Tessaly::ellipsoidalToCartesian(place, zone_.getEllipsoid(), false));
-    const Matrix3<double> level = localLevelRotation(sineCosine(place.y), sineCosine(place.x));
-    const Matrix3<double> n = rotation(vectorOf(attitude));
-    const Vector3<double> body =
-        fromBody_ * (n.inverse() * (level.inverse() * difference) - leverArm_);
-    return pointOf(scannerAxes(body));
+template <typename Triple>
+void put(const Triple& triple, double* numbers, std::size_t i) {
+  std::tie(numbers[3 * i], numbers[3 * i + 1], numbers[3 * i + 2]) =
+      std::tie(triple.x, triple.y, triple.z);
+}
+
+/// Measurements of one thread to world points.
+struct ToWorld {
+  const StripModel& model;
+  PolarCorrection correction;
+  double directionLength;
+  Code code = Code::none;  // of the last point that had one
+
+  bool inFrame(const IntervalFrame& frame, const PointBatch& batch) const {
+    return toWorld(frame, correction, directionLength, batch);
   }
 
- private:
-  Tessaly::TransverseMercatorProjectionParameter zone_;
-  Matrix3<double> fromBody_;
-  Vector3<double> leverArm_;
+  void alone(const PointBatch& batch, std::size_t i) {
+    const auto result = model.georeference(pointAt(batch.points, i), batch.times[i]);
+    put(result.world, batch.results, i);
+    put(direction(result.sensor, result.world, directionLength), batch.directions, i);
+    if (result.code != Code::none) code = result.code;
+  }
 };
+
+/// World points of one thread to measurements.
+struct ToScanner {
+  const InverseModel& model;
+
+  bool inFrame(const IntervalFrame& frame, const PointBatch& batch) const {
+    return toScanner(frame, batch);
+  }
+
+  void alone(const PointBatch& batch, std::size_t i) const {
+    put(model.measurementOf(pointAt(batch.points, i), batch.times[i]), batch.results, i);
+  }
+};
+
+/// Whether the points of a list are so many that frames pay: those of a new place cost what some 40
+/// points cost alone, and an aircraft comes to one every few seconds. All points count, so that
+/// the answer does not depend on their order.
+bool isDense(const std::vector<double>& times, const Trajectory& trajectory, unsigned week) {
+  constexpr std::size_t fewest = 64;
+  constexpr double fewestPerSecond = 10.0;
+  const auto ranges = trajectory.timeRanges();
+  const auto range = ranges.find(week);
+  if (times.size() < fewest || range == ranges.end()) return false;
+  const auto [begin, end] = range->second;
+  const auto count = static_cast<double>(times.size());
+  if (count > fewestPerSecond * (end - begin)) return true;
+  double first = end, last = begin;
+  for (const double t : times) {
+    if (!(t >= begin && t <= end)) continue;
+    first = std::min(first, t);
+    last = std::max(last, t);
+  }
+  return count > fewestPerSecond * (last - first);
+}
+
+template <typename Model>
+FrameSource framesOf(const Model& model, bool isWorthwhile) {
+  FrameSource source{{}, model.mounting(), projectionOf(model.zone())};
+  source.intervalAbout = [&model, isWorthwhile](double t) {
+    return isWorthwhile ? model.intervalAbout(t) : std::nullopt;
+  };
+  return source;
+}
+
+/// Serves all points, on all threads; `operation()` makes what a thread does, `ended` takes it.
+template <typename Operation, typename Ended>
+void serve(const PointBatch& all, const FrameSource& source, const Operation& operation,
+           const Ended& ended) {
+  inStaticBlocks(all.count, [&](std::size_t first, std::size_t end) {
+    auto own = operation();
+    PointWalk walk(source);
+    inOrderOfTime(partOf(all, first, end),
+                  [&](const PointBatch& batch) { walk.serve(batch, own); });
+    ended(own);
+  });
+}
 
 }  // namespace
 
@@ -81,16 +138,12 @@ std::string world2scanner(const SolverParameters& parameters, const Trajectory& 
   if (auto fault = lengths.faultIn("world2scanner"); !fault.empty()) return fault;
   if (worldPoints.empty()) return {};
   try {
-    const InverseModel model(trajectory, uncorrectedMountingOf(parameters));
-    inStaticBlocks(worldPoints.size(), [&](std::size_t first, std::size_t end) {
-      for (std::size_t i = first; i < end; ++i) {
-        point sensor;
-        vector attitude;
-        // A time without a position is told on the console; its point is computed all the same.
-        trajectory.interpolateTrajectory(gpsTimes[i], weekNumber, sensor, attitude, false);
-        scannerPoints[i] = model.measurementOf(worldPoints[i], sensor, attitude);
-      }
-    });
+    const InverseModel model(parameters, trajectory, weekNumber);
+    const PointBatch all{&worldPoints[0].x, gpsTimes.data(), &scannerPoints[0].x, nullptr,
+                         worldPoints.size()};
+    serve(
+        all, framesOf(model, isDense(gpsTimes, trajectory, weekNumber)),
+        [&] { return ToScanner{model}; }, [](const ToScanner&) {});
     return {};
   } catch (const std::exception& error) {
     return fmt::format("world2scanner: {}", error.what());
@@ -112,16 +165,19 @@ std::string scanner2world(const SolverParameters& parameters, const Trajectory& 
   if (scannerPoints.empty()) return {};
   try {
     const StripModel model(parameters, trajectory, weekNumber, stripId, interpolationFlag);
+    const auto correction = polarCorrectionOf(model.mounting());
+    const bool isWorthwhile = correction && isDense(gpsTimes, trajectory, weekNumber);
+    const PointBatch all{&scannerPoints[0].x, gpsTimes.data(), &worldPoints[0].x, &directions[0].x,
+                         scannerPoints.size()};
     std::atomic<int> code = 0;
-    inStaticBlocks(scannerPoints.size(), [&](std::size_t first, std::size_t end) {
-      PointWalk walk(model, scannerPoints, gpsTimes, first);
-      for (std::size_t i = first; i < end; ++i) {
-        const auto result = walk.georeference(i);
-        worldPoints[i] = result.world;
-        directions[i] = direction(result.sensor, result.world, directionLength);
-        if (result.code != Code::none) code = static_cast<int>(result.code);  // the last one counts
-      }
-    });
+    serve(
+        all, framesOf(model, isWorthwhile),
+        [&] {
+          return ToWorld{model, correction.value_or(PolarCorrection{}), directionLength};
+        },
+        [&](const ToWorld& ended) {
+          if (ended.code != Code::none) code = static_cast<int>(ended.code);  // the last one counts
+        });
     return code == 0 ? std::string() : fmt::format("Error in scanner2world: Code: {}", code.load());
   } catch (const std::exception& error) {
     return fmt::format("scanner2world: {}", error.what());

@@ -1,75 +1,74 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// One thread's way through the measurements of a strip, which usually stand in order of time: as
-// long as they stay within one interval of the trajectory its model serves them.
+// One thread's way through a list of points, from frame to frame.
+//
+//     PointWalk walk({[&](double t) { return model.intervalAbout(t); }, mounting, projection});
+//     walk.serve(batch, operation);
+//
+// A frame is made from its interval alone, so that a point's result does not depend on where in the
+// list it stands, or which thread comes there.
 #pragma once
 
+#include <cmath>
 #include <cstddef>
+#include <functional>
+#include <map>
 #include <optional>
-#include <vector>
 
-#include "adjustment/georef/StripModel.h"
+#include "adjustment/georef/IntervalFrame.h"
+#include "adjustment/georef/Projection.h"
 
 namespace Velorn {
 
+/// What frames are made from.
+struct FrameSource {
+  /// The interval of a time; empty where no frame serves.
+  std::function<std::optional<Interval>(double t)> intervalAbout;
+  Mounting<double> mounting;
+  Projection projection;
+};
+
 class PointWalk {
  public:
-  /// All three must live as long as the walk.
-  /// @param first  number of the measurement that the walk begins with; it has the model that a
-  ///               walk from the strip's beginning would come with, whoever went there
-  PointWalk(const StripModel& model, const std::vector<Geomra::PhysicalSpace::point>& scannerPoints,
-            const std::vector<double>& gpsTimes, std::size_t first)
-      : model_(model),
-        scannerPoints_(scannerPoints),
-        gpsTimes_(gpsTimes),
-        projection_(projectionOf(model.zone())) {
-    for (std::size_t k = first; k-- > 0;) {
-      const auto found = worthwhileInterval(k);
-      if (!found) continue;
-      interval_ = IntervalModel::of(*found, model_.mounting(), projection_);
-      return;
-    }
-  }
+  explicit PointWalk(FrameSource source) : source_(std::move(source)) {}
 
-  // The interval's model points to the projection.
+  // The frame points to the walk's polynomials.
   PointWalk(const PointWalk&) = delete;
   PointWalk& operator=(const PointWalk&) = delete;
 
-  /// What the strip's model says of measurement i.
-  Georeferenced georeference(std::size_t i) {
-    if (isServed(i)) {
-      if (auto result = interval_->georeference(scannerPoints_[i], gpsTimes_[i])) return *result;
+  /// Computes the results of a batch, in any order; the fewer changes between intervals the faster.
+  /// @param operation  has `bool inFrame(const IntervalFrame&, const PointBatch&)`, see toWorld and
+  ///                   toScanner, and `void alone(const PointBatch&, std::size_t i)` for a point
+  ///                   that no frame serves
+  template <typename Operation>
+  void serve(const PointBatch& batch, Operation& operation) {
+    for (std::size_t i = 0; i < batch.count;) {
+      goTo(batch.times[i]);
+      std::size_t end = i + 1;
+      while (end < batch.count && isHere(batch.times[end])) ++end;
+      serveRun(partOf(batch, i, end), operation);
+      i = end;
     }
-    return model_.georeference(scannerPoints_[i], gpsTimes_[i]);
   }
 
  private:
-  bool isServed(std::size_t i) {
-    if (interval_ && interval_->holds(gpsTimes_[i])) return true;
-    const auto found = worthwhileInterval(i);
-    if (!found) return false;
-    interval_ = IntervalModel::of(*found, model_.mounting(), projection_);
-    return interval_.has_value();
-  }
-
-  /// The interval of measurement i, if the next ones lie in it, too: its model costs as much as
-  /// two of them without it.
-  std::optional<Interval> worthwhileInterval(std::size_t i) const {
-    constexpr std::size_t next = 3;
-    if (gpsTimes_.size() - i <= next) return {};
-    auto found = model_.intervalAbout(gpsTimes_[i]);
-    for (std::size_t k = i + 1; found && k <= i + next; ++k) {
-      if (!found->holds(gpsTimes_[k])) found.reset();
+  template <typename Operation>
+  void serveRun(const PointBatch& run, Operation& operation) {
+    if (frame_ && operation.inFrame(*frame_, run)) return;
+    for (std::size_t i = 0; i < run.count; ++i) {
+      if (!frame_ || std::isnan(run.results[3 * i])) operation.alone(run, i);
     }
-    return found;
   }
 
-  const StripModel& model_;
-  const std::vector<Geomra::PhysicalSpace::point>& scannerPoints_;
-  const std::vector<double>& gpsTimes_;
-  Projection projection_;
-  std::optional<IntervalModel> interval_;
+  bool isHere(double t) const { return t > from_ && t <= until_; }
+  void goTo(double t);
+  const LocalPolynomials& polynomialsAt(const Vector3<double>& sensor);
+
+  FrameSource source_;
+  double from_ = 0.0, until_ = 0.0;     // of the interval where the walk is; none at first
+  std::optional<IntervalFrame> frame_;  // of that interval
+  std::map<Cell, LocalPolynomials> polynomials_;
 };
 
 }  // namespace Velorn

@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "adjustment/georef/Georeferenced.h"
-#include "adjustment/georef/IntervalModel.h"
+#include "adjustment/georef/IntervalFrame.h"
 #include "platform/geomra/PhysicalSpace.h"
 #include "platform/tessaly/TransverseMercator.h"
 #include <velorn/Section.h>
