@@ -55,6 +55,8 @@ floor("adjustment", "libvelorn", "from correspondences to corrections and georef
     ("trajectory", "import of trajectories; position and attitude at a GPS time", "config"),
     ("correspondence", "blocks of correspondences and their files; attributes of points", "config"),
     ("georef", "the sensor model: formulas over any scalar, lists of points, whole strips", "config model trajectory"),
+    ("engine", "fast sums over correspondences: derivatives by the adjoint",
+     "config model trajectory correspondence georef"),
     ("statistics", "how well strips fit before and after, and how far they moved",
      "config model trajectory correspondence georef"),
     ("optimization", "residual, check of the correspondences, solver run; alone knows Ceres",
