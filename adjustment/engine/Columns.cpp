@@ -21,4 +21,21 @@ std::vector<Columns::Place> Columns::places() const {
   return all;
 }
 
+void Columns::moveToStarts(const std::array<double, 2>& middles,
+                           Eigen::Ref<Eigen::MatrixXd> matrix) const {
+  const auto all = places();
+  // From the last one on: a column takes those of lower powers before they are changed.
+  for (auto column = static_cast<Eigen::Index>(all.size()); column-- > 0;) {
+    const auto [block, entry] = all[static_cast<std::size_t>(column)];
+    if (block < sectionBlocks) continue;
+    // dt^m = (t + c)^m = sum over k of binomial(m, k) c^(m - k) t^k, k down from m.
+    const double middle = middles[(block - sectionBlocks) / 2];
+    double factor = 1.0;
+    for (int k = entry % 4, below = 1; k > 0; --k, ++below) {
+      factor *= middle * k / below;
+      matrix.col(column) += factor * matrix.col(column - below);
+    }
+  }
+}
+
 }  // namespace Velorn

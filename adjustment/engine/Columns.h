@@ -30,6 +30,13 @@ struct Columns {
     int entry;
   };
   std::vector<Place> places() const;
+
+  /// Turns a matrix with columns for polynomials about the middle of the times, whose powers are
+  /// nearly independent of each other, into one for the unknowns, which are about the start of the
+  /// section.
+  /// @param middles  of both sections, since their starts [s]
+  /// @param matrix   its first columns are these; others stay
+  void moveToStarts(const std::array<double, 2>& middles, Eigen::Ref<Eigen::MatrixXd> matrix) const;
 };
 
 /// Derivatives by the point of one side, and what they are multiplied with on the way to unknowns.
@@ -37,18 +44,18 @@ template <typename T>
 struct SideDerivatives {
   PointGradient<T> gradient;
   Vector3<T> polar;  ///< as recorded
-  T dt;              ///< since the start of the section [s]
+  T time;            ///< since the middle of the pair's times in the section [s]
 };
 
 namespace Detail {
 
 template <typename T, typename Put>
-void putPolynomial(const Vector3<T>& gradient, const T& dt, int powers, const Put& put) {
+void putPolynomial(const Vector3<T>& gradient, const T& time, int powers, const Put& put) {
   for (int j = 0; j < 3; ++j) {
     T derivative = gradient[j];
     for (int m = 0; m < powers; ++m) {
       put(derivative);
-      derivative *= dt;
+      derivative *= time;
     }
   }
 }
@@ -58,13 +65,14 @@ void putSection(const Columns& columns, std::size_t side, const SideDerivatives<
                 const Put& put) {
   const std::size_t block = sectionBlocks + 2 * side;
   const UsedPowers used = columns.used[side];
-  if (columns.isAsked[block]) putPolynomial(of.gradient.position, of.dt, used.position, put);
-  if (columns.isAsked[block + 1]) putPolynomial(of.gradient.attitude, of.dt, used.angles, put);
+  if (columns.isAsked[block]) putPolynomial(of.gradient.position, of.time, used.position, put);
+  if (columns.isAsked[block + 1]) putPolynomial(of.gradient.attitude, of.time, used.angles, put);
 }
 
 }  // namespace Detail
 
-/// Calls put(derivative) for every column in turn.
+/// Calls put(derivative) for every column in turn; those of a section are of polynomials about the
+/// middle.
 /// @param second  null for the ground truth
 template <typename T, typename Put>
 void putDerivatives(const Columns& columns, const SideDerivatives<T>& first,
