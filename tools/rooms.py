@@ -95,6 +95,7 @@ LIBRARIES = {
     r"nlohmann/": ["flight/records", "flight/report", "flight/simulation", "flight/comparison", "flight/exchange"],
     r"CLI/": ["host"],
     r"toml\+\+/": ["host/project"],
+    r"xsimd/": ["adjustment/engine"],
     r"Eigen/": ["adjustment", "flight"],
 }
 

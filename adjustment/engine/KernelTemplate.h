@@ -10,7 +10,8 @@
 
 namespace Velorn {
 
-/// How a scalar is read and written: `count`, load, store, select, sum.
+/// How a scalar is read and written: `count` of its lanes, load, store, select, sum of the lanes,
+/// and sums of sixteen.
 template <typename T>
 struct Lanes;
 
@@ -180,22 +181,20 @@ double rows(const BatchSetup& setup, const Batch& batch, BatchRows& rows) {
 template <typename T>
 void addTile(const BatchRows& rows, std::size_t i, std::size_t j, std::size_t lanes,
              double* matrix) {
-  T sums[4][4];
-  for (auto& row : sums) {
-    for (auto& sum : row) sum = T(0.0);
-  }
+  T sums[16];
+  for (auto& sum : sums) sum = T(0.0);
   for (std::size_t lane = 0; lane < lanes; lane += Lanes<T>::count) {
     const auto load = [&](std::size_t row) { return Lanes<T>::load(&rows.rows[row][lane]); };
     const T right[4] = {load(j), load(j + 1), load(j + 2), load(j + 3)};
     for (std::size_t a = 0; a < 4; ++a) {
       const T left = load(i + a);
-      for (std::size_t b = 0; b < 4; ++b) sums[a][b] += left * right[b];
+      for (std::size_t b = 0; b < 4; ++b) sums[4 * a + b] += left * right[b];
     }
   }
+  double added[16];
+  Lanes<T>::sums(sums, added);
   for (std::size_t a = 0; a < 4; ++a) {
-    for (std::size_t b = 0; b < 4; ++b) {
-      matrix[(i + a) * mostRows + j + b] += Lanes<T>::sum(sums[a][b]);
-    }
+    for (std::size_t b = 0; b < 4; ++b) matrix[(i + a) * mostRows + j + b] += added[4 * a + b];
   }
 }
 

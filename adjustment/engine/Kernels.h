@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// The kernels by processor.
+// The kernels by processor. Only the plain one runs everywhere.
 #pragma once
 
 #include "adjustment/engine/Batch.h"
@@ -9,5 +9,7 @@
 namespace Velorn {
 
 BatchKernel plainKernel();
+BatchKernel avx2Kernel();    ///< with FMA
+BatchKernel avx512Kernel();  ///< F, DQ and VL
 
 }  // namespace Velorn

@@ -12,6 +12,9 @@ struct Lanes<double> {
   static void store(double value, double* to) { *to = value; }
   static double select(bool condition, double yes, double no) { return condition ? yes : no; }
   static double sum(double value) { return value; }
+  static void sums(const double* values, double* to) {
+    for (std::size_t i = 0; i < 16; ++i) to[i] = values[i];
+  }
 };
 
 BatchKernel plainKernel() {
