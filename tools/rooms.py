@@ -55,10 +55,12 @@ floor("adjustment", "libvelorn", "from correspondences to corrections and georef
     ("trajectory", "import of trajectories; position and attitude at a GPS time", "config"),
     ("correspondence", "blocks of correspondences and their files; attributes of points", "config"),
     ("georef", "the sensor model: formulas over any scalar, lists of points, whole strips", "config model trajectory"),
+    ("engine", "fast sums over correspondences: derivatives by the adjoint, vector kernels, condensed chunks",
+     "config model trajectory correspondence georef"),
     ("statistics", "how well strips fit before and after, and how far they moved",
      "config model trajectory correspondence georef"),
     ("optimization", "residual, check of the correspondences, solver run; alone knows Ceres",
-     "config model trajectory correspondence georef statistics"),
+     "config model trajectory correspondence georef engine statistics"),
 ])
 floor("flight", "libvelorn_flight", "from a user's files to adjusted files", ["platform", "adjustment"], [
     ("strips", "containers as columns of points, names of blocks, where files go; loops on all threads", ""),
@@ -93,6 +95,7 @@ LIBRARIES = {
     r"nlohmann/": ["flight/records", "flight/report", "flight/simulation", "flight/comparison", "flight/exchange"],
     r"CLI/": ["host"],
     r"toml\+\+/": ["host/project"],
+    r"xsimd/": ["adjustment/engine"],
     r"Eigen/": ["adjustment", "flight"],
 }
 

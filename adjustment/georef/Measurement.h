@@ -20,17 +20,24 @@ Vector3<T> polarForm(const Vector3<T>& s) {
 }
 
 /// s of q: s0 = q0 cos q1 sin q2, s1 = q0 sin q1, s2 = q0 cos q1 cos q2.
+/// @param range          q0
+/// @param first, second  sine and cosine of q1 and q2
+template <typename T>
+Vector3<T> cartesianForm(const T& range, const SineCosine<T>& first, const SineCosine<T>& second) {
+  return {range * first.cosine * second.sine, range * first.sine,
+          range * first.cosine * second.cosine};
+}
+
+/// The same of the angles themselves.
 template <typename T>
 Vector3<T> cartesianForm(const Vector3<T>& q) {
-  const auto [s1, c1] = sineCosine(q[1]);
-  const auto [s2, c2] = sineCosine(q[2]);
-  return {q[0] * c1 * s2, q[0] * s1, q[0] * c1 * c2};
+  return cartesianForm(q[0], sineCosine(q[1]), sineCosine(q[2]));
 }
 
 /// q' = (1 + c) q + o.
 /// @param q  polar form; it holds no unknown
-template <typename T>
-Vector3<T> correctedPolarForm(const Vector3<double>& q, const Vector3<T>& offsets,
+template <typename T, typename Known>
+Vector3<T> correctedPolarForm(const Vector3<Known>& q, const Vector3<T>& offsets,
                               const Vector3<T>& scales) {
   Vector3<T> corrected;
   for (int i = 0; i < 3; ++i) corrected[i] = (1.0 + scales[i]) * q[i] + offsets[i];

@@ -49,8 +49,8 @@ constexpr UsedPowers usedPowers(Sec_Type type) {
 /// The first `powers` terms of k[4 j] + k[4 j + 1] dt + k[4 j + 2] dt² + k[4 j + 3] dt³. A term
 /// left out contributes no derivative either.
 /// @param coefficients  twelve
-template <typename T>
-T correction(const T* coefficients, int j, int powers, double dt) {
+template <typename T, typename Known>
+T correction(const T* coefficients, int j, int powers, const Known& dt) {
   T sum(0.0);
   for (int m = powers - 1; m >= 0; --m) sum = sum * dt + coefficients[4 * j + m];
   return sum;
@@ -59,9 +59,9 @@ T correction(const T* coefficients, int j, int powers, double dt) {
 /// p' and a' of a pose.
 /// @param position, angles  twelve coefficients each
 /// @param dt                time since the start of the section [s]
-template <typename T>
-Pose<T> correctedPose(const Pose<double>& pose, const T* position, const T* angles, UsedPowers used,
-                      double dt) {
+template <typename T, typename Known>
+Pose<T> correctedPose(const Pose<Known>& pose, const T* position, const T* angles, UsedPowers used,
+                      const Known& dt) {
   Pose<T> corrected;
   for (int j = 0; j < 3; ++j) {
     corrected.position[j] = pose.position[j] + correction(position, j, used.position, dt);

@@ -13,18 +13,15 @@ namespace Velorn {
 
 namespace Detail {
 
-/// Σ c[j] sin 2j(ξ + iη), j from 1: real and imaginary part, by Clenshaw's recurrence.
+/// Where Clenshaw's recurrence b = c + 2 cos 2(ξ + iη) b' − b'' ends: real and imaginary part of
+/// its last two terms.
 template <typename T>
-struct SineSeries {
-  T real, imaginary;
+struct Recurrence {
+  T x, y, xBefore = T(0.0), yBefore = T(0.0);
 
-  /// @param twice              of 2ξ
-  /// @param sinhTwice, coshTwice  of 2η
-  SineSeries(const std::array<double, 6>& c, const SineCosine<T>& twice, const T& sinhTwice,
-             const T& coshTwice) {
-    const T stepReal = 2.0 * twice.cosine * coshTwice;
-    const T stepImaginary = -2.0 * twice.sine * sinhTwice;
-    T x(c[5]), y(0.0), xBefore(0.0), yBefore(0.0);
+  /// @param stepReal, stepImaginary  of 2 cos 2(ξ + iη)
+  Recurrence(const std::array<double, 6>& c, const T& stepReal, const T& stepImaginary)
+      : x(c[5]), y(0.0) {
     for (int j = 4; j >= 0; --j) {
       const T xNext = stepReal * x - stepImaginary * y - xBefore + c[static_cast<std::size_t>(j)];
       const T yNext = stepReal * y + stepImaginary * x - yBefore;
@@ -33,9 +30,22 @@ struct SineSeries {
       x = xNext;
       y = yNext;
     }
+  }
+};
+
+/// Σ c[j] sin 2j(ξ + iη), j from 1: real and imaginary part.
+template <typename T>
+struct SineSeries {
+  T real, imaginary;
+
+  /// @param twice              of 2ξ
+  /// @param sinhTwice, coshTwice  of 2η
+  SineSeries(const std::array<double, 6>& c, const SineCosine<T>& twice, const T& sinhTwice,
+             const T& coshTwice) {
+    const Recurrence<T> b(c, 2.0 * twice.cosine * coshTwice, -2.0 * twice.sine * sinhTwice);
     const T sineReal = twice.sine * coshTwice, sineImaginary = twice.cosine * sinhTwice;
-    real = sineReal * x - sineImaginary * y;
-    imaginary = sineReal * y + sineImaginary * x;
+    real = sineReal * b.x - sineImaginary * b.y;
+    imaginary = sineReal * b.y + sineImaginary * b.x;
   }
 };
 

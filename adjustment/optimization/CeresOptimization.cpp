@@ -1,14 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
+
 #include <ceres/iteration_callback.h>
 #include <ceres/solver.h>
 #include <fmt/format.h>
-#include <omp.h>
 
 #include "adjustment/optimization/AdjustmentProblem.h"
+#include "adjustment/optimization/CondensedProblem.h"
 #include "adjustment/optimization/CorrespondenceFolder.h"
 #include "adjustment/optimization/InnerOrdering.h"
 #include "adjustment/optimization/SectionReport.h"
+#include "adjustment/optimization/SolverOptions.h"
 #include "platform/morvane/Console.h"
 #include <velorn/CeresOptimization.h>
 
@@ -17,21 +20,6 @@ namespace {
 
 // Residuals per unknown; outside these bounds a warning is written.
 constexpr double fewestPerUnknown = 50.0, mostPerUnknown = 1000.0;
-
-ceres::Solver::Options solverOptions(const InputParameter& configuration) {
-  ceres::Solver::Options options;
-  options.minimizer_type = ceres::TRUST_REGION;
-  options.max_num_iterations = configuration.NumberOfIterations;
-  options.num_threads = omp_get_max_threads() - 1;  // one is left to the host
-  options.linear_solver_type = ceres::SPARSE_NORMAL_CHOLESKY;
-  options.sparse_linear_algebra_library_type = ceres::SUITE_SPARSE;
-  options.dynamic_sparsity = true;
-  options.use_nonmonotonic_steps = true;
-  options.use_inner_iterations = true;
-  options.logging_type = ceres::SILENT;
-  options.minimizer_progress_to_stdout = false;
-  return options;
-}
 
 /// Ends a solve when the host wants it.
 class Cancellation : public ceres::IterationCallback {
@@ -95,16 +83,20 @@ std::string CeresOptimization::solve(const std::vector<unsigned>& correspondence
   const std::size_t entries = entriesOfCorrespondenceFolder(inputParameter);
   ceres::Problem problem;
   std::size_t groundTruth = 0;
-  auto fault = fill(
-      problem, {solverParameters, trajectory, inputParameter, settings, correspondencesPerSection},
-      groundTruth);
+  const ProblemInputs inputs{solverParameters, trajectory, inputParameter, settings,
+                             correspondencesPerSection};
+  const bool isCondensed = settings.evaluation == Evaluation::Condensed;
+  auto options = solverOptions(inputParameter);
+  const int threads = options.num_threads;
+  if (isCondensed) options.num_threads = std::min(threads, 1);  // see fillCondensed
+  auto fault = isCondensed ? fillCondensed(problem, inputs, std::max(threads, 1), groundTruth)
+                           : fill(problem, inputs, groundTruth);
   if (!fault.empty()) return fault;
   Morvane::Console::writeLine(
       fmt::format("\n7) DONE FILLING CERES:  # of total correspondence files: {}. "
                   "GroundTruthCorrespondences: {}",
                   entries, groundTruth));
   Cancellation cancellation(settings.isCancelled);
-  auto options = solverOptions(inputParameter);
   options.callbacks = {&cancellation};
   options.inner_iteration_ordering = innerOrderingOf(problem);
   ceres::Solver::Summary summary;
@@ -114,6 +106,7 @@ std::string CeresOptimization::solve(const std::vector<unsigned>& correspondence
   } else {
     ceres::Solve(options, &problem, &summary);
   }
+  if (isCondensed) putTrueCounts(problem, threads, summary);
   outcome.end = endOf(summary);
   outcome.end.estimated = estimatedUnknowns(outcome.sections, settings);
   fullReport = summary.FullReport();

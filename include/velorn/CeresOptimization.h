@@ -27,12 +27,21 @@ namespace Velorn {
 class CorrespondenceBlock;
 struct CorrespondenceFile;
 
+/// How residuals and their derivatives are computed. Both lead along the same path to the same
+/// result, but for rounding.
+enum class Evaluation {
+  Reference,  ///< one by one, with the solver's automatic derivatives
+  Condensed   ///< many at a time, by the engine: some hundred times as fast, in a tenth of the
+              ///< memory
+};
+
 /// What a host may want otherwise. The defaults estimate everything.
 struct AdjustmentSettings {
   bool estimateOffsets = true;  ///< of range and angles
   bool estimateScales = true;   ///< of range and angles
   bool estimateMisalignment = true;
   bool estimateLeverArm = true;
+  Evaluation evaluation = Evaluation::Reference;
   /// Correspondences with the ground truth that a run needs. 0 makes a relative adjustment:
   /// nothing then controls absolute position and tilt.
   unsigned int fewestGroundTruth = 100;

@@ -1,5 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+#include <regex>
+#include <sstream>
+
 #include <omp.h>
 
 #include "tests/adjustment/optimization/Correspondences.h"
@@ -74,6 +77,39 @@ TEST_F(AdjustmentRun, TakesPairsOfOneStripAndThoseWithoutANormalAndSavesItsResul
   EXPECT_TRUE(fs::exists(parameterFile()));
 }
 
+TEST_F(AdjustmentRun, ReportsTrueNumbersAndTheSameResultHoweverItEvaluates) {
+  auto flat = being();
+  flat.normal = {};
+  write("c0_1.kx", 7, false, flat, being());
+  omp_set_num_threads(3);
+  /// Of the report what is neither a time nor written with more digits than rounding leaves.
+  const auto report = [&] {
+    std::string kept;
+    std::istringstream lines(status("03_SolverStatus.txt"));
+    for (std::string line; std::getline(lines, line);) {
+      if (std::regex_search(line, std::regex("[Bb]locks|Residuals|Parameters|steps|Threads"))) {
+        kept += line + "\n";
+      }
+    }
+    return kept;
+  };
+  EXPECT_EQ(run(), "");
+  const auto expectedReport = report();
+  const auto expected = end();
+  EXPECT_THAT(expectedReport, HasSubstr(" 277 "));
+  const double offset = parameters.getRangeAngleOffset(0);
+  divideStrip();
+  optimization.settings.evaluation = Velorn::Evaluation::Condensed;
+  EXPECT_EQ(run(), "");
+  EXPECT_EQ(report(), expectedReport);
+  EXPECT_EQ(end().residuals, expected.residuals);
+  EXPECT_EQ(end().parameters, expected.parameters);
+  EXPECT_EQ(end().estimated, expected.estimated);
+  EXPECT_EQ(end().successfulSteps, expected.successfulSteps);
+  EXPECT_NEAR(end().initialCost, expected.initialCost, 1e-9 * expected.initialCost);
+  EXPECT_NEAR(parameters.getRangeAngleOffset(0), offset, 1e-8);
+}
+
 TEST_F(AdjustmentRun, EndsWithoutAResultWhenItIsCancelledBeforeTheSolverOrAfterAStep) {
   for (const int last : {1, 3}) {
     int asked = 0;
@@ -94,7 +130,10 @@ TEST_F(AdjustmentRun, EndsWithoutAResultWhenItIsCancelledBeforeTheSolverOrAfterA
 
 TEST_F(AdjustmentRun, WarnsThatASolverWithoutAThreadMovedNothing) {
   omp_set_num_threads(1);
-  EXPECT_EQ(run(), "");
-  EXPECT_EQ(end().termination, "FAILURE");
-  EXPECT_THAT(console, Contains(AllOf(HasSubstr("the solver failed"), HasSubstr("num_threads"))));
+  for (const auto evaluation : {Velorn::Evaluation::Reference, Velorn::Evaluation::Condensed}) {
+    optimization.settings.evaluation = evaluation;
+    EXPECT_EQ(run(), "");
+    EXPECT_EQ(end().termination, "FAILURE");
+    EXPECT_THAT(console, Contains(AllOf(HasSubstr("the solver failed"), HasSubstr("num_threads"))));
+  }
 }

@@ -1,0 +1,215 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// The kernel over any scalar that Lanes describes. A file that makes a kernel of it for one
+// processor must use no other inline function on plain doubles: the linker might take its copy for
+// all processors.
+#pragma once
+
+#include "adjustment/engine/Batch.h"
+
+namespace Velorn {
+
+/// How a scalar is read and written: `count` of its lanes, load, store, select, sum of the lanes,
+/// and sums of sixteen.
+template <typename T>
+struct Lanes;
+
+namespace Detail {
+
+template <typename T>
+Vector3<T> loaded(const std::array<BatchArray, 3>& arrays, std::size_t lane) {
+  return {Lanes<T>::load(&arrays[0][lane]), Lanes<T>::load(&arrays[1][lane]),
+          Lanes<T>::load(&arrays[2][lane])};
+}
+
+template <typename T>
+Vector3<T> broadcast(const Vector3<double>& v) {
+  return {T(v.data()[0]), T(v.data()[1]), T(v.data()[2])};
+}
+
+template <typename T>
+SectionCorrections<T> broadcast(const SectionCorrections<double>& corrections) {
+  SectionCorrections<T> all;
+  for (std::size_t i = 0; i < 12; ++i) {
+    all.position[i] = T(corrections.position[i]);
+    all.angles[i] = T(corrections.angles[i]);
+  }
+  return all;
+}
+
+/// The setup of a batch, every number in all lanes.
+template <typename T>
+struct Unknowns {
+  explicit Unknowns(const BatchSetup& setup)
+      : offsets(broadcast<T>(setup.offsets)),
+        scales(broadcast<T>(setup.scales)),
+        leverArm(broadcast<T>(setup.leverArm)),
+        misalignment(setup.misalignment),
+        corrections{broadcast<T>(setup.corrections[0]), broadcast<T>(setup.corrections[1])} {}
+
+  Vector3<T> offsets, scales, leverArm;
+  Turn<T> misalignment;
+  std::array<SectionCorrections<T>, 2> corrections;
+};
+
+/// One side of some correspondences.
+template <typename T>
+struct Side {
+  Side(const BatchSetup& setup, const Unknowns<T>& unknowns, const Batch& batch, std::size_t side,
+       std::size_t lane)
+      : polar(loaded<T>(batch.sides[side].polar, lane)),
+        dt(Lanes<T>::load(&batch.sides[side].dt[lane])),
+        time(Lanes<T>::load(&batch.sides[side].time[lane])),
+        chain(correctedPolarForm(polar, unknowns.offsets, unknowns.scales),
+              correctedPose(Pose<T>{loaded<T>(batch.sides[side].position, lane),
+                                    loaded<T>(batch.sides[side].attitude, lane)},
+                            unknowns.corrections[side].position.data(),
+                            unknowns.corrections[side].angles.data(), setup.used[side], dt),
+              unknowns.misalignment, unknowns.leverArm, *setup.projection) {}
+
+  SideDerivatives<T> derivatives(const Vector3<T>& by) const {
+    return {chain.gradient(by), polar, time};
+  }
+
+  Vector3<T> polar;
+  T dt, time;
+  PointChain<T> chain;
+};
+
+/// Huber's function ρ with its corner at 1, of the square of a residual, and the square root of its
+/// derivative, by which the solver's corrector multiplies residual and derivatives.
+template <typename T>
+struct Robust {
+  T loss, factor;
+
+  Robust(const T& residual, bool hasHuber) : loss(residual * residual), factor(T(1.0)) {
+    using std::abs, std::sqrt;
+    if (!hasHuber) return;
+    const T size = abs(residual);
+    const auto isBeyond = size > T(1.0);
+    loss = Lanes<T>::select(isBeyond, 2.0 * size - 1.0, loss);
+    factor = Lanes<T>::select(isBeyond, 1.0 / sqrt(size), factor);
+  }
+};
+
+/// Distance along the weighted normal.
+template <typename T>
+T residual(const Vector3<T>& normal, const Vector3<T>& first, const Vector3<T>& second) {
+  return normal[0] * (second[0] - first[0]) + normal[1] * (second[1] - first[1]) +
+         normal[2] * (second[2] - first[2]);
+}
+
+template <typename T>
+Vector3<T> weightedNormal(const BatchSetup& setup, const Batch& batch, std::size_t lane) {
+  return loaded<T>(batch.normal, lane) * T(setup.weight);
+}
+
+/// @return ρ(r²)
+template <typename T>
+T costOfLanes(const BatchSetup& setup, const Unknowns<T>& unknowns, const Batch& batch,
+              std::size_t lane) {
+  const Vector3<T> normal = weightedNormal<T>(setup, batch, lane);
+  const Vector3<T> first = Side<T>(setup, unknowns, batch, 0, lane).chain.world();
+  const Vector3<T> second = setup.isGroundTruth
+                                ? loaded<T>(batch.sides[1].polar, lane)
+                                : Side<T>(setup, unknowns, batch, 1, lane).chain.world();
+  return Robust<T>(residual(normal, first, second), setup.hasHuber).loss;
+}
+
+/// Writes the rows' entries from a lane on.
+template <typename T>
+class RowWriter {
+ public:
+  RowWriter(BatchRows& rows, std::size_t lane) : rows_(rows), lane_(lane) {}
+
+  void put(const T& value) { Lanes<T>::store(value, &rows_.rows[row_++][lane_]); }
+
+ private:
+  BatchRows& rows_;
+  std::size_t lane_, row_ = 0;
+};
+
+/// @return ρ(r²)
+template <typename T>
+T rowsOfLanes(const BatchSetup& setup, const Unknowns<T>& unknowns, const Batch& batch,
+              std::size_t lane, BatchRows& rows) {
+  const Vector3<T> normal = weightedNormal<T>(setup, batch, lane);
+  const Side<T> first(setup, unknowns, batch, 0, lane);
+  RowWriter<T> writer(rows, lane);
+  const auto put = [&](const T& value) { writer.put(value); };
+  const auto finish = [&](const T& r, const Robust<T>& robust) {
+    put(r * robust.factor);
+    Lanes<T>::store(robust.factor, &rows.factor[lane]);
+    return robust.loss;
+  };
+  if (setup.isGroundTruth) {
+    const T r = residual(normal, first.chain.world(), loaded<T>(batch.sides[1].polar, lane));
+    const Robust<T> robust(r, setup.hasHuber);
+    putDerivatives<T>(setup.columns, first.derivatives(normal * T(-robust.factor)), nullptr, put);
+    return finish(r, robust);
+  }
+  const Side<T> second(setup, unknowns, batch, 1, lane);
+  const T r = residual(normal, first.chain.world(), second.chain.world());
+  const Robust<T> robust(r, setup.hasHuber);
+  const auto ofSecond = second.derivatives(normal * robust.factor);
+  putDerivatives<T>(setup.columns, first.derivatives(normal * T(-robust.factor)), &ofSecond, put);
+  return finish(r, robust);
+}
+
+template <typename T>
+double cost(const BatchSetup& setup, const Batch& batch) {
+  const Unknowns<T> unknowns(setup);
+  T sum(0.0);
+  for (std::size_t lane = 0; lane < batch.filled(); lane += Lanes<T>::count) {
+    sum += costOfLanes(setup, unknowns, batch, lane);
+  }
+  return Lanes<T>::sum(sum);
+}
+
+template <typename T>
+double rows(const BatchSetup& setup, const Batch& batch, BatchRows& rows) {
+  const Unknowns<T> unknowns(setup);
+  T sum(0.0);
+  for (std::size_t lane = 0; lane < batch.filled(); lane += Lanes<T>::count) {
+    sum += rowsOfLanes(setup, unknowns, batch, lane, rows);
+  }
+  return Lanes<T>::sum(sum);
+}
+
+/// The products of four rows with four rows.
+template <typename T>
+void addTile(const BatchRows& rows, std::size_t i, std::size_t j, std::size_t lanes,
+             double* matrix) {
+  T sums[16];
+  for (auto& sum : sums) sum = T(0.0);
+  for (std::size_t lane = 0; lane < lanes; lane += Lanes<T>::count) {
+    const auto load = [&](std::size_t row) { return Lanes<T>::load(&rows.rows[row][lane]); };
+    const T right[4] = {load(j), load(j + 1), load(j + 2), load(j + 3)};
+    for (std::size_t a = 0; a < 4; ++a) {
+      const T left = load(i + a);
+      for (std::size_t b = 0; b < 4; ++b) sums[4 * a + b] += left * right[b];
+    }
+  }
+  double added[16];
+  Lanes<T>::sums(sums, added);
+  for (std::size_t a = 0; a < 4; ++a) {
+    for (std::size_t b = 0; b < 4; ++b) matrix[(i + a) * mostRows + j + b] += added[4 * a + b];
+  }
+}
+
+template <typename T>
+void addProducts(const BatchRows& rows, std::size_t count, std::size_t lanes, double* matrix) {
+  for (std::size_t i = 0; i < count; i += 4) {
+    for (std::size_t j = 0; j <= i; j += 4) addTile<T>(rows, i, j, lanes, matrix);
+  }
+}
+
+}  // namespace Detail
+
+template <typename T>
+BatchKernel batchKernel(const char* name) {
+  return {name, Detail::cost<T>, Detail::rows<T>, Detail::addProducts<T>};
+}
+
+}  // namespace Velorn

@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: 2026 The Velorn developers
+// SPDX-License-Identifier: Apache-2.0
+//
+// All correspondences of two sections as one residual block.
+#pragma once
+
+#include <memory>
+
+#include <ceres/cost_function.h>
+
+#include "adjustment/engine/PairEvaluation.h"
+
+namespace Velorn {
+
+/// What the blocks of a problem have in common.
+struct CondensedRun {
+  CorrespondenceStore store;
+  Projection projection;
+  int threads;  ///< that one evaluation takes
+};
+
+/// Stands for the residuals r of a pair of sections with their Jacobian J, after Huber's function:
+/// hands the solver a factor [F f] with F'F = J'J, F'f = J'r and f'f = Σ ρ(r²), of at most as many
+/// rows as it has columns, in place of the many rows of J. Cost, gradient and Gauss-Newton's matrix
+/// are those of the single residuals, and so is the solver's path.
+class CondensedCostFunction : public ceres::CostFunction {
+ public:
+  /// @param pair  of the run's store
+  CondensedCostFunction(std::shared_ptr<const CondensedRun> run, const SectionPair& pair);
+
+  /// @return false for a pair with a fault, after a message on the console, and for unknowns with
+  ///         which a residual is not finite
+  bool Evaluate(double const* const* parameters, double* residuals,
+                double** jacobians) const override;
+
+  const std::shared_ptr<const CondensedRun>& run() const { return run_; }
+  const SectionPair& pair() const { return pair_; }
+
+ private:
+  bool evaluateCost(const PairEvaluation& evaluation, double* residuals) const;
+
+  std::shared_ptr<const CondensedRun> run_;
+  const SectionPair& pair_;
+};
+
+}  // namespace Velorn
