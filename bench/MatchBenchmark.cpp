@@ -104,8 +104,8 @@ void partners(benchmark::State& state) {
   omp_set_num_threads(static_cast<int>(state.range(0)));
   const PartnerSearch search(all.points, rules());
   for (auto _ : state) {
-    Funnels funnels;
-    const auto found = searchPartners(all.candidates, search, funnels, [](std::size_t) {});
+    CandidateTally tally;
+    const auto found = searchPartners(all.candidates, search, tally, [](std::size_t) {});
     if (found.size() * 2 < all.candidates.size()) state.SkipWithError("too few are found");
   }
   state.SetItemsProcessed(state.iterations() * std::int64_t(all.candidates.size()));
@@ -116,9 +116,9 @@ void growth(benchmark::State& state) {
   const Strips& all = strips(pointCount() * static_cast<std::size_t>(state.range(0)));
   omp_set_num_threads(2);
   for (auto _ : state) {
-    Funnels funnels;
+    CandidateTally tally;
     const PartnerSearch search(all.points, rules());
-    const auto found = searchPartners(all.candidates, search, funnels, [](std::size_t) {});
+    const auto found = searchPartners(all.candidates, search, tally, [](std::size_t) {});
     benchmark::DoNotOptimize(found.data());
   }
   state.SetItemsProcessed(state.iterations() * std::int64_t(all.points.size()));

@@ -54,6 +54,7 @@ void addCommands(CLI::App& app) {
   addRun(app);
   addRasterize(app);
   addMatch(app);
+  addCorrespondences(app);
   addAdjust(app);
   addGeoreference(app);
   addExport(app);

@@ -141,11 +141,8 @@ class Flight::Chain {
     if (!matches && !adjusts) return;
     RoundsResult rounds;
     RoundWork work(context_);
-    RoundPlan plan{matches, adjusts, {}, settings().rounds, context_.configuration().SearchRadius};
-    if (context_.scale) plan.noise = context_.scale->noise;
-    if (settings().coarseRounds >= 0) plan.coarse = settings().coarseRounds;
     try {
-      runRounds(plan, work, rounds);
+      runRounds(roundPlanOf(context_), work, rounds);
     } catch (...) {
       addRounds(rounds);
       context_.surfaces.forgetAll();

@@ -16,11 +16,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-fs::path emptyFolder(const fs::path& folder) {
+void makeEmpty(const fs::path& folder) {
   std::error_code fault;
   fs::remove_all(folder, fault);
   fs::create_directories(folder, fault);
-  if (fs::is_directory(folder) && fs::is_empty(folder)) return folder;
+  if (fs::is_directory(folder) && fs::is_empty(folder)) return;
   throw Error(folder.string() + ": cannot be made an empty folder: " + fault.message(),
               Error::NoSpace);
 }
@@ -53,10 +53,11 @@ double spacingOfStrips(const RunContext& run) {
       run.settings.raster.neighbourRadius));
 }
 
-SurfaceStore stripsOfRound(const RunContext& run, const Coarseness& coarseness,
-                           const Solution* solution, Velorn::InputParameter& configuration) {
+SurfaceStore stripsOfRound(const RunContext& run, const fs::path& folder,
+                           const Coarseness& coarseness, const Solution* solution,
+                           Velorn::InputParameter& configuration) {
   constexpr double widestAngle = 3.0;  // in units of the threshold
-  const auto folder = emptyFolder(run.folder.rastersOfRound());
+  makeEmpty(folder);
   const auto options = optionsOf(run.settings, coarseness);
   std::vector<SurfaceFiles> files;
   for (std::uint32_t id = 0; id < run.strips.size(); ++id) {

@@ -32,9 +32,11 @@ struct Coarseness {
 double spacingOfStrips(const RunContext& run);
 
 /// Makes the rasters of the round, which stand for the strips, under the same ids.
+/// @param folder         of the rasters, emptied first
 /// @param solution       that places the points; none: as delivered
 /// @param configuration  gets the angle of the round
-SurfaceStore stripsOfRound(const RunContext& run, const Coarseness& coarseness,
-                           const Solution* solution, Velorn::InputParameter& configuration);
+SurfaceStore stripsOfRound(const RunContext& run, const std::filesystem::path& folder,
+                           const Coarseness& coarseness, const Solution* solution,
+                           Velorn::InputParameter& configuration);
 
 }  // namespace Velorn::Flights

@@ -15,7 +15,6 @@
 #include "flight/chain/StepSettings.h"
 #include "flight/chain/StripsApart.h"
 #include "flight/matching/ControlMisfits.h"
-#include "flight/matching/Match.h"
 #include "flight/strips/OrFail.h"
 
 namespace Velorn::Flights {
@@ -96,6 +95,17 @@ std::string suffixOf(const Round& round) {
 }
 
 }  // namespace
+
+RoundPlan roundPlanOf(const RunContext& run) {
+  RoundPlan plan{run.does("+correspondences"),
+                 run.does("+optimization"),
+                 {},
+                 run.settings.rounds,
+                 run.configuration().SearchRadius};
+  if (run.scale) plan.noise = run.scale->noise;
+  if (run.settings.coarseRounds >= 0) plan.coarse = run.settings.coarseRounds;
+  return plan;
+}
 
 MatchOptions matchOptionsOf(const RunContext& run) {
   MatchOptions options{run.settings.match, run.settings.raster.neighbours,
@@ -182,7 +192,7 @@ MatchReport RoundWork::match(const Round& round) {
   }
   record.begin();
   run_.requireInputs();
-  MatchReport report = matchAnew(round);
+  MatchReport report = matchAnew(round, {run_.folder.root(), run_.folder.rastersOfRound(), {}});
   requireSurfaces(run_);
   run_.requireInputs();
   record.finish(key, run_.folder.blockFiles(), report);
@@ -197,8 +207,31 @@ std::shared_ptr<const Velorn::SolverParameters> RoundWork::parametersOf(
   return restoredParameters(run_, model.files);
 }
 
-MatchReport RoundWork::matchAnew(const Round& round) {
+std::optional<MatchReport> RoundWork::matched(const Round& round) const {
+  return matchRecord(round).valid<MatchReport>(matchKey(round));
+}
+
+void RoundWork::requireRound(const Round& round) const {
+  const StepRecord adjusted = adjustRecord(round);
+  if (run_.does("+optimization") && adjusted.exists()) {
+    adjusted.requireValid(adjustKey(round));
+  } else {
+    matchRecord(round).requireValid(matchKey(round));
+  }
+}
+
+MatchReport RoundWork::matchAgain(const Round& round, const fs::path& scratch,
+                                  const PairObserver& observe) {
+  requireSurfaces(run_);
+  MatchReport report = matchAnew(round, {scratch, scratch / "rasters", observe});
+  requireSurfaces(run_);
+  run_.requireInputs();
+  return report;
+}
+
+MatchReport RoundWork::matchAnew(const Round& round, const Output& output) {
   auto configuration = run_.configuration();
+  configuration.RootPath = output.root;
   configuration.SearchRadius = round.radius;
   const auto parameters = round.start ? parametersOf(*round.start) : nullptr;
   std::optional<Solution> solution;
@@ -217,10 +250,11 @@ MatchReport RoundWork::matchAnew(const Round& round) {
       options.neighbourRadius *= round.scale;
       options.areFarApart = true;
     }
-    views_ = stripsOfRound(run_, coarseness, start, configuration);
+    views_ = stripsOfRound(run_, output.rasters, coarseness, start, configuration);
   }
   options.reach = std::max(configuration.SearchRadius, options.controlReach) + reachOf(start);
-  auto report = Flights::match(configuration, surfaces(), options, start, *run_.watcher);
+  auto report =
+      Flights::match(configuration, surfaces(), options, start, *run_.watcher, output.observe);
   if (!round.isCoarse()) checkMatching(report, run_);
   return report;
 }

@@ -9,13 +9,15 @@
 
 #include "flight/chain/RoundRules.h"
 #include "flight/chain/RunContext.h"
+#include "flight/matching/Match.h"
 #include "flight/surfaces/Solution.h"
 #include <velorn/SolverParameters.h>
 #include <velorn/flight/Adjust.h>
 
 namespace Velorn::Flights {
 
-struct MatchOptions;
+/// What the settings say of the rounds.
+RoundPlan roundPlanOf(const RunContext& run);
 
 /// How a run matches where its strips do not lie far apart.
 MatchOptions matchOptionsOf(const RunContext& run);
@@ -38,6 +40,17 @@ class RoundWork final : public RoundSteps {
   AdjustmentReport adjust(const Round& round) override;
   void keep(const Round& round, const RoundReport& report) override;
   std::string digestOf(const Round& round) override;
+
+  /// The matching of a round as an earlier run has it, if its blocks are still there.
+  std::optional<MatchReport> matched(const Round& round) const;
+  /// @throws Error that says why the run's folder does not have the round
+  void requireRound(const Round& round) const;
+  /// Matches a round once more, and touches nothing of the run.
+  /// @param scratch  folder for blocks and rasters that nobody needs
+  MatchReport matchAgain(const Round& round, const std::filesystem::path& scratch,
+                         const PairObserver& observe);
+  std::shared_ptr<const Velorn::SolverParameters> parametersOf(const RoundModel& model) const;
+
   /// That the last matching has searched in.
   SurfaceStore& surfaces() { return views_ ? *views_ : run_.surfaces; }
   void tell(const std::string& line) override { run_.tell(line); }
@@ -49,9 +62,13 @@ class RoundWork final : public RoundSteps {
   StepRecord adjustRecord(const Round& round) const;
   double spacing();
   double reachOf(const Solution* start);
-  MatchReport matchAnew(const Round& round);
-
-  std::shared_ptr<const Velorn::SolverParameters> parametersOf(const RoundModel& model) const;
+  /// Where a matching writes, and who looks at it.
+  struct Output {
+    std::filesystem::path root;     ///< of the folder of blocks
+    std::filesystem::path rasters;  ///< of a round that sees the strips anew
+    PairObserver observe;
+  };
+  MatchReport matchAnew(const Round& round, const Output& output);
 
   RunContext& run_;
   std::optional<SurfaceStore> views_;  // of a round that sees the strips anew

@@ -17,9 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A variant is a run with a root of its own below the one that is named.
 FlightSettings placed(FlightSettings settings) {
-  if (!settings.variant.empty()) settings.configuration().RootPath /= settings.variant;
+  settings.configuration().RootPath = rootOf(settings);
   return settings;
 }
 
@@ -63,6 +62,11 @@ std::size_t memoryOf(const FlightSettings& settings) {
 }
 
 }  // namespace
+
+fs::path rootOf(const FlightSettings& settings) {
+  const auto& root = settings.configuration().RootPath;
+  return settings.variant.empty() ? root : root / settings.variant;
+}
 
 RunContext::RunContext(FlightSettings itsSettings, Watch watch)
     : settings(placed(std::move(itsSettings))),

@@ -19,6 +19,9 @@
 
 namespace Velorn::Flights {
 
+/// A variant is a run with a root of its own below the one that is named.
+std::filesystem::path rootOf(const FlightSettings& settings);
+
 struct RunContext {
   /// Makes the folders, reads the trajectory, and refuses inputs that do not belong together, or
   /// are still being written.

@@ -5,47 +5,23 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
-#include <system_error>
 
 #include <fmt/format.h>
 
 #include "flight/chain/Adjustment.h"
 #include "flight/chain/PointMovement.h"
 #include "flight/chain/RoundWork.h"
+#include "flight/chain/ScratchFolder.h"
 #include "flight/matching/Match.h"
 #include "platform/geomra/Degree.h"
 
 namespace Velorn::Flights {
 namespace {
 
-namespace fs = std::filesystem;
-
 using Parameters = std::shared_ptr<const Velorn::SolverParameters>;
 
 constexpr std::size_t starts = 4;
 constexpr std::size_t enoughCorrespondences = 6000;  // a flight with more is matched in part
-
-/// A folder that goes with its contents.
-class ScratchFolder {
- public:
-  explicit ScratchFolder(fs::path folder) : folder_(std::move(folder)) {
-    std::error_code fault;
-    fs::remove_all(folder_, fault);
-    fs::create_directories(folder_, fault);
-    if (fault) throw Error(folder_.string() + ": " + fault.message(), Error::NoSpace);
-  }
-  ~ScratchFolder() {
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
-  }
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-  const fs::path& path() const { return folder_; }
-
- private:
-  fs::path folder_;
-};
 
 /// Signs of the columns of a factorial design in as many runs as there are starts; a column further
 /// on is a product of the first ones, so that strips do not all go the same way.

@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <fstream>
@@ -16,10 +14,10 @@
 
 #include "flight/formats/LasFile.h"
 #include "flight/formats/LasGrid.h"
+#include "flight/formats/LasOrigin.h"
 #include "flight/formats/LittleEndian.h"
-#include "flight/strips/OrFail.h"
-#include "platform/plome/ReplacedFile.h"
-#include "platform/plome/SystemFault.h"
+#include "flight/formats/OutputFile.h"
+#include <velorn/flight/Error.h>
 
 namespace Velorn::Flights {
 namespace {
@@ -27,41 +25,6 @@ namespace {
 namespace fs = std::filesystem;
 using Geomra::PhysicalSpace::point;
 using Grids = std::array<LasGrid, 3>;
-
-/// The target, written as a stream and put in its place at the end.
-class Output {
- public:
-  explicit Output(const fs::path& target) : target_(target), file_(target) {
-    errno = 0;
-    stream_.open(file_.temporary(), std::ios::binary);
-    orFail();
-  }
-
-  void write(const char* bytes, std::uint64_t count) {
-    stream_.write(bytes, static_cast<std::streamsize>(count));
-    orFail();
-  }
-  void overwriteBegin(const std::string& bytes) {
-    stream_.seekp(0);
-    write(bytes.data(), bytes.size());
-  }
-  void finish() {
-    stream_.close();
-    orFail();
-    Flights::orFail(file_.replace(), Error::NoSpace);
-  }
-
- private:
-  void orFail() const {
-    if (stream_) return;
-    const std::string cause = errno != 0 ? Plome::systemFault(errno) : "unknown cause";
-    throw Error(fmt::format("{}: cannot be written: {}", target_.string(), cause), Error::NoSpace);
-  }
-
-  fs::path target_;
-  Plome::ReplacedFile file_;
-  std::ofstream stream_;
-};
 
 /// What the header tells of the points that were written.
 struct Written {
@@ -149,7 +112,8 @@ Grids gridsFor(const LasFile& source, std::span<const std::uint64_t> numbers,
           gridOfAxis(source, 2, numbers, places)};
 }
 
-void copyBytes(const LasFile& source, std::uint64_t position, std::uint64_t count, Output& out) {
+void copyBytes(const LasFile& source, std::uint64_t position, std::uint64_t count,
+               OutputFile& out) {
   if (count == 0) return;
   std::ifstream file = source.open(position);
   std::vector<char> block(std::min<std::uint64_t>(count, 1U << 20U));
@@ -166,7 +130,7 @@ void copyBytes(const LasFile& source, std::uint64_t position, std::uint64_t coun
 /// Writes the chosen points with their places on the grids.
 Written copyPoints(const LasFile& source, const Grids& grids,
                    std::span<const std::uint64_t> numbers, std::span<const point> places,
-                   Output& out) {
+                   OutputFile& out) {
   const LasHeader& header = source.header();
   Written written;
   std::vector<char> block;
@@ -187,24 +151,6 @@ Written copyPoints(const LasFile& source, const Grids& grids,
     out.write(block.data(), block.size());
   });
   return written;
-}
-
-void putText(char* bytes, const std::string& text) {
-  const std::size_t length = std::min(text.size(), LasPlaces::textWidth);
-  std::fill_n(std::copy_n(text.data(), length, bytes), LasPlaces::textWidth - length, '\0');
-}
-
-void putOrigin(char* head) {
-  using std::chrono::floor, std::chrono::days, std::chrono::year_month_day;
-  const auto today = floor<days>(std::chrono::system_clock::now());
-  const auto year = year_month_day(today).year();
-  const auto before = std::chrono::sys_days(year / 1 / 1) - days(1);
-  putText(head + LasPlaces::systemId, "MODIFICATION");
-  putText(head + LasPlaces::generatingSoftware, "Velorn " VELORN_VERSION);
-  putNumber<std::uint16_t>(head + LasPlaces::creationDay,
-                           static_cast<std::uint16_t>((today - before).count()));
-  putNumber<std::uint16_t>(head + LasPlaces::creationYear,
-                           static_cast<std::uint16_t>(static_cast<int>(year)));
 }
 
 void putCounts(char* head, const LasHeader& header, const Written& written) {
@@ -261,7 +207,7 @@ std::string newHeader(const LasFile& source, const Grids& grids, const Written& 
   if (!source.open(0).read(head.data(), static_cast<std::streamsize>(head.size()))) {
     throw Error(source.path().string() + ": cannot be read");
   }
-  putOrigin(head.data());
+  putOrigin(head.data(), "MODIFICATION");
   putCounts(head.data(), header, written);
   putBounds(head.data(), grids, written);
   putStarts(head.data(), header, written, size);
@@ -286,7 +232,7 @@ void copyLas(const fs::path& source, const fs::path& target, std::span<const std
   const Grids grids = gridsFor(file, numbers, places);
   const std::uint64_t end = file.header().pointsEnd(), size = file.size();
   if (size < end) throw Error(source.string() + ": became shorter while it was read");
-  Output out(target);
+  OutputFile out(target);
   copyBytes(file, 0, file.header().pointsStart, out);
   const Written written = copyPoints(file, grids, numbers, places, out);
   copyBytes(file, end, size - end, out);

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <stdexcept>
 #include <string_view>
 
 #include <cpl_error.h>
@@ -146,6 +147,20 @@ LasCrs crsOfWkt(const std::string& wkt) {
   }
   const std::string name = nameOf(system);
   return {codeOf(system), name};
+}
+
+std::string wktOf(unsigned epsg) {
+  const Quiet quiet;
+  OGRSpatialReference system;
+  char* text = nullptr;
+  if (system.importFromEPSG(static_cast<int>(epsg)) != OGRERR_NONE || !system.IsProjected() ||
+      system.exportToWkt(&text) != OGRERR_NONE) {
+    CPLFree(text);
+    throw std::invalid_argument(fmt::format("EPSG code {}, which is no projected system", epsg));
+  }
+  std::string wkt = text;
+  CPLFree(text);
+  return wkt;
 }
 
 LasCrs crsOfGeoKeys(std::span<const char> directory, const std::string& texts) {

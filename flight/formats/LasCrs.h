@@ -20,6 +20,10 @@ struct LasCrs {
 /// @param wkt  any bytes; what stands behind the first zero byte does not count
 LasCrs crsOfWkt(const std::string& wkt);
 
+/// A projected system as WKT of its first version, as LAS files tell it.
+/// @throws std::invalid_argument for a code that is none of a projected system
+std::string wktOf(unsigned epsg);
+
 /// The key directory of GeoTIFF: the projected system's code, or that of the UTM system whose zone
 /// the keys tell and whose name the citation is, as some writers have it.
 /// @param directory  record 34735, any bytes

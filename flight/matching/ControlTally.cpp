@@ -75,7 +75,7 @@ std::vector<ControlItem> ControlTally::items() const {
 }
 
 void leaveOtherSurfaces(std::vector<Correspondence>& pairs, const GroundTruth& known,
-                        Funnels& funnels) {
+                        CandidateTally& tally) {
   constexpr double width = 3.0, farOff = 0.1;  // [m]
   std::map<std::uint32_t, std::vector<double>> distances;
   for (const Correspondence& one : pairs) distances[known.patchOf(one.j)].push_back(one.distance);
@@ -85,7 +85,7 @@ void leaveOtherSurfaces(std::vector<Correspondence>& pairs, const GroundTruth& k
     const Spread& spread = spreads.at(known.patchOf(one.j));
     const bool isOther =
         std::abs(one.distance - spread.median) > std::max(farOff, width * spread.nmad);
-    if (isOther) ++funnels[classIndexOf(one.code)].outlier;
+    if (isOther) tally.judge(one, Fate::outlier);
     return isOther;
   });
 }

@@ -39,9 +39,9 @@ class ControlTally {
 
 /// Takes out what lies on another surface than the patch does in most of the strip: roofs or cars
 /// above it. That is farther than 10 cm and 3 NMAD off the median of the strip's points at the same
-/// patch, so that at least half of them stay, however far off all are. Counts outliers.
+/// patch, so that at least half of them stay, however far off all are. Judges outliers.
 /// @param pairs  of one strip
 void leaveOtherSurfaces(std::vector<Correspondence>& pairs, const GroundTruth& known,
-                        Funnels& funnels);
+                        CandidateTally& tally);
 
 }  // namespace Velorn::Flights

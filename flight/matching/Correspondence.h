@@ -11,6 +11,7 @@
 
 #include "platform/geomra/PhysicalSpace.h"
 #include <velorn/SphericalBeing.h>
+#include <velorn/flight/CorrespondenceRow.h>
 
 namespace Velorn::Flights {
 
@@ -29,14 +30,23 @@ struct SearchRules {
   double roughest = std::numeric_limits<double>::infinity();  ///< of planes that grow [m]
 };
 
-/// A found partner; numbers are those of the points searched in.
+/// The number of a point where there is none.
+inline constexpr std::uint32_t noPoint = std::numeric_limits<std::uint32_t>::max();
+
+/// A candidate and its partner; numbers are those of the points searched in.
 struct Correspondence {
-  std::uint32_t i = 0, j = 0;
+  std::uint32_t i = noPoint, j = noPoint;
   std::uint8_t code = 0;                      ///< of the class, 10 for the ground truth
   vector normalI, normalJ;                    ///< unit
   double shiftI = 0.0, shiftJ = 0.0;          ///< along the beams, towards the sensor [m]
   double roughnessI = 0.0, roughnessJ = 0.0;  ///< of the neighbourhoods; 0 of the ground truth [m]
   double distance = 0.0;  ///< n_I · (Q' − P') of the moved points, as searched [m]
+};
+
+/// A candidate when all is known of it.
+struct JudgedCandidate {
+  Correspondence pair;
+  Fate fate;
 };
 
 /// How far a point moves along its beam, towards the sensor, to lie on its plane [m]: t of

@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <numeric>
+#include <optional>
 #include <utility>
 
 #include "flight/matching/ControlTally.h"
@@ -55,15 +56,16 @@ class JoinedSets {
   std::vector<std::uint32_t> parents_;
 };
 
-enum class TruthFate : std::uint8_t { noCandidate, tooFar, angle, roughness, found };
-
-TruthFate examine(const PartnerSearch& strip, const GroundTruth& known, double reach,
-                  Correspondence& pair) {
+/// Everything about a strip's point and the ground truth's, which has no number where none is in
+/// reach.
+/// @return none: they may be a correspondence
+std::optional<Fate> examine(const PartnerSearch& strip, const GroundTruth& known, double reach,
+                            Correspondence& pair) {
   const SearchRules& rules = strip.rules();
   const MatchPoints& points = strip.points();
   const point& p = points.places()[pair.i];
   const Neighbour nearest = known.nearest(p, reach);
-  if (!(nearest.square < infinite)) return TruthFate::noCandidate;
+  if (!(nearest.square < infinite)) return {};
   pair.j = nearest.number;
   pair.code = codeOf(Velorn::TerrainType::GROUND_TRUTH);
   pair.normalI = pair.normalJ = known.points().normals[pair.j];
@@ -71,15 +73,15 @@ TruthFate examine(const PartnerSearch& strip, const GroundTruth& known, double r
   const double along = dot(pair.normalI, away);
   const double beside = std::sqrt(std::max(0.0, nearest.square - along * along));
   const double spacing = known.spacing() > 0.0 ? known.spacing() : rules.radius;
-  if (beside > std::min(spacing, rules.radius)) return TruthFate::tooFar;
+  if (beside > std::min(spacing, rules.radius)) return Fate::tooFar;
   const PlaneFit plane = strip.planeAbout(pair.i);
-  if (!plane.exists()) return TruthFate::roughness;
-  if (!(std::abs(dot(plane.normal, pair.normalI)) >= rules.cosine)) return TruthFate::angle;
+  if (!plane.exists()) return Fate::noPlane;
+  if (!(std::abs(dot(plane.normal, pair.normalI)) >= rules.cosine)) return Fate::angle;
   pair.roughnessI = plane.roughness;
   const vector& beam = points.beams[pair.i];
   if (rules.ontoPlanes) pair.shiftI = shiftOntoPlane(plane.distanceOf(p), plane.normal, beam);
   pair.distance = dot(pair.normalI, known.points().places[pair.j] - shifted(p, beam, pair.shiftI));
-  return TruthFate::found;
+  return {};
 }
 
 std::vector<std::uint32_t> nearGroundTruth(const PartnerSearch& strip, const GroundTruth& known,
@@ -95,17 +97,10 @@ std::vector<std::uint32_t> nearGroundTruth(const PartnerSearch& strip, const Gro
   return near;
 }
 
-void count(TruthFate fate, Funnel& funnel) {
-  funnel.candidates += fate == TruthFate::noCandidate ? 0 : 1;
-  funnel.tooFar += fate == TruthFate::tooFar ? 1 : 0;
-  funnel.angle += fate == TruthFate::angle ? 1 : 0;
-  funnel.roughness += fate == TruthFate::roughness ? 1 : 0;
-}
-
-void count(TruthFate fate, std::uint32_t item, ControlTally& items) {
-  if (fate == TruthFate::tooFar) items.count(item, &ControlItem::beside);
-  if (fate == TruthFate::angle) items.count(item, &ControlItem::turnedAway);
-  if (fate == TruthFate::roughness) items.count(item, &ControlItem::rough);
+void count(Fate fate, std::uint32_t item, ControlTally& items) {
+  if (fate == Fate::tooFar) items.count(item, &ControlItem::beside);
+  if (fate == Fate::angle) items.count(item, &ControlItem::turnedAway);
+  if (fate == Fate::noPlane) items.count(item, &ControlItem::rough);
 }
 
 }  // namespace
@@ -156,22 +151,27 @@ bool GroundTruth::isNear(const point& place, double radius) const {
 
 std::vector<Correspondence> searchGroundTruth(const PartnerSearch& strip,
                                               const GroundTruth& groundTruth, double reach,
-                                              Funnels& funnels, ControlTally& items,
+                                              CandidateTally& tally, ControlTally& items,
                                               const std::function<void(std::size_t)>& tell) {
   std::vector<Correspondence> pairs;
   if (groundTruth.empty()) return pairs;
   const auto near = nearGroundTruth(strip, groundTruth, reach);
   pairs.resize(near.size());
-  std::vector<TruthFate> fates(near.size());
+  std::vector<std::optional<Fate>> fates(near.size());
   forEachInChunks(near.size(), tell, [&](std::size_t k) {
     pairs[k].i = near[k];
     fates[k] = examine(strip, groundTruth, reach, pairs[k]);
   });
   std::size_t found = 0;
   for (std::size_t k = 0; k < pairs.size(); ++k) {
-    count(fates[k], funnels[0]);
-    count(fates[k], groundTruth.patchOf(pairs[k].j), items);
-    if (fates[k] == TruthFate::found) pairs[found++] = pairs[k];
+    if (pairs[k].j == noPoint) continue;
+    tally.add(pairs[k]);
+    if (fates[k]) {
+      tally.judge(pairs[k], *fates[k]);
+      count(*fates[k], groundTruth.patchOf(pairs[k].j), items);
+    } else {
+      pairs[found++] = pairs[k];
+    }
   }
   pairs.resize(found);
   return pairs;

@@ -60,7 +60,7 @@ class ControlTally;
 /// @param tell   told on the calling thread how many points are done
 std::vector<Correspondence> searchGroundTruth(const PartnerSearch& strip,
                                               const GroundTruth& groundTruth, double reach,
-                                              Funnels& funnels, ControlTally& items,
+                                              CandidateTally& tally, ControlTally& items,
                                               const std::function<void(std::size_t)>& tell);
 
 }  // namespace Velorn::Flights

@@ -33,7 +33,7 @@ constexpr unsigned int timeBins = 16;
 /// The correspondences of one pair, from found to written.
 struct Found {
   std::vector<Correspondence> pairs;
-  Funnels funnels;
+  CandidateTally tally;
 };
 
 /// Class, slope, aspect and time of each correspondence as one number.
@@ -54,17 +54,17 @@ std::vector<std::uint64_t> strataOf(const Found& found, const MatchPoints& point
   return strata;
 }
 
-/// Keeps as many as there is room for; counts those given up and those kept.
+/// Keeps as many as there is room for.
 void thin(Found& found, const std::vector<std::uint64_t>& strata, std::size_t room,
           std::uint64_t seed) {
-  for (const Correspondence& pair : found.pairs) ++found.funnels[classIndexOf(pair.code)].thinned;
-  std::vector<Correspondence> kept;
-  for (const std::uint32_t k : thinned(strata, room, seed)) kept.push_back(found.pairs[k]);
-  found.pairs = std::move(kept);
-  for (const Correspondence& pair : found.pairs) {
-    --found.funnels[classIndexOf(pair.code)].thinned;
-    ++found.funnels[classIndexOf(pair.code)].kept;
+  const auto numbers = thinned(strata, room, seed);
+  std::size_t kept = 0;
+  for (std::size_t k = 0; k < found.pairs.size(); ++k) {
+    const bool isKept = kept < numbers.size() && numbers[kept] == k;
+    found.tally.judge(found.pairs[k], isKept ? Fate::kept : Fate::thinned);
+    if (isKept) found.pairs[kept++] = found.pairs[k];
   }
+  found.pairs.resize(kept);
 }
 
 /// The record of a point that was moved onto its plane.
@@ -88,7 +88,8 @@ class Matcher {
  public:
   Matcher(const Velorn::InputParameter& configuration, const MatchOptions& options,
           const Solution* solution, SurfaceStore& surfaces, const GroundTruth& groundTruth,
-          const MatchPlan& plan, const BlockFolder& folder, Kestrum::LoaderProgress& progress)
+          const MatchPlan& plan, const BlockFolder& folder, Kestrum::LoaderProgress& progress,
+          const PairObserver& observe)
       : configuration_(configuration),
         surfaces_(surfaces),
         options_(options),
@@ -97,6 +98,7 @@ class Matcher {
         plan_(plan),
         folder_(folder),
         progress_(progress),
+        observe_(observe),
         rules_{configuration.SearchRadius, std::cos(configuration.ThresholdMaxAngle * degree),
                options.ontoPlanes,         options.neighbours,
                options.neighbourRadius,    options.areFarApart,
@@ -161,11 +163,11 @@ class Matcher {
       return part_.holds(place) && plan_.hulls[pair.j].holds(place, reach_);
     });
     georeference(surfaces_.files(pair.i).raster, pair.i, candidates);
-    Found found;
+    Found found{{}, tally()};
     found.pairs =
-        searchPartners(candidates, search, found.funnels, [this](std::size_t k) { tell(k); });
+        searchPartners(candidates, search, found.tally, [this](std::size_t k) { tell(k); });
     done_ += pair.candidates;
-    rejectUnlike(found.pairs, found.funnels,
+    rejectUnlike(found.pairs, found.tally,
                  options_.areFarApart ? Alike::ofDirection : Alike::ofClass);
     thin(found, strataOf(found, candidates), pair.room, derivedSeed(options_.seed, pair.i, pair.j));
     for (const Correspondence& one : found.pairs) {
@@ -173,6 +175,8 @@ class Matcher {
       disagreements_.push_back(std::abs(one.distance));
     }
     write(pair, found, candidates, search.points());
+    observe({pair.i, pair.j, surfaces_, candidates, &search.points(), groundTruth_},
+            std::move(found.tally));
   }
 
   void write(const PlannedPair& pair, const Found& found, const MatchPoints& pointsOfI,
@@ -185,20 +189,20 @@ class Matcher {
       support_.add(pair.j, pointsOfJ.times[one.j], one.normalI);
     }
     folder_.write({pair.i, pair.j, false, pointsOfI.week, pointsOfJ.week}, entries);
-    report_.pairs.push_back({pair.i, pair.j, false, found.funnels});
+    report_.pairs.push_back({pair.i, pair.j, false, found.tally.funnels()});
     report_.correspondences += entries.size();
   }
 
   /// Nothing is left out for its distance: control that does not fit is a finding.
   void matchGroundTruth(const PlannedPair& pair, const PartnerSearch& search) {
-    Found found;
-    found.pairs = searchGroundTruth(search, groundTruth_, controlReach_, found.funnels, control_,
+    Found found{{}, tally()};
+    found.pairs = searchGroundTruth(search, groundTruth_, controlReach_, found.tally, control_,
                                     [this](std::size_t) { tell(0); });
     auto before = found.pairs;
-    rejectRough(found.pairs, found.funnels);
+    rejectRough(found.pairs, found.tally);
     control_.countGone(before, found.pairs, &ControlItem::rough);
     before = found.pairs;
-    leaveOtherSurfaces(found.pairs, groundTruth_, found.funnels);
+    leaveOtherSurfaces(found.pairs, groundTruth_, found.tally);
     control_.countGone(before, found.pairs, &ControlItem::otherSurface);
     before = found.pairs;
     std::vector<std::uint64_t> patches;
@@ -207,6 +211,8 @@ class Matcher {
     control_.countGone(before, found.pairs, &ControlItem::thinned);
     control_.add(found.pairs);
     keepKnown(pair, found, search.points());
+    observe({pair.i, pair.j, surfaces_, search.points(), nullptr, groundTruth_},
+            std::move(found.tally));
   }
 
   void keepKnown(const PlannedPair& pair, const Found& found, const MatchPoints& points) {
@@ -219,7 +225,7 @@ class Matcher {
            {known.places[one.j], {}, 0.0, one.normalJ, {}, known.codes[one.j]}});
       support_.add(pair.i, points.times[one.i], one.normalI);
     }
-    report_.pairs.push_back({pair.i, pair.j, true, found.funnels});
+    report_.pairs.push_back({pair.i, pair.j, true, found.tally.funnels()});
     report_.correspondences += block.entries.size();
     report_.withGroundTruth += block.entries.size();
     known_.push_back(std::move(block));
@@ -242,6 +248,14 @@ class Matcher {
     }
   }
 
+  CandidateTally tally() const { return CandidateTally(observe_ != nullptr); }
+
+  void observe(MatchedPair pair, CandidateTally tally) const {
+    if (!observe_) return;
+    pair.candidates = std::move(tally).judged();
+    observe_(pair);
+  }
+
   void tell(std::size_t inPair) { progress_.report("matching", done_ + inPair, total_); }
 
   const Velorn::InputParameter& configuration_;
@@ -252,6 +266,7 @@ class Matcher {
   const MatchPlan& plan_;
   const BlockFolder& folder_;
   Kestrum::LoaderProgress& progress_;
+  const PairObserver& observe_;
   SearchRules rules_;
   double reach_, controlReach_;
   SampledSquares part_;
@@ -267,15 +282,15 @@ class Matcher {
 
 MatchReport match(const Velorn::InputParameter& configuration, SurfaceStore& surfaces,
                   const MatchOptions& options, const Solution* solution,
-                  Kestrum::LoaderProgress& progress) {
+                  Kestrum::LoaderProgress& progress, const PairObserver& observe) {
   surfaces.requireFiles();
   const GroundTruth groundTruth(surfaces.knownPoints());
   const MatchPlan plan = planOf(configuration, surfaces, options, groundTruth);
   const BlockFolder folder(configuration.RootPath / configuration.getCorrespondencePath(),
                            configuration.Storage);
-  MatchReport report =
-      Matcher(configuration, options, solution, surfaces, groundTruth, plan, folder, progress)
-          .run();
+  MatchReport report = Matcher(configuration, options, solution, surfaces, groundTruth, plan,
+                               folder, progress, observe)
+                           .run();
   folder.finish();
   return report;
 }

@@ -6,6 +6,10 @@
 //     const MatchReport report = match(configuration, surfaces, options, nullptr, progress);
 #pragma once
 
+#include <functional>
+#include <vector>
+
+#include "flight/matching/Correspondence.h"
 #include "flight/surfaces/Solution.h"
 #include "flight/surfaces/SurfaceStore.h"
 #include "platform/kestrum/LoaderProgress.h"
@@ -39,6 +43,23 @@ struct MatchOptions : MatchSettings {
   double roughest = 0.05;           ///< of planes that grow [m]
 };
 
+class GroundTruth;
+
+/// Two strips, or a strip and the ground truth, and what became of all candidates.
+struct MatchedPair {
+  std::uint32_t i, j;            ///< file ids
+  const SurfaceStore& surfaces;  ///< that the points are of
+  const MatchPoints& pointsOfI;  ///< that the numbers i of the candidates count
+  const MatchPoints* pointsOfJ;  ///< null: partners are points of the ground truth
+  const GroundTruth& groundTruth;
+  std::vector<JudgedCandidate> candidates{};  ///< by their numbers i
+
+  bool isWithGroundTruth() const { return !pointsOfJ; }
+};
+
+/// Is shown each pair when it is done.
+using PairObserver = std::function<void(const MatchedPair&)>;
+
 /// Writes a block for each pair with correspondences into the
 /// correspondence folder of the configuration; the blocks of an earlier matching are removed. While
 /// that is going on a file "unfinished" lies in the folder. Blocks hold the delivered positions
@@ -46,10 +67,11 @@ struct MatchOptions : MatchSettings {
 /// @param configuration  checked; radius, angle, root and folder of the blocks count
 /// @param surfaces       with the raster of the ground truth, which may be an empty container
 /// @param solution       of the round before; none: as delivered
+/// @param observe        none: nobody looks, and no candidate is remembered
 /// @throws Error, naming the file, for one that cannot be used or written
 MatchReport match(const Velorn::InputParameter& configuration, SurfaceStore& surfaces,
                   const MatchOptions& options, const Solution* solution,
-                  Kestrum::LoaderProgress& progress);
+                  Kestrum::LoaderProgress& progress, const PairObserver& observe = {});
 
 /// Name of the file that marks a folder of correspondences as incomplete.
 inline constexpr const char* unfinishedName = "unfinished";

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <tuple>
 
 #include "flight/strips/ParallelLoop.h"
@@ -51,10 +52,10 @@ bool doAgree(const vector& a, const vector& b, const SearchRules& rules) {
   return dot(a, b) / (lengthOf(a) * lengthOf(b)) >= rules.cosine;
 }
 
-enum class Fate : std::uint8_t { tooFar, angle, roughness, found };
-
-/// Everything about the two points of a correspondence but their numbers.
-Fate examine(const MatchPoints& candidates, const PartnerSearch& search, Correspondence& pair) {
+/// Everything about the two points of a correspondence but their numbers and class.
+/// @return none: they may be one
+std::optional<Fate> examine(const MatchPoints& candidates, const PartnerSearch& search,
+                            Correspondence& pair) {
   const MatchPoints& partners = search.points();
   const SearchRules& rules = search.rules();
   const std::size_t i = pair.i, j = pair.j;
@@ -64,9 +65,8 @@ Fate examine(const MatchPoints& candidates, const PartnerSearch& search, Corresp
   pair.roughnessI = candidates.roughness[i];
   pair.roughnessJ = plane.roughness;
   if (!plane.exists() || !std::isfinite(pair.roughnessI + candidates.heights[i])) {
-    return Fate::roughness;
+    return Fate::noPlane;
   }
-  pair.code = candidates.codes[i];
   pair.normalI = (1.0 / lengthOf(normalI)) * normalI;
   pair.normalJ = plane.normal;
   const point &p = candidates.places()[i], &q = partners.places()[j];
@@ -76,18 +76,15 @@ Fate examine(const MatchPoints& candidates, const PartnerSearch& search, Corresp
   }
   pair.distance = dot(pair.normalI, shifted(q, partners.beams[j], pair.shiftJ) -
                                         shifted(p, candidates.beams[i], pair.shiftI));
-  return Fate::found;
+  return {};
 }
 
-std::size_t& counterOf(Fate fate, Funnel& funnel) {
-  switch (fate) {
-    case Fate::tooFar:
-      return funnel.tooFar;
-    case Fate::angle:
-      return funnel.angle;
-    default:
-      return funnel.roughness;
-  }
+/// Why a candidate has no partner; none: it may have one.
+std::optional<Fate> fateOf(const Neighbour& nearest, const MatchPoints& candidates,
+                           const PartnerSearch& search, Correspondence& pair) {
+  if (nearest.number == noPoint) return Fate::tooFar;
+  if (!(nearest.square < infinite)) return Fate::taken;
+  return examine(candidates, search, pair);
 }
 
 }  // namespace
@@ -104,7 +101,7 @@ Neighbour PartnerSearch::nearest(const point& place, std::uint8_t code,
   const std::function<bool(std::uint32_t)> agrees = [&](std::uint32_t k) {
     return doAgree(normal, points_.normals[k], rules_);
   };
-  Neighbour room{0, infinite};
+  Neighbour room{noPoint, infinite};
   Neighbours found({&room, 1}, rules_.radius, rules_.areFarApart ? &agrees : nullptr);
   classes_[static_cast<std::size_t>(code - firstCode)].search(place, found);
   return room;
@@ -120,24 +117,24 @@ PlaneFit PartnerSearch::planeAbout(std::size_t k) const {
 }
 
 std::vector<Correspondence> searchPartners(const MatchPoints& candidates,
-                                           const PartnerSearch& partners, Funnels& funnels,
+                                           const PartnerSearch& partners, CandidateTally& tally,
                                            const std::function<void(std::size_t)>& tell) {
   const auto nearest = nearestPartners(candidates, partners, tell);
   std::vector<Correspondence> pairs(candidates.size());
-  std::vector<Fate> fates(candidates.size(), Fate::tooFar);
+  std::vector<std::optional<Fate>> fates(candidates.size());
   forEachInParallel(0, pairs.size(), 64, [&](std::size_t k) {
     pairs[k].i = static_cast<std::uint32_t>(k);
     pairs[k].j = nearest[k].number;
-    if (nearest[k].square < infinite) fates[k] = examine(candidates, partners, pairs[k]);
+    pairs[k].code = candidates.codes[k];
+    fates[k] = fateOf(nearest[k], candidates, partners, pairs[k]);
   });
   std::size_t found = 0;
   for (std::size_t k = 0; k < pairs.size(); ++k) {
-    Funnel& funnel = funnels[classIndexOf(candidates.codes[k])];
-    ++funnel.candidates;
-    if (fates[k] == Fate::found) {
-      pairs[found++] = pairs[k];
+    tally.add(pairs[k]);
+    if (fates[k]) {
+      tally.judge(pairs[k], *fates[k]);
     } else {
-      ++counterOf(fates[k], funnel);
+      pairs[found++] = pairs[k];
     }
   }
   pairs.resize(found);

@@ -4,11 +4,11 @@
 // The search for partners of a raster's points among the points of another strip.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <functional>
 #include <vector>
 
+#include "flight/matching/CandidateTally.h"
 #include "flight/matching/Correspondence.h"
 #include "flight/matching/Match.h"
 #include "flight/surfaces/MatchPoints.h"
@@ -16,9 +16,6 @@
 #include "flight/surfaces/PointTiles.h"
 
 namespace Velorn::Flights {
-
-/// By the class index: ground truth, roof, slope, bed points, flat.
-using Funnels = std::array<Funnel, 5>;
 
 /// The points of a strip, to be searched in class by class. It refers to them.
 class PartnerSearch {
@@ -44,12 +41,12 @@ class PartnerSearch {
 /// The partners of the points of strip I, in their order: the nearest point of the same class in J.
 /// A point of J that is the nearest one of several belongs to the nearest of them alone, as two
 /// correspondences with one point are not independent; they share it where strips are far apart.
-/// Counts candidates, those too far, with another normal and without a plane; the same for any
-/// number of threads.
+/// Judges candidates too far, with another normal and without a plane; the same for any number of
+/// threads.
 /// @param candidates  of a raster
 /// @param tell        told on the calling thread how many candidates are done
 std::vector<Correspondence> searchPartners(const MatchPoints& candidates,
-                                           const PartnerSearch& partners, Funnels& funnels,
+                                           const PartnerSearch& partners, CandidateTally& tally,
                                            const std::function<void(std::size_t)>& tell);
 
 }  // namespace Velorn::Flights

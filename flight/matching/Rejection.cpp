@@ -55,11 +55,11 @@ class Spreads {
 };
 
 template <typename IsUnlike>
-void takeOut(std::vector<Correspondence>& pairs, Funnels& funnels, std::size_t Funnel::*counter,
+void takeOut(std::vector<Correspondence>& pairs, CandidateTally& tally, Fate fate,
              const IsUnlike& isUnlike) {
   std::erase_if(pairs, [&](const Correspondence& pair) {
     const bool isOut = isUnlike(pair);
-    if (isOut) ++(funnels[classOf(pair)].*counter);
+    if (isOut) tally.judge(pair, fate);
     return isOut;
   });
 }
@@ -81,22 +81,22 @@ Spread spreadOf(std::vector<double> values) {
   return {OrvekStatistic::quantileInPlace(values, 0.5), OrvekStatistic::nmadInPlace(values)};
 }
 
-void rejectRough(std::vector<Correspondence>& pairs, Funnels& funnels) {
+void rejectRough(std::vector<Correspondence>& pairs, CandidateTally& tally) {
   const Spreads sideI(pairs, Alike::ofClass,
                       [](const Correspondence& pair) { return pair.roughnessI; });
   const Spreads sideJ(pairs, Alike::ofClass,
                       [](const Correspondence& pair) { return pair.roughnessJ; });
-  takeOut(pairs, funnels, &Funnel::roughness, [&](const Correspondence& pair) {
+  takeOut(pairs, tally, Fate::roughness, [&](const Correspondence& pair) {
     return sideI.excess(pair, pair.roughnessI) > 1.0 || sideJ.excess(pair, pair.roughnessJ) > 1.0;
   });
-  describe(pairs, funnels);
+  describe(pairs, tally.funnels());
 }
 
-void rejectUnlike(std::vector<Correspondence>& pairs, Funnels& funnels, Alike alike) {
-  rejectRough(pairs, funnels);
+void rejectUnlike(std::vector<Correspondence>& pairs, CandidateTally& tally, Alike alike) {
+  rejectRough(pairs, tally);
   const Spreads distances(pairs, alike, [](const Correspondence& pair) { return pair.distance; });
   const bool areTooFew = pairs.size() < enoughOfPair;
-  takeOut(pairs, funnels, &Funnel::outlier, [&](const Correspondence& pair) {
+  takeOut(pairs, tally, Fate::outlier, [&](const Correspondence& pair) {
     return areTooFew || !(std::abs(distances.excess(pair, pair.distance)) <= 1.0);
   });
 }

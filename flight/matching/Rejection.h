@@ -28,15 +28,14 @@ enum class Alike : std::uint8_t {
 };
 
 /// The first step of `rejectUnlike` alone, with median and NMAD of the distances that are left.
-void rejectRough(std::vector<Correspondence>& pairs, Funnels& funnels);
+void rejectRough(std::vector<Correspondence>& pairs, CandidateTally& tally);
 
 /// Takes out, class by class, the correspondences with a neighbourhood on either side that is
 /// rougher than the median + 3 NMAD of that side, then those with a distance along the normal
 /// beyond the median ± 3 NMAD of those alike. Fewer than ten are judged by all of the pair
 /// together, and fewer than five in all are outliers: nobody could tell. An NMAD below 1 mm counts
-/// as 1 mm. Counts in the funnels, with median and NMAD of the distances per class before the
-/// second step.
-void rejectUnlike(std::vector<Correspondence>& pairs, Funnels& funnels,
+/// as 1 mm. The funnels get median and NMAD of the distances per class before the second step.
+void rejectUnlike(std::vector<Correspondence>& pairs, CandidateTally& tally,
                   Alike alike = Alike::ofClass);
 
 }  // namespace Velorn::Flights

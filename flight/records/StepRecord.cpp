@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "flight/records/StepRecord.h"
 
+#include <algorithm>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <system_error>
@@ -52,6 +53,39 @@ std::optional<Report> StepRecord::valid(const StepKey& key) const {
     return report;
   } catch (const Json::exception&) {
     return {};
+  }
+}
+
+bool StepRecord::exists() const {
+  std::error_code ignored;
+  return fs::exists(file_, ignored);
+}
+
+void StepRecord::requireValid(const StepKey& key) const {
+  const auto refused = [&](const std::string& why) {
+    return Error(fmt::format("{}: {}", file_.string(), why));
+  };
+  if (!exists()) throw refused("no such step was finished here");
+  try {
+    std::ifstream stream(file_);
+    const auto record = Json::parse(stream);
+    const auto before = record.at("depends_on").get<std::vector<std::string>>();
+    const auto& now = key.lines();
+    const auto [old, other] = std::ranges::mismatch(before, now);
+    const auto lineOf = [](auto line, auto end) { return line == end ? "nothing" : *line; };
+    if (old != before.end() || other != now.end()) {
+      throw refused(
+          fmt::format("the step was done with \"{}\", where now there is \"{}\"; give the "
+                      "settings of then, or run again",
+                      lineOf(old, before.end()), lineOf(other, now.end())));
+    }
+    for (const auto& output : record.at("outputs")) {
+      const auto stamp = stampIn(output);
+      if (isUnchanged(stamp)) continue;
+      throw Error(fmt::format("{}: is not as the run left it", stamp.path));
+    }
+  } catch (const Json::exception& fault) {
+    throw refused(fault.what());
   }
 }
 

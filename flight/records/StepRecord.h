@@ -33,6 +33,13 @@ class StepRecord {
   template <typename Report>
   std::optional<Report> valid(const StepKey& key) const;
 
+  bool exists() const;
+
+  /// @throws Error that says why `valid` has none: no record, the first thing that the step
+  /// depended
+  ///         on and that is another one in the key, or an output that is not as the step left it
+  void requireValid(const StepKey& key) const;
+
   /// @param outputs  as they were given to `finish`
   /// @param advice   how they are made
   /// @throws Error that names the output which is not as the step left it, or the missing record

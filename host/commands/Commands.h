@@ -20,6 +20,7 @@ void addExport(CLI::App& app);
 void addInit(CLI::App& app);
 void addRasterize(CLI::App& app);
 void addMatch(CLI::App& app);
+void addCorrespondences(CLI::App& app);
 void addHelp(CLI::App& app);
 void addCompletion(CLI::App& app);
 void addManPage(CLI::App& app);

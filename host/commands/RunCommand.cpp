@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
 //
-// The commands that take a project: run, its first steps alone, and init.
+// The commands that take a project: run, its first steps alone, what they matched, and init.
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <memory>
@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "host/commands/Commands.h"
 #include "host/project/ProjectFile.h"
@@ -18,6 +19,7 @@
 #include "platform/plome/ReplacedFile.h"
 #include <velorn/flight/Error.h>
 #include <velorn/flight/Flight.h>
+#include <velorn/flight/WriteCorrespondences.h>
 
 using namespace Velorn::Flights;
 
@@ -47,6 +49,10 @@ void addSwitches(ProjectCall& call) {
   call.command.add_flag("--quiet", call.quiet, "no progress; warnings and results stay");
 }
 
+void readSettings(ProjectCall& call) {
+  if (!call.file.empty()) readProject(call.file, givenFlags(call.command), call.settings);
+}
+
 /// Also of a run whose solver did not converge.
 RunReport reportOf(Flight& flight, std::exception_ptr& notConverged) {
   try {
@@ -60,7 +66,7 @@ RunReport reportOf(Flight& flight, std::exception_ptr& notConverged) {
 
 /// @param steps  that are done; empty: those of the project
 void runSteps(ProjectCall& call, const std::vector<std::string>& steps) {
-  if (!call.file.empty()) readProject(call.file, givenFlags(call.command), call.settings);
+  readSettings(call);
   if (!steps.empty()) call.settings.steps = steps;
   std::exception_ptr notConverged;
   const RunReport report = [&] {
@@ -82,6 +88,23 @@ void addSteps(CLI::App& app, const char* name, const char* what, const char* wor
                   "The same as `velorn run` with --steps \"{}\".",
                   name, word));
   call->command.callback([call, word] { runSteps(*call, {word}); });
+}
+
+void showCorrespondences(ProjectCall& call, const CorrespondenceWish& wish) {
+  readSettings(call);
+  const auto written = [&] {
+    Telling telling(call.quiet);
+    return writeCorrespondences(call.settings, wish, telling.watch());
+  }();
+  std::vector<std::string> counts;
+  for (std::size_t k = 0; k < fateCount; ++k) {
+    counts.push_back(fmt::format("{} {}", written.counts[k], nameOf(static_cast<Fate>(k))));
+  }
+  printResult("{}: candidates of round {}: {}\n", written.file.string(), written.round,
+              fmt::join(counts, ", "));
+  if (!written.isAdjusted) {
+    printResult("round {} led to no model: distances after it are not known\n", written.round);
+  }
 }
 
 void writeProject(const ProjectCall& call) {
@@ -121,6 +144,27 @@ void addRasterize(CLI::App& app) {
 void addMatch(CLI::App& app) {
   addSteps(app, "match", "Correspondences between rasterized strips, and with the ground truth",
            "+correspondences");
+}
+
+void addCorrespondences(CLI::App& app) {
+  const auto call = addProjectCommand(
+      app, "correspondences",
+      "What a round of a run matched, and what it left out, as LAS or CSV to look at");
+  const auto wish = std::make_shared<CorrespondenceWish>();
+  call->command.add_option("--round", wish->round, "number of the round; default: the last one")
+      ->check(CLI::Range(1U, 100U).description(""))
+      ->type_name("N");
+  call->command
+      .add_option("--output", wish->output,
+                  "file that ends in .las or .csv; default: correspondences_round<N>.las in the "
+                  "root folder")
+      ->type_name("FILE");
+  call->command.add_flag("--overwrite", wish->overwrite, "replace the file");
+  addSwitches(*call);
+  call->command.footer(
+      "Example: velorn correspondences flight.velorn --round 2 --output round_2.las\n\n"
+      "The settings are those of the run: the project, and the flags that the run was given.");
+  call->command.callback([call, wish] { showCorrespondences(*call, *wish); });
 }
 
 void addInit(CLI::App& app) {

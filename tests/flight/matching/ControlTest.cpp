@@ -118,9 +118,9 @@ TEST(OtherSurfaces, AreLeftOutOfAPatchButNeverMostOfIt) {
     if (one.j == 0 && k > 20) one.distance += 1.6;       // a car stands on the first one
     pairs.push_back(one);
   }
-  Funnels funnels;
-  leaveOtherSurfaces(pairs, known, funnels);
-  EXPECT_EQ(funnels[0].outlier, 2U);
+  CandidateTally tally;
+  leaveOtherSurfaces(pairs, known, tally);
+  EXPECT_EQ(tally.funnels()[0].outlier, 2U);
   EXPECT_EQ(pairs.size(), 38U);
 }
 

@@ -1,11 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+#include <array>
 #include <cmath>
+#include <map>
+#include <set>
+#include <tuple>
 
 #include <gmock/gmock.h>
 #include <omp.h>
 
 #include "flight/matching/Correspondence.h"
+#include "flight/matching/CorrespondenceRows.h"
 #include "flight/matching/Rejection.h"
 #include "flight/matching/SolverMemory.h"
 #include "flight/strips/OrFail.h"
@@ -173,6 +178,98 @@ TEST(Match, RejectsPlantedOutliers) {
   const auto off = offPlane(flight);
   EXPECT_LT(*std::max_element(off.begin(), off.end()), 0.2);
   EXPECT_LT(report.disagreement, 0.01);
+}
+
+/// Some points of the second strip are turned away, and some of the first have no plane.
+void plantRefusals(const MatchedFlight& flight) {
+  const auto planar = flight.planarPoints() / flight.strips[1].filename();
+  auto points = readMatchPoints(planar, flight.configuration);
+  for (std::size_t k = 0; k < points.size(); k += 50) points.normals[k] = {1, 0, 0};
+  saveMatchPoints(planar, points);
+  const auto raster = flight.rasters() / flight.strips[0].filename();
+  auto candidates = readMatchPoints(raster, flight.configuration);
+  for (std::size_t k = 0; k < candidates.size(); ++k) {
+    if (k % 50 == 0) candidates.heights[k] = std::nan("");
+    if (k % 50 == 1) candidates.roughness[k] = 0.04;
+    if (k % 50 == 2) candidates.heights[k] += 0.3;
+  }
+  saveMatchPoints(raster, candidates);
+}
+
+/// Of the rows that are correspondences: times of both points, and the second place with the ground
+/// truth.
+using KeptSet = std::multiset<std::array<double, 3>>;
+
+KeptSet keptIn(const MatchedFlight& flight) {
+  KeptSet kept;
+  for (const auto& [name, block] : flight.loadedBlocks()) {
+    for (std::uint32_t k = 0; k < block.size(); ++k) {
+      const auto [i, j] = block.get(k);
+      const bool isKnown = block.isGroundTruth();
+      kept.insert({i.gpsTime, isKnown ? j.worldPosition.x : j.gpsTime,
+                   dot(i.normal, j.worldPosition - i.worldPosition)});
+    }
+  }
+  return kept;
+}
+
+TEST(Match, ShowsWhoLooksWhatBecameOfEveryCandidateAndMatchesTheSame) {
+  MatchedFlight flight(denseFlight());
+  flight.options.maxCorrespondences = 1500;
+  plantRefusals(flight);
+  const MatchReport unseen = flight.match();
+  const std::string blocks = bytesOf(flight);
+  std::array<std::size_t, fateCount> all{};
+  KeptSet kept;
+  std::size_t next = 0;
+  std::map<std::array<std::uint32_t, 2>, Funnel> seen;
+  const MatchReport report = flight.match(nullptr, [&](const MatchedPair& pair) {
+    const auto rows = rowsOf(pair, nullptr, true);
+    ASSERT_EQ(rows.size(), pair.candidates.size());
+    Funnel& funnel = seen[{pair.i, pair.j}];
+    for (const CorrespondenceRow& row : rows) {
+      ++all[static_cast<std::size_t>(row.fate)];
+      ++funnel.candidates;
+      funnel.tooFar += row.fate == Fate::tooFar || row.fate == Fate::taken ? 1 : 0;
+      funnel.angle += row.fate == Fate::angle ? 1 : 0;
+      funnel.roughness += row.fate == Fate::noPlane || row.fate == Fate::roughness ? 1 : 0;
+      funnel.outlier += row.fate == Fate::outlier ? 1 : 0;
+      funnel.thinned += row.fate == Fate::thinned ? 1 : 0;
+      EXPECT_EQ(row.patch.has_value(), pair.isWithGroundTruth());
+      EXPECT_TRUE(std::isnan(row.after));
+      if (row.fate == Fate::angle && !row.patch) {
+        EXPECT_GT(row.angle, 5.0);
+      }
+      if (row.fate == Fate::tooFar) {
+        EXPECT_EQ(std::isnan(row.before), !row.patch);
+      }
+      if (row.fate != Fate::kept) continue;
+      EXPECT_LT(row.angle, 5.0);
+      EXPECT_NEAR(lengthOf(row.normal), 1.0, 1e-12);
+      kept.insert({row.timeI, row.patch ? row.placeJ.x : row.timeJ, row.before});
+    }
+    ++next;
+  });
+  EXPECT_TRUE(bytesOf(flight) == blocks) << "a look changes nothing";
+  EXPECT_EQ(report.correspondences, unseen.correspondences);
+  for (std::size_t k = 0; k < fateCount; ++k) {
+    EXPECT_GT(all[k], 0U) << "fate " << k;
+  }
+  ASSERT_EQ(next, report.pairs.size());
+  for (const PairReport& pair : report.pairs) {
+    const Funnel sum = pair.sum(), &found = seen.at({pair.i, pair.j});
+    EXPECT_EQ(
+        std::tie(sum.candidates, sum.tooFar, sum.angle, sum.roughness, sum.outlier, sum.thinned),
+        std::tie(found.candidates, found.tooFar, found.angle, found.roughness, found.outlier,
+                 found.thinned));
+  }
+  const KeptSet expected = keptIn(flight);
+  ASSERT_EQ(kept.size(), expected.size());
+  for (auto one = kept.begin(), other = expected.begin(); one != kept.end(); ++one, ++other) {
+    ASSERT_EQ((*one)[0], (*other)[0]);
+    ASSERT_EQ((*one)[1], (*other)[1]);
+    ASSERT_NEAR((*one)[2], (*other)[2], 1e-7);  // of coordinates of 5e6 m
+  }
 }
 
 TEST(Match, SearchesWithASolutionAndStoresTheDeliveredPlaces) {

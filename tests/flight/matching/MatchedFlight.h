@@ -35,7 +35,8 @@ class MatchedFlight {
     Velorn::Flights::orFail(configuration.check());
   }
 
-  Velorn::Flights::MatchReport match(const Velorn::Flights::Solution* solution = nullptr) {
+  Velorn::Flights::MatchReport match(const Velorn::Flights::Solution* solution = nullptr,
+                                     const Velorn::Flights::PairObserver& observe = {}) {
     Velorn::Flights::Watcher silent{{}};
     std::vector<Velorn::Flights::SurfaceFiles> files;
     for (const auto& strip : strips) {
@@ -43,7 +44,7 @@ class MatchedFlight {
     }
     Velorn::Flights::SurfaceStore surfaces(files, rasters() / groundTruth.filename(), configuration,
                                            memory);
-    return Velorn::Flights::match(configuration, surfaces, options, solution, silent);
+    return Velorn::Flights::match(configuration, surfaces, options, solution, silent, observe);
   }
 
   std::filesystem::path planarPoints() const { return folder / "02_planar"; }

@@ -158,15 +158,15 @@ PlaneFit slowPlane(const MatchPoints& points, std::size_t k, const SearchRules& 
 }
 
 std::vector<Correspondence> partnersOf(const MatchPoints& i, const MatchPoints& j,
-                                       const SearchRules& rules, Funnels& funnels) {
-  return searchPartners(i, PartnerSearch(j, rules), funnels, [](std::size_t) {});
+                                       const SearchRules& rules, CandidateTally& tally) {
+  return searchPartners(i, PartnerSearch(j, rules), tally, [](std::size_t) {});
 }
 
 TEST(PairSearch, FindsThePartnersOfASlowTwin) {
   const MatchPoints i = waves(400, 1), j = waves(3000, 2);
   const SearchRules rules{1.5, std::cos(0.06), true, 12, 2.5};
-  Funnels funnels;
-  const auto found = partnersOf(i, j, rules, funnels);
+  CandidateTally tally;
+  const auto found = partnersOf(i, j, rules, tally);
   std::map<std::size_t, std::size_t> owner;  // of a point of J: the nearest candidate
   for (std::size_t k = 0; k < i.size(); ++k) {
     const auto partner = slowPartner(i, k, j, rules.radius);
@@ -198,7 +198,7 @@ TEST(PairSearch, FindsThePartnersOfASlowTwin) {
   EXPECT_EQ(found.size(), expected);
   EXPECT_GT(expected, 50U);
   Funnel sum;
-  for (const Funnel& one : funnels) sum += one;
+  for (const Funnel& one : tally.funnels()) sum += one;
   EXPECT_EQ(sum.candidates, i.size());
   EXPECT_EQ(sum.tooFar, i.size() - owner.size());
   EXPECT_EQ(sum.tooFar + sum.angle + sum.roughness + found.size(), i.size());
@@ -209,12 +209,12 @@ TEST(PairSearch, OffersAPointToItsNearestCandidateAlone) {
   MatchPoints i = flat(waves(3, 1)), j = flat(waves(30, 2));
   j.delivered[0] = {20, 100, 0};
   i.delivered = {{20.5, 100, 0}, {20.2, 100, 0}, {20.3, 100, 0}};
-  Funnels funnels;
+  CandidateTally tally;
   const SearchRules rules{1.0, 0.99, true, 30, 500.0};
-  const auto found = partnersOf(i, j, rules, funnels);
+  const auto found = partnersOf(i, j, rules, tally);
   ASSERT_EQ(found.size(), 1U);
   EXPECT_EQ(found[0].i, 1U);
-  EXPECT_EQ(funnels[4].tooFar, 2U);
+  EXPECT_EQ(tally.funnels()[4].tooFar, 2U);
 }
 
 TEST(PairSearch, TakesTheNearestThatFacesTheSameWayWhereStripsAreFarApart) {
@@ -223,16 +223,16 @@ TEST(PairSearch, TakesTheNearestThatFacesTheSameWayWhereStripsAreFarApart) {
   j.normals[0] = {1, 0, 0};  // a wall, nearer than the ground at 20, 102
   j.delivered[1] = {20, 102, 0};
   i.delivered = {{20, 100.1, 0}, {20, 100.2, 0}};
-  Funnels funnels;
+  CandidateTally tally;
   SearchRules rules{3.0, 0.99, true, 30, 500.0};
-  EXPECT_TRUE(partnersOf(i, j, rules, funnels).empty());
+  EXPECT_TRUE(partnersOf(i, j, rules, tally).empty());
   rules.areFarApart = true;
-  const auto found = partnersOf(i, j, rules, funnels);
+  const auto found = partnersOf(i, j, rules, tally);
   ASSERT_EQ(found.size(), 2U);  // they share it
   EXPECT_EQ(found[0].j, 1U);
   EXPECT_EQ(found[1].j, 1U);
   rules.radius = 1.5;
-  EXPECT_TRUE(partnersOf(i, j, rules, funnels).empty());
+  EXPECT_TRUE(partnersOf(i, j, rules, tally).empty());
 }
 
 TEST(PairSearch, AnswersForPointsInOnePlaceAndNormalsThatAreNone) {
@@ -240,12 +240,12 @@ TEST(PairSearch, AnswersForPointsInOnePlaceAndNormalsThatAreNone) {
   j.delivered.assign(50, i.delivered[0]);
   i.normals[0] = {0, 0, std::numeric_limits<double>::quiet_NaN()};
   i.normals[1] = {0, 0, 0};
-  Funnels funnels;
+  CandidateTally tally;
   const SearchRules rules{100.0, -1.0, true, 16, 5.0};
-  EXPECT_TRUE(partnersOf(i, j, rules, funnels).empty());
+  EXPECT_TRUE(partnersOf(i, j, rules, tally).empty());
   const MatchPoints nothing;
-  EXPECT_TRUE(partnersOf(i, nothing, rules, funnels).empty());
-  EXPECT_TRUE(partnersOf(nothing, j, rules, funnels).empty());
+  EXPECT_TRUE(partnersOf(i, nothing, rules, tally).empty());
+  EXPECT_TRUE(partnersOf(nothing, j, rules, tally).empty());
 }
 
 /// Points 1 m apart in squares of 4 × 4, on inclined planes.
@@ -286,12 +286,12 @@ TEST(GroundTruth, IsMatchedBesideItsPointsByNoMoreThanTheirSpacing) {
   }
   strip.beams.assign(900, {0, 0, 500});
   strip.codes.assign(900, 12);
-  Funnels funnels;
+  CandidateTally tally;
   const SearchRules rules{3.0, std::cos(0.05), true, 16, 5.0};
   const PartnerSearch search(strip, rules);
-  ControlTally tally(known);
+  ControlTally items(known);
   const auto found =
-      searchGroundTruth(search, known, rules.radius, funnels, tally, [](std::size_t) {});
+      searchGroundTruth(search, known, rules.radius, tally, items, [](std::size_t) {});
   for (const Correspondence& one : found) {
     EXPECT_NEAR(one.distance, -0.3, 1e-9);
     EXPECT_EQ(one.code, 10);
@@ -304,13 +304,13 @@ TEST(GroundTruth, IsMatchedBesideItsPointsByNoMoreThanTheirSpacing) {
     within += !squares.empty() && squares[0] - 0.09 <= 1.0 ? 1 : 0;
   }
   EXPECT_EQ(found.size(), within);
-  EXPECT_EQ(funnels[0].candidates, candidates);
-  EXPECT_EQ(funnels[0].tooFar, candidates - within);
-  EXPECT_EQ(tally.items().at(0).beside, candidates - within);
+  EXPECT_EQ(tally.funnels()[0].candidates, candidates);
+  EXPECT_EQ(tally.funnels()[0].tooFar, candidates - within);
+  EXPECT_EQ(items.items().at(0).beside, candidates - within);
   const SearchRules strict{3.0, std::cos(0.4), true, 16, 5.0};
   const GroundTruth flat(patchesAt({{0, 0, 100}}, {0, 0, 1}));
   ControlTally turned(flat);
-  EXPECT_TRUE(searchGroundTruth(PartnerSearch(strip, strict), flat, rules.radius, funnels, turned,
+  EXPECT_TRUE(searchGroundTruth(PartnerSearch(strip, strict), flat, rules.radius, tally, turned,
                                 [](std::size_t) {})
                   .empty());
   EXPECT_EQ(turned.items()[0].leftOut, "the surface is turned away");

@@ -47,19 +47,19 @@ TEST(Rejection, TakesOutWhatIsUnlikeItsClass) {
   roofs[5].roughnessI = 0.05;
   roofs[6].roughnessJ = 0.05;
   auto pairs = joined(roofs, flats);
-  Funnels funnels;
-  rejectUnlike(pairs, funnels);
-  EXPECT_NEAR(funnels[1].median, 0.3, 0.003);  // 3 of 1.25 sigma / sqrt(1000)
-  EXPECT_NEAR(funnels[4].nmad, 0.02, 0.003);
-  EXPECT_LT(funnels[1].outlier + funnels[1].roughness, 50U);
-  EXPECT_GE(funnels[1].outlier, 2U);
-  EXPECT_GE(funnels[1].roughness, 2U);
+  CandidateTally tally;
+  rejectUnlike(pairs, tally);
+  EXPECT_NEAR(tally.funnels()[1].median, 0.3, 0.003);  // 3 of 1.25 sigma / sqrt(1000)
+  EXPECT_NEAR(tally.funnels()[4].nmad, 0.02, 0.003);
+  EXPECT_LT(tally.funnels()[1].outlier + tally.funnels()[1].roughness, 50U);
+  EXPECT_GE(tally.funnels()[1].outlier, 2U);
+  EXPECT_GE(tally.funnels()[1].roughness, 2U);
   for (const Correspondence& pair : pairs) {
     EXPECT_NEAR(pair.distance, pair.code == 11 ? 0.3 : -0.1, 0.07);
     EXPECT_LT(pair.roughnessI + pair.roughnessJ, 0.07);
   }
-  EXPECT_EQ(pairs.size() + funnels[1].outlier + funnels[1].roughness + funnels[4].outlier +
-                funnels[4].roughness,
+  EXPECT_EQ(pairs.size() + tally.funnels()[1].outlier + tally.funnels()[1].roughness +
+                tally.funnels()[4].outlier + tally.funnels()[4].roughness,
             2000U);
 }
 
@@ -68,24 +68,24 @@ TEST(Rejection, JudgesFewOfAClassByAllAndRefusesToJudgeAHandful) {
   roofs[1].distance = 2.0;
   for (auto& pair : roofs) pair.roughnessI = pair.roughnessJ = 0.02;
   auto pairs = joined(roofs, noisy(100, 14, 0.0, 0.02));
-  Funnels funnels;
-  rejectUnlike(pairs, funnels);
-  EXPECT_EQ(funnels[1].outlier, 1U);
+  CandidateTally tally;
+  rejectUnlike(pairs, tally);
+  EXPECT_EQ(tally.funnels()[1].outlier, 1U);
   EXPECT_EQ(std::count_if(pairs.begin(), pairs.end(), [](auto& pair) { return pair.code == 11; }),
             1);
 
   auto alike = std::vector<Correspondence>(8, roofs[0]);  // NMAD 0
   alike[7].distance = 0.0029;
-  rejectUnlike(alike, funnels);
+  rejectUnlike(alike, tally);
   EXPECT_EQ(alike.size(), 8U);
   alike[7].distance = 0.0031;
-  rejectUnlike(alike, funnels);
+  rejectUnlike(alike, tally);
   EXPECT_EQ(alike.size(), 7U);
   alike.resize(4);
-  rejectUnlike(alike, funnels);
+  rejectUnlike(alike, tally);
   EXPECT_TRUE(alike.empty());
-  rejectUnlike(alike, funnels);
-  EXPECT_TRUE(std::isnan(funnels[1].median));
+  rejectUnlike(alike, tally);
+  EXPECT_TRUE(std::isnan(tally.funnels()[1].median));
 }
 
 TEST(Rejection, MeasuresWallsByWallsWhereItIsToldTo) {
@@ -97,11 +97,11 @@ TEST(Rejection, MeasuresWallsByWallsWhereItIsToldTo) {
   const auto keptWalls = [](const auto& pairs) {
     return std::ranges::count_if(pairs, [](auto& pair) { return pair.normalI.x == 1.0; });
   };
-  Funnels funnels;
+  CandidateTally tally;
   auto byClass = all, byDirection = all;
-  rejectUnlike(byClass, funnels);
+  rejectUnlike(byClass, tally);
   EXPECT_EQ(keptWalls(byClass), 0);
-  rejectUnlike(byDirection, funnels, Alike::ofDirection);
+  rejectUnlike(byDirection, tally, Alike::ofDirection);
   EXPECT_GT(keptWalls(byDirection), 40);
 }
 
