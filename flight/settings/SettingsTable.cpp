@@ -292,7 +292,12 @@ std::vector<Setting> ofAdjusting() {
        .group = adjusting,
        .sentence = "ground truth may be missing or too little; what there is of it still counts",
        .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.isRelative; }}};
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.isRelative; }},
+      {.name = "reference",
+       .group = adjusting,
+       .sentence = "residuals one by one with automatic derivatives: slowly to the same result",
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.isReference; }}};
 }
 
 std::vector<Setting> ofWorking() {
