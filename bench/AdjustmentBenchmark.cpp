@@ -6,6 +6,9 @@
 // polar form in every pass. Both call the same model with the solver's automatic derivatives, four
 // in a pass.
 //
+// Then the sums of the engine over the same pairs, residuals and Jacobian included, against the
+// Jacobians alone, one pair after the other.
+//
 //     VELORN_BENCH_PAIRS     pairs of measurements, 2000 unless set
 //     VELORN_BENCH_SECONDS   of the trajectory at 200 Hz, 1500 unless set
 #include <algorithm>
@@ -19,6 +22,7 @@
 #include <benchmark/benchmark.h>
 #include <ceres/dynamic_autodiff_cost_function.h>
 
+#include "adjustment/engine/PairEvaluation.h"
 #include "adjustment/georef/PhysicalSpace.h"
 #include "adjustment/optimization/PointToPlaneCostFunction.h"
 #include "bench/Settings.h"
@@ -173,6 +177,47 @@ void compareCases() {
   }
 }
 
+/// The pairs as the engine keeps them.
+const Velorn::CorrespondenceStore& store() {
+  static const auto only = [] {
+    const auto& f = flight();
+    auto made = std::make_unique<Velorn::CorrespondenceStore>(f.trajectory, f.weights, true);
+    for (std::size_t i = 0; i < f.pairs; ++i) {
+      made->addPair({f.beings[i], week, f.sections[0]},
+                    {f.beings[i + f.pairs], week, f.sections[1]});
+    }
+    made->close();
+    return made;
+  }();
+  return *only;
+}
+
+Velorn::PairEvaluation evaluationBy(const Velorn::BatchKernel& kernel) {
+  return {store(), store().pairs().front(), *flight().run.projection, flight().unknowns().data(),
+          kernel};
+}
+
+void sum(benchmark::State& state, const Velorn::BatchKernel& kernel) {
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(evaluationBy(kernel).condensed(Velorn::PairEvaluation::everyBlock, 1));
+  }
+}
+
+void sumOfSquares(benchmark::State& state, const Velorn::BatchKernel& kernel) {
+  for (auto _ : state) benchmark::DoNotOptimize(evaluationBy(kernel).twiceCost(1));
+}
+
+void addSums(const std::string& group, bool isWithJacobian) {
+  benchmark::RegisterBenchmark((group + "/reference").c_str(), evaluate<pointToPlaneCostFunction>,
+                               isWithJacobian)
+      ->Unit(benchmark::kMillisecond);
+  for (const auto& kernel : Velorn::batchKernels()) {
+    benchmark::RegisterBenchmark((group + "/" + kernel.name).c_str(),
+                                 isWithJacobian ? sum : sumOfSquares, kernel)
+        ->Unit(benchmark::kMillisecond);
+  }
+}
+
 void add(const std::string& group, bool isWithJacobian) {
   benchmark::RegisterBenchmark((group + "/interpolatesInEveryPass").c_str(),
                                evaluate<InterpolatesInEveryPass>, isWithJacobian)
@@ -186,6 +231,8 @@ void add(const std::string& group, bool isWithJacobian) {
 const bool added = [] {
   add("Residual", false);
   add("Jacobian", true);
+  addSums("SumOfSquares", false);
+  addSums("NormalMatrix", true);
   return true;
 }();
 

@@ -61,6 +61,7 @@ struct Side {
       : polar(loaded<T>(batch.sides[side].polar, lane)),
         dt(Lanes<T>::load(&batch.sides[side].dt[lane])),
         time(Lanes<T>::load(&batch.sides[side].time[lane])),
+        isPositionAsked(setup.columns.isAsked[sectionBlocks + 2 * side]),
         chain(correctedPolarForm(polar, unknowns.offsets, unknowns.scales),
               correctedPose(Pose<T>{loaded<T>(batch.sides[side].position, lane),
                                     loaded<T>(batch.sides[side].attitude, lane)},
@@ -69,11 +70,12 @@ struct Side {
               unknowns.misalignment, unknowns.leverArm, *setup.projection) {}
 
   SideDerivatives<T> derivatives(const Vector3<T>& by) const {
-    return {chain.gradient(by), polar, time};
+    return {chain.gradient(by, isPositionAsked), polar, time};
   }
 
   Vector3<T> polar;
   T dt, time;
+  bool isPositionAsked;
   PointChain<T> chain;
 };
 

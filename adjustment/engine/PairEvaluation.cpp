@@ -104,6 +104,11 @@ BatchSetup PairEvaluation::setupOf(const ClassRun& run, const Asked& asked) cons
   return setup;
 }
 
+/// Whether several threads are worth waking up. The sums are the same either way.
+bool PairEvaluation::isLong() const {
+  return pair_.size() > shortestPiece;
+}
+
 std::vector<PairEvaluation::Piece> PairEvaluation::pieces() const {
   const std::size_t share = (pair_.size() / mostPieces + batchSize - 1) / batchSize * batchSize;
   const std::size_t length = std::max(shortestPiece, share);
@@ -150,7 +155,7 @@ double PairEvaluation::twiceCost(int threads) const {
   const auto all = pieces();
   std::vector<double> sums(all.size());
   const auto count = static_cast<int>(all.size());
-#pragma omp parallel for schedule(dynamic) num_threads(threads) if (count > 1)
+#pragma omp parallel for schedule(dynamic) num_threads(threads) if (isLong())
   for (int i = 0; i < count; ++i) {
     const auto k = static_cast<std::size_t>(i);
     sums[k] = twiceCost(all[k]);
@@ -195,7 +200,7 @@ PairEvaluation::Totals PairEvaluation::totals(const Asked& asked, int threads) c
   const auto size = static_cast<Eigen::Index>(columns) + 1;
   std::vector<Totals> parts(all.size(), Totals{Eigen::MatrixXd::Zero(size, size), 0.0});
   const auto count = static_cast<int>(all.size());
-#pragma omp parallel for schedule(dynamic) num_threads(threads) if (count > 1)
+#pragma omp parallel for schedule(dynamic) num_threads(threads) if (isLong())
   for (int i = 0; i < count; ++i) {
     const auto k = static_cast<std::size_t>(i);
     parts[k].twiceCost =

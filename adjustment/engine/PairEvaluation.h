@@ -75,6 +75,7 @@ class PairEvaluation {
   struct Totals;
 
   BatchSetup setupOf(const ClassRun& run, const Asked& asked) const;
+  bool isLong() const;
   std::vector<Piece> pieces() const;
   void load(std::span<const CorrespondenceRecord> records, Batch& batch) const;
   double addTo(Eigen::MatrixXd& products, const BatchSetup& setup,

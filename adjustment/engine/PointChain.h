@@ -78,13 +78,16 @@ class PointChain {
   /// w: easting, northing, height [m].
   Vector3<T> world() const { return projected(place_, projection_); }
 
-  /// @param by  gradient of a number by the world point
-  PointGradient<T> gradient(const Vector3<T>& by) const {
+  /// @param by             gradient of a number by the world point
+  /// @param isOfPosition   whether that by the position is asked for, which takes longest; zero
+  ///                       otherwise
+  PointGradient<T> gradient(const Vector3<T>& by, bool isOfPosition = true) const {
     const Vector3<T> level = local_.transpose() * earthCentredGradient(by);
     const Vector3<T> body = attitude_.matrix.transpose() * level;
     const Vector3<T> scanner = scannerAxes<T>(misalignment_.matrix.transpose() * body);
     return {polarGradient(scanner), misalignment_.angles(mounted_, body), body,
-            positionGradient(level), attitude_.angles(level_, level)};
+            isOfPosition ? positionGradient(level) : Vector3<T>(T(0.0), T(0.0), T(0.0)),
+            attitude_.angles(level_, level)};
   }
 
  private:

@@ -11,14 +11,14 @@
 namespace Velorn {
 namespace {
 
-CorrespondenceStore::Side sideOf(const PlacedPoint& point) {
+CorrespondenceStore::Side storedSideOf(const PlacedPoint& point) {
   return {point.being, point.week, point.section};
 }
 
 void add(CorrespondenceStore& store, const PlacedCorrespondence& correspondence) {
-  const auto first = sideOf(correspondence.first);
+  const auto first = storedSideOf(correspondence.first);
   if (correspondence.second) {
-    store.addPair(first, sideOf(*correspondence.second));
+    store.addPair(first, storedSideOf(*correspondence.second));
   } else {
     store.addGroundTruth(first, correspondence.groundTruth);
   }

@@ -271,7 +271,7 @@ Adjusted adjustedBy(const AdjustmentInput& input, const Velorn::Trajectory& traj
 
 AdjustmentReport adjust(const AdjustmentInput& input, const Watch& watch) {
   check(input);
-  requireSolverMemory(input.correspondences, Plome::availableMemory());
+  requireSolverMemory(input.correspondences, input.settings.evaluation, Plome::availableMemory());
   const LoopThreads threads(input.threads);
   const auto watcher = std::make_shared<Watcher>(watch);
   const auto& root = input.configuration.RootPath;

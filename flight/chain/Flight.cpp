@@ -110,10 +110,12 @@ class Flight::Chain {
   /// Before anything is done.
   void requireMemory() const {
     if (!context_.does("+optimization")) return;
+    const auto evaluation = solverSettingsOf(settings().model).evaluation;
+    const auto available = Plome::availableMemory();
     if (context_.does("+correspondences")) {
-      requireSolverMemory(settings().match, context_.strips.size(), Plome::availableMemory());
+      requireSolverMemory(settings().match, context_.strips.size(), evaluation, available);
     } else {
-      requireSolverMemory(context_.folder.blocks(), Plome::availableMemory());
+      requireSolverMemory(context_.folder.blocks(), evaluation, available);
     }
   }
 

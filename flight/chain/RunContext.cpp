@@ -57,7 +57,8 @@ std::size_t memoryOf(const FlightSettings& settings) {
   constexpr double gigabyte = 1e9;
   if (settings.memory > 0.0) return static_cast<std::size_t>(settings.memory * gigabyte);
   const auto free = Plome::availableMemory().value_or(0);
-  const auto solver = bytesOfSolver * maxCorrespondencesOf(settings.match, settings.strips.size());
+  const auto solver = bytesOfSolver(solverSettingsOf(settings.model).evaluation) *
+                      maxCorrespondencesOf(settings.match, settings.strips.size());
   return std::min(free / 2, free - std::min<std::size_t>(free, solver));
 }
 

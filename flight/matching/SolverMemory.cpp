@@ -21,13 +21,13 @@ double gigabytes(std::uint64_t number, std::size_t bytesOfEach = 1) {
   return static_cast<double>(number) * static_cast<double>(bytesOfEach) / 1e9;
 }
 
-void require(const std::string& which, std::size_t correspondences, const std::string& remedy,
-             std::optional<std::uint64_t> available) {
-  if (!available || correspondences <= *available / bytesOfSolver) return;
+void require(const std::string& which, std::size_t correspondences, std::size_t bytesOfEach,
+             const std::string& remedy, std::optional<std::uint64_t> available) {
+  if (!available || correspondences <= *available / bytesOfEach) return;
   throw Error(fmt::format("{}: the solver takes some {:.2f} GB for {} correspondences, and {:.2f} "
                           "GB are free; {}max-correspondences {} fits",
-                          which, gigabytes(correspondences, bytesOfSolver), correspondences,
-                          gigabytes(*available), remedy, *available / bytesOfSolver),
+                          which, gigabytes(correspondences, bytesOfEach), correspondences,
+                          gigabytes(*available), remedy, *available / bytesOfEach),
               Error::BadSettings);
 }
 
@@ -38,7 +38,7 @@ std::size_t maxCorrespondencesOf(const MatchSettings& settings, std::size_t stri
 }
 
 void requireSolverMemory(const MatchSettings& settings, std::size_t strips,
-                         std::optional<std::uint64_t> available) {
+                         Velorn::Evaluation evaluation, std::optional<std::uint64_t> available) {
   const std::size_t all = maxCorrespondencesOf(settings, strips);
   const std::string which = settings.maxCorrespondences > 0
                                 ? fmt::format("max-correspondences {}", all)
@@ -46,10 +46,10 @@ void requireSolverMemory(const MatchSettings& settings, std::size_t strips,
                                       "max-correspondences 0, which is {} for each of {} "
                                       "strips",
                                       defaultPerStrip, strips);
-  require(which, all, "", available);
+  require(which, all, bytesOfSolver(evaluation), "", available);
 }
 
-void requireSolverMemory(const std::filesystem::path& blocks,
+void requireSolverMemory(const std::filesystem::path& blocks, Velorn::Evaluation evaluation,
                          std::optional<std::uint64_t> available) {
   std::uintmax_t records = 0;
   std::error_code fault;
@@ -60,7 +60,7 @@ void requireSolverMemory(const std::filesystem::path& blocks,
     if (gone || !blockNameIn(entries->path().filename().string())) continue;
     records += (std::max(bytes, bytesOfBlock) - bytesOfBlock) / bytesOfRecord;
   }
-  require(blocks.string(), records, "match again: ", available);
+  require(blocks.string(), records, bytesOfSolver(evaluation), "match again: ", available);
 }
 
 }  // namespace Velorn::Flights

@@ -33,6 +33,8 @@ Velorn::AdjustmentSettings solverSettingsOf(const ModelSettings& model) {
   settings.estimateScales = isFree("scales");
   settings.estimateMisalignment = isFree("misalignment");
   settings.estimateLeverArm = isFree("lever-arm");
+  settings.evaluation =
+      model.isReference ? Velorn::Evaluation::Reference : Velorn::Evaluation::Condensed;
   if (model.isRelative) settings.fewestGroundTruth = 0;
   return settings;
 }

@@ -210,7 +210,7 @@ std::vector<Setting> ofMatching() {
       {.name = "max-correspondences",
        .group = matching,
        .sentence = "correspondences of all strips, at most; 0: 10,000 per strip; the solver takes "
-                   "3 kB for each",
+                   "400 bytes for each",
        .high = 1e12,
        .steps = {Match},
        .place = [](FlightSettings& all) -> SettingPlace { return &all.match.maxCorrespondences; }},
@@ -292,7 +292,12 @@ std::vector<Setting> ofAdjusting() {
        .group = adjusting,
        .sentence = "ground truth may be missing or too little; what there is of it still counts",
        .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.isRelative; }}};
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.isRelative; }},
+      {.name = "reference",
+       .group = adjusting,
+       .sentence = "residuals one by one with automatic derivatives: slowly to the same result",
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.isReference; }}};
 }
 
 std::vector<Setting> ofWorking() {

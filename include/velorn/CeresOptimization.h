@@ -31,7 +31,7 @@ struct CorrespondenceFile;
 /// result, but for rounding.
 enum class Evaluation {
   Reference,  ///< one by one, with the solver's automatic derivatives
-  Condensed   ///< many at a time, by the engine: some hundred times as fast, in a tenth of the
+  Condensed   ///< many at a time, by the engine: some forty times as fast, in a tenth of the
               ///< memory
 };
 

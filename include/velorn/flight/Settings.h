@@ -55,6 +55,7 @@ struct ModelSettings {
   std::vector<int> locked;        ///< places of strips whose trajectory is held, from 0
   std::vector<std::string> held;  ///< "offsets", "scales", "misalignment", "lever-arm"
   bool isRelative = false;        ///< ground truth may be missing, or too little
+  bool isReference = false;       ///< see Evaluation; otherwise the engine evaluates
 };
 
 /// Zero as smallest cell, search radius, radius of the neighbours or largest roughness, as it

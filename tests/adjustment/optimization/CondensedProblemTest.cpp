@@ -110,11 +110,6 @@ FlightPlan planOf(const char* type) {
           .sections = {{0, 0, type}, {0, 10, type}, {1, 0, type}, {2, 0, type}}};
 }
 
-/// Fixes what is else hardly determined.
-Variant withOneStripLocked() {
-  return {true, {2}, {}, 0};
-}
-
 }  // namespace
 
 TEST(CondensedProblem, LeadsAlongThePathOfTheReferenceForEveryTypeOfSection) {
@@ -123,17 +118,19 @@ TEST(CondensedProblem, LeadsAlongThePathOfTheReferenceForEveryTypeOfSection) {
     const bool isSpline = std::string(type) == "SPLINE";
     for (const bool hasInnerIterations : {true, false}) {
       SCOPED_TRACE(type + std::string(hasInnerIterations ? " with" : " without"));
-      // Cubics of a few hundred residuals are determined some ten times worse than lines.
-      expectSamePath(flight, {hasInnerIterations, {}, {}, 0}, {2e-8, isSpline ? 3e-6 : 1e-7});
+      // Cubics of a few hundred residuals are determined some ten times worse than lines, and inner
+      // iterations end where one of them changes the cost by less than 1e-6 of it.
+      expectSamePath(flight, {hasInnerIterations, {}, {}, 0},
+                     {isSpline ? 3e-6 : 2e-8, isSpline ? 3e-6 : 1e-7});
     }
   }
 }
 
 TEST(CondensedProblem, GivesItsUnknownsWhereTheyAreWellDetermined) {
   auto plan = planOf("BIAS");
-  plan.pairs = 700;
+  plan.pairs = 1500;
   plan.groundTruth = 300;
-  expectSamePath(OverlappingFlight(plan), withOneStripLocked(), {1e-8, 1e-8});
+  expectSamePath(OverlappingFlight(plan), {false, {2}, {}, 0}, {1e-8, 1e-8});
 }
 
 TEST(CondensedProblem, LetsHubersFunctionActAsTheReferenceDoes) {
@@ -164,10 +161,11 @@ TEST(CondensedProblem, GivesTheSameBitsForAnyNumberOfThreads) {
   plan.pairs = 5000;  // more than one piece, though of one class
   plan.classes = 1;
   const OverlappingFlight flight(plan);
-  const Solved one = solve(flight, {}, 1);
+  const Variant variant{false, {}, {}, 0};
+  const Solved one = solve(flight, variant, 1);
   EXPECT_TRUE(one.summary.IsSolutionUsable());
   for (const int threads : {2, 3}) {
-    const Solved more = solve(flight, {}, threads);
+    const Solved more = solve(flight, variant, threads);
     EXPECT_EQ(more.summary.num_threads_used, threads);
     EXPECT_EQ(more.summary.final_cost, one.summary.final_cost) << threads;
     EXPECT_EQ(more.unknowns, one.unknowns) << threads;

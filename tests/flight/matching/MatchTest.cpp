@@ -90,11 +90,13 @@ TEST(Match, FindsPointsOfCommonPlanesAndAccountsForEveryCandidate) {
   EXPECT_GT(report.typicalDistance, 0.2);  // the strips have some points per square metre
   EXPECT_LT(report.typicalDistance, 1.5);
   // What the solver needs is told from the blocks' sizes.
+  const auto evaluation = Velorn::Evaluation::Condensed;
   const auto room = [&](double part) {
-    return static_cast<std::uint64_t>(part * double(report.correspondences * bytesOfSolver));
+    return static_cast<std::uint64_t>(part *
+                                      double(report.correspondences * bytesOfSolver(evaluation)));
   };
-  EXPECT_NO_THROW(requireSolverMemory(flight.blocks(), room(1.02)));
-  EXPECT_THROW(requireSolverMemory(flight.blocks(), room(0.98)), Error);
+  EXPECT_NO_THROW(requireSolverMemory(flight.blocks(), evaluation, room(1.02)));
+  EXPECT_THROW(requireSolverMemory(flight.blocks(), evaluation, room(0.98)), Error);
 }
 
 TEST(Match, WritesTheSameBytesForAnyNumberOfThreadsAndAnyMemory) {

@@ -157,15 +157,19 @@ TEST(MaxCorrespondences, AreWhatIsSetOrSoManyPerStripAndRefusedWhereTheyDoNotFit
   MatchSettings some;
   some.maxCorrespondences = 500;
   EXPECT_EQ(maxCorrespondencesOf(some, 60), 500U);
-  EXPECT_NO_THROW(requireSolverMemory(some, 60, 1'500'000));
-  EXPECT_NO_THROW(requireSolverMemory({}, 60, {})) << "nobody says how much is free";
-  EXPECT_EQ(refusalOf([&] { requireSolverMemory(some, 60, 1'499'999); }, Error::BadSettings),
-            "max-correspondences 500: the solver takes some 0.00 GB for 500 correspondences, and "
-            "0.00 GB are free; max-correspondences 499 fits");
-  EXPECT_EQ(refusalOf([] { requireSolverMemory({}, 60, 1'200'000'000); }, Error::BadSettings),
-            "max-correspondences 0, which is 10000 for each of 60 strips: the solver takes some "
-            "1.80 GB for 600000 correspondences, and 1.20 GB are free; max-correspondences 400000 "
-            "fits");
+  const auto reference = Velorn::Evaluation::Reference;
+  EXPECT_NO_THROW(requireSolverMemory(some, 60, Velorn::Evaluation::Condensed, 200'000));
+  EXPECT_NO_THROW(requireSolverMemory(some, 60, reference, 1'500'000));
+  EXPECT_NO_THROW(requireSolverMemory({}, 60, reference, {})) << "nobody says how much is free";
+  EXPECT_EQ(
+      refusalOf([&] { requireSolverMemory(some, 60, reference, 1'499'999); }, Error::BadSettings),
+      "max-correspondences 500: the solver takes some 0.00 GB for 500 correspondences, and "
+      "0.00 GB are free; max-correspondences 499 fits");
+  EXPECT_EQ(
+      refusalOf([&] { requireSolverMemory({}, 60, reference, 1'200'000'000); }, Error::BadSettings),
+      "max-correspondences 0, which is 10000 for each of 60 strips: the solver takes some "
+      "1.80 GB for 600000 correspondences, and 1.20 GB are free; max-correspondences 400000 "
+      "fits");
 }
 
 }  // namespace
