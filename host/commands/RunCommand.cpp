@@ -53,6 +53,13 @@ void readSettings(ProjectCall& call) {
   if (!call.file.empty()) readProject(call.file, givenFlags(call.command), call.settings);
 }
 
+/// What a run tells by the way is in its summary.
+Watch watchOf(const ProjectCall& call, Telling& telling) {
+  Watch watch = telling.watch();
+  if (call.quiet) watch.message = {};
+  return watch;
+}
+
 /// Also of a run whose solver did not converge.
 RunReport reportOf(Flight& flight, std::exception_ptr& notConverged) {
   try {
@@ -71,9 +78,7 @@ void runSteps(ProjectCall& call, const std::vector<std::string>& steps) {
   std::exception_ptr notConverged;
   const RunReport report = [&] {
     Telling telling(call.quiet);
-    Watch watch = telling.watch();
-    if (call.quiet) watch.message = {};
-    Flight flight(call.settings, watch);
+    Flight flight(call.settings, watchOf(call, telling));
     return reportOf(flight, notConverged);
   }();
   printResult("{}", textOf(report));
@@ -94,7 +99,7 @@ void showCorrespondences(ProjectCall& call, const CorrespondenceWish& wish) {
   readSettings(call);
   const auto written = [&] {
     Telling telling(call.quiet);
-    return writeCorrespondences(call.settings, wish, telling.watch());
+    return writeCorrespondences(call.settings, wish, watchOf(call, telling));
   }();
   std::vector<std::string> counts;
   for (std::size_t k = 0; k < fateCount; ++k) {
