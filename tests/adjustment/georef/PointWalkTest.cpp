@@ -148,11 +148,12 @@ TEST(PointWalk, LeavesAloneWhatNoFrameIsGoodFor) {
 TEST(PointWalk, LeavesAloneWhatMovesOrTurnsTooFarBetweenTwoRecords) {
   const auto isServed = [](const Route& route, double easting, double degrees) {
     const Velorn::Trajectory flown = [&] {
-      std::vector<Record> records;
-      for (int i = 0; i < 4; ++i) {
-        records.push_back({route.start + i,
-                           {easting + route.speed * i, route.northing, route.height},
-                           {0, 0, 100 + degrees * i}});
+      std::vector<Record> records(4);
+      for (std::size_t i = 0; i < records.size(); ++i) {
+        const auto s = static_cast<double>(i);
+        records[i] = {route.start + s,
+                      {easting + route.speed * s, route.northing, route.height},
+                      {0, 0, 100 + degrees * s}};
       }
       const TemporaryFolder folder;
       Velorn::Trajectory read({TrajectoryFile({records}).save(folder / "trajectory.kx")});
