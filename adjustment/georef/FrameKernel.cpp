@@ -31,7 +31,7 @@ VELORN_INLINE Triple<L> loadPoints(const double* from) {
 }
 
 template <>
-VELORN_INLINE Triple<Lanes<8>> loadPoints(const double* from) {
+[[maybe_unused]] VELORN_INLINE Triple<Lanes<8>> loadPoints(const double* from) {
   using L = Lanes<8>;
   const L a = load<L>(from), b = load<L>(from + 8), c = load<L>(from + 16);
   const L x = __builtin_shufflevector(a, b, 0, 3, 6, 9, 12, 15, 0, 0);
@@ -52,7 +52,7 @@ VELORN_INLINE void storePoints(double* to, const Triple<L>& p) {
 }
 
 template <>
-VELORN_INLINE void storePoints(double* to, const Triple<Lanes<8>>& p) {
+[[maybe_unused]] VELORN_INLINE void storePoints(double* to, const Triple<Lanes<8>>& p) {
   using L = Lanes<8>;
   const L first = __builtin_shufflevector(p.x, p.y, 0, 8, 0, 1, 9, 0, 2, 10);
   const L second = __builtin_shufflevector(p.x, p.y, 0, 3, 11, 0, 4, 12, 0, 5);
