@@ -173,6 +173,16 @@ TEST(PointWalk, LeavesAloneWhatMovesOrTurnsTooFarBetweenTwoRecords) {
   EXPECT_FALSE(isServed({.speed = 60}, 1.6e6, 10));  // no zone reaches there
 }
 
+TEST(PointWalk, ServesAFlightThroughMoreCellsThanItRemembers) {
+  const Route route{.speed = 290, .rate = 1, .seconds = 2000};  // 580 km
+  const auto trajectory = trajectoryOf(route);
+  const auto parameters = restoredModel({400000}, std::vector<double>(36));
+  const Velorn::StripModel model(parameters, trajectory, week, 0, false);
+  Points points(route, 4000);
+  EXPECT_EQ(toWorldByFrames(points, model).size(), 0U);
+  EXPECT_LT(worstDifference(points, model), betweenTwoWays);
+}
+
 TEST(PolarCorrection, IsRefusedWhereTheSeriesOfSmallAnglesEnd) {
   const auto correctionOf = [](double offset, double scale) {
     Velorn::Mounting<double> mounting{{0, 0, offset}, {0, 0, scale}, {}, {}};
