@@ -13,13 +13,13 @@ using namespace OnLanes;
 /// coefficients a value of one belongs to.
 template <std::size_t count>
 struct Nodes {
-  alignas(64) double u[lanes] = {};  // the first ones again where there are more lanes
-  alignas(64) double coefficients[count][lanes] = {};  // [node][power]
+  alignas(64) double u[count] = {};
+  alignas(64) double coefficients[count][count] = {};  // [node][power]
 
   constexpr explicit Nodes(const long double (&cosines)[count]) {
-    for (std::size_t i = 0; i < lanes; ++i) u[i] = static_cast<double>(cosines[i % count] / 2);
+    for (std::size_t i = 0; i < count; ++i) u[i] = static_cast<double>(cosines[i] / 2);
     for (std::size_t i = 0; i < count; ++i) {
-      long double product[lanes + 1] = {1};  // of (x − u_j) / (u_i − u_j) over the others
+      long double product[count] = {1};  // of (x − u_j) / (u_i − u_j) over the others
       for (std::size_t j = 0; j < count; ++j) {
         if (j == i) continue;
         const long double uj = u[j], apart = u[i] - uj;
@@ -40,21 +40,25 @@ constexpr Nodes<8> manyNodes({0.98078528040323044913L, 0.83146961230254523708L,
                               -0.83146961230254523708L, -0.98078528040323044913L});
 
 template <std::size_t count>
-VELORN_INLINE void putCoefficients(double* to, const Lanes& values, const Nodes<count>& nodes) {
-  Lanes sum = load(nodes.coefficients[0]) * values[0];
-  for (std::size_t i = 1; i < count; ++i) sum += load(nodes.coefficients[i]) * values[i];
+VELORN_INLINE void putCoefficients(double* to, const Lanes<count>& values,
+                                   const Nodes<count>& nodes) {
+  using L = Lanes<count>;
+  L sum = load<L>(nodes.coefficients[0]) * values[0];
+  for (std::size_t i = 1; i < count; ++i) sum += load<L>(nodes.coefficients[i]) * values[i];
   store(to, sum);
 }
 
+template <typename L>
 struct Matrix {
-  Lanes at[3][3];
+  L at[3][3];
 };
 
 /// N, see rotation in Rotation.h.
-VELORN_INLINE Matrix attitudeAt(const Lanes& u, const FrameMounting& mounting) {
-  Turn turns[3];
+template <typename L>
+VELORN_INLINE Matrix<L> attitudeAt(const L& u, const FrameMounting& mounting) {
+  Turn<L> turns[3];
   for (std::size_t j = 0; j < 3; ++j) {
-    turns[j] = sum({all(mounting.sines[j]), all(mounting.cosines[j])},
+    turns[j] = sum(Turn<L>{all<L>(mounting.sines[j]), all<L>(mounting.cosines[j])},
                    ofSmall(rising<3>(mounting.turning[j], u)));
   }
   const auto& [sx, cx] = turns[0];
@@ -66,35 +70,37 @@ VELORN_INLINE Matrix attitudeAt(const Lanes& u, const FrameMounting& mounting) {
 }
 
 /// C, see localLevelRotation in Rotation.h, of the unit vector upwards.
-VELORN_INLINE Matrix localLevel(const Lanes (&up)[3]) {
-  const Lanes cosine = squareRoot(up[0] * up[0] + up[1] * up[1]);
-  const Lanes sl = up[1] / cosine, cl = up[0] / cosine;
-  return {{{-up[2] * cl, -sl, -up[0]}, {-up[2] * sl, cl, -up[1]}, {cosine, Lanes{}, -up[2]}}};
+template <typename L>
+VELORN_INLINE Matrix<L> localLevel(const L (&up)[3]) {
+  const L cosine = squareRoot(L(up[0] * up[0] + up[1] * up[1]));
+  const L sl = up[1] / cosine, cl = up[0] / cosine;
+  return {{{-up[2] * cl, -sl, -up[0]}, {-up[2] * sl, cl, -up[1]}, {cosine, L{}, -up[2]}}};
 }
 
 template <std::size_t count>
 VELORN_INLINE void setMotionAt(const Nodes<count>& nodes, IntervalFrame& frame,
                                const FrameMounting& mounting) {
-  const Lanes u = load(nodes.u);
-  Lanes position[3], place[3], up[3];
+  using L = Lanes<count>;
+  const L u = load<L>(nodes.u);
+  L position[3], place[3], up[3];
   for (std::size_t i = 0; i < 3; ++i) position[i] = rising<3>(frame.position[i], u);
   for (std::size_t i = 0; i < 3; ++i) {
     up[i] = falling<4>(frame.local->up[i], position[0], position[1]);
     place[i] =
         falling<4>(frame.local->earthCentred[i], position[0], position[1]) + position[2] * up[i];
   }
-  const Matrix c = localLevel(up), n = attitudeAt(u, mounting);
+  const Matrix<L> c = localLevel(up), n = attitudeAt(u, mounting);
   for (std::size_t i = 0; i < 3; ++i) {
-    Lanes body[3];  // a row of C N
+    L body[3];  // a row of C N
     for (std::size_t j = 0; j < 3; ++j) {
       body[j] = c.at[i][0] * n.at[0][j] + c.at[i][1] * n.at[1][j] + c.at[i][2] * n.at[2][j];
     }
     const auto inBody = [&](double x, double y, double z) VELORN_INLINE_LAMBDA {
-      return body[0] * x + body[1] * y + body[2] * z;
+      return L(body[0] * x + body[1] * y + body[2] * z);
     };
     const auto& [forward, right, down] = mounting.misalignment;
     const auto& l = mounting.leverArm;
-    putCoefficients(frame.motion[i][0], place[i] + inBody(l[0], l[1], l[2]), nodes);
+    putCoefficients(frame.motion[i][0], L(place[i] + inBody(l[0], l[1], l[2])), nodes);
     for (std::size_t j = 0; j < 3; ++j) {
       putCoefficients(frame.motion[i][1 + j], inBody(forward[j], right[j], down[j]), nodes);
     }
@@ -103,12 +109,15 @@ VELORN_INLINE void setMotionAt(const Nodes<count>& nodes, IntervalFrame& frame,
 
 }  // namespace
 
-VELORN_FOR_SEVERAL_PROCESSORS void setMotion(IntervalFrame& frame, const FrameMounting& mounting) {
-  if (frame.degree == IntervalFrame::lowDegree) {
-    setMotionAt(fewNodes, frame, mounting);
-  } else {
-    setMotionAt(manyNodes, frame, mounting);
-  }
+void setMotion(IntervalFrame& frame, const FrameMounting& mounting) {
+  // The lanes are the nodes here, whatever suits the processor.
+  onBestLanes([&](auto) VELORN_INLINE_LAMBDA {
+    if (frame.degree == IntervalFrame::lowDegree) {
+      setMotionAt(fewNodes, frame, mounting);
+    } else {
+      setMotionAt(manyNodes, frame, mounting);
+    }
+  });
 }
 
 }  // namespace Velorn

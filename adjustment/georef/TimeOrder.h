@@ -45,7 +45,7 @@ class GatheredPoints {
 /// time, else pieces that are.
 template <typename Serve>
 void inOrderOfTime(const PointBatch& batch, const Serve& serve) {
-  constexpr std::size_t most = std::size_t{1} << 21U;  // indexed at once, in 32 MB
+  constexpr std::size_t most = std::size_t{1} << 21U;  // indexed at once, in 42 MB
   for (std::size_t first = 0; first < batch.count; first += most) {
     const PointBatch slice = partOf(batch, first, std::min(first + most, batch.count));
     if (!isOutOfOrder(slice.times, slice.count)) {

@@ -112,6 +112,25 @@ TEST_F(Georeferencing, GivesTheSameBitsInAnyOrderAndWhereverAThreadBegins) {
   omp_set_num_threads(threads);
 }
 
+TEST_F(Georeferencing, ComputesPointByPointWhatIsTooThinForFrames) {
+  const Velorn::StripModel model(parameters, trajectory, week, 0, false);
+  const auto alike = [&](std::size_t count, std::size_t together) {  // at the strip's beginning
+    Points points(route, count);
+    for (std::size_t i = 0; i < together; ++i)
+      points.times[i] = 400001 + 1e-3 * static_cast<double>(i);
+    points.georeference(parameters, trajectory);
+    std::size_t same = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+      same += points.world[i] == model.georeference(points.scanner[i], points.times[i]).world;
+    }
+    return same;
+  };
+  EXPECT_EQ(alike(150, 0), 150U);  // over 20 s
+  EXPECT_LT(alike(250, 0), 125U);
+  EXPECT_EQ(alike(60, 60), 60U);
+  EXPECT_LT(alike(80, 80), 40U);
+}
+
 TEST_F(Georeferencing, GoesBackWithTheSameBitsInAnyOrderAndWhereverAThreadBegins) {
   const std::size_t count = 20'000;
   Points points(route, count);

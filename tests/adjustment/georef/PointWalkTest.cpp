@@ -148,11 +148,12 @@ TEST(PointWalk, LeavesAloneWhatNoFrameIsGoodFor) {
 TEST(PointWalk, LeavesAloneWhatMovesOrTurnsTooFarBetweenTwoRecords) {
   const auto isServed = [](const Route& route, double easting, double degrees) {
     const Velorn::Trajectory flown = [&] {
-      std::vector<Record> records;
-      for (int i = 0; i < 4; ++i) {
-        records.push_back({route.start + i,
-                           {easting + route.speed * i, route.northing, route.height},
-                           {0, 0, 100 + degrees * i}});
+      std::vector<Record> records(4);
+      for (std::size_t i = 0; i < records.size(); ++i) {
+        const auto s = static_cast<double>(i);
+        records[i] = {route.start + s,
+                      {easting + route.speed * s, route.northing, route.height},
+                      {0, 0, 100 + degrees * s}};
       }
       const TemporaryFolder folder;
       Velorn::Trajectory read({TrajectoryFile({records}).save(folder / "trajectory.kx")});
@@ -170,6 +171,16 @@ TEST(PointWalk, LeavesAloneWhatMovesOrTurnsTooFarBetweenTwoRecords) {
   EXPECT_FALSE(isServed({.speed = 310}, 600000, 10));
   EXPECT_FALSE(isServed({.speed = 60}, 600000, 14));
   EXPECT_FALSE(isServed({.speed = 60}, 1.6e6, 10));  // no zone reaches there
+}
+
+TEST(PointWalk, ServesAFlightThroughMoreCellsThanItRemembers) {
+  const Route route{.speed = 290, .rate = 1, .seconds = 2000};  // 580 km
+  const auto trajectory = trajectoryOf(route);
+  const auto parameters = restoredModel({400000}, std::vector<double>(36));
+  const Velorn::StripModel model(parameters, trajectory, week, 0, false);
+  Points points(route, 4000);
+  EXPECT_EQ(toWorldByFrames(points, model).size(), 0U);
+  EXPECT_LT(worstDifference(points, model), betweenTwoWays);
 }
 
 TEST(PolarCorrection, IsRefusedWhereTheSeriesOfSmallAnglesEnd) {
