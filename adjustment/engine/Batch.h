@@ -55,7 +55,8 @@ struct alignas(64) BatchRows {
   BatchArray factor;
 };
 
-/// Half of the cost is not taken: `sums` are of ρ(r²).
+/// How one processor computes batches. ρ(r²) is Huber's function, or r² without it; the cost is
+/// half its sum.
 struct BatchKernel {
   const char* name;
   /// Residuals alone. @return Σ ρ(r²)

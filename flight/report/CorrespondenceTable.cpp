@@ -17,38 +17,40 @@
 namespace Velorn::Flights {
 namespace {
 
-using Row = CorrespondenceRow;
-
 /// A value of a row that both kinds of files have, LAS in extra bytes.
 struct Column {
   const char* name;
   const char* unit;  ///< empty: none
   const char* description;
   LasNumber type;
-  double (*value)(const Row& row);
+  double (*value)(const CorrespondenceRow& row);
 };
 
 constexpr LasNumber small = LasNumber::uint16, real = LasNumber::float32;
 
 constexpr std::array columns{
     Column{"strip_i", "", "file id of the first point", small,
-           [](const Row& row) -> double { return row.stripI; }},
+           [](const CorrespondenceRow& row) -> double { return row.stripI; }},
     Column{"strip_j", "", "file id of the second point", small,
-           [](const Row& row) -> double { return row.stripJ; }},
+           [](const CorrespondenceRow& row) -> double { return row.stripJ; }},
     Column{"patch", "", "id of the control, -1: none", LasNumber::int32,
-           [](const Row& row) { return row.patch ? double(*row.patch) : -1.0; }},
-    Column{"before", "m", "n*(Q-P) as searched", real, [](const Row& row) { return row.before; }},
-    Column{"after", "m", "n*(Q-P) as adjusted", real, [](const Row& row) { return row.after; }},
+           [](const CorrespondenceRow& row) { return row.patch ? double(*row.patch) : -1.0; }},
+    Column{"before", "m", "n*(Q-P) as searched", real,
+           [](const CorrespondenceRow& row) { return row.before; }},
+    Column{"after", "m", "n*(Q-P) as adjusted", real,
+           [](const CorrespondenceRow& row) { return row.after; }},
     Column{"normal_x", "", "unit normal n, east", real,
-           [](const Row& row) { return row.normal.x; }},
+           [](const CorrespondenceRow& row) { return row.normal.x; }},
     Column{"normal_y", "", "unit normal n, north", real,
-           [](const Row& row) { return row.normal.y; }},
-    Column{"normal_z", "", "unit normal n, up", real, [](const Row& row) { return row.normal.z; }},
-    Column{"angle", "deg", "between the normals", real, [](const Row& row) { return row.angle; }},
+           [](const CorrespondenceRow& row) { return row.normal.y; }},
+    Column{"normal_z", "", "unit normal n, up", real,
+           [](const CorrespondenceRow& row) { return row.normal.z; }},
+    Column{"angle", "deg", "between the normals", real,
+           [](const CorrespondenceRow& row) { return row.angle; }},
     Column{"roughness_i", "m", "about the first point", real,
-           [](const Row& row) { return row.roughnessI; }},
+           [](const CorrespondenceRow& row) { return row.roughnessI; }},
     Column{"roughness_j", "m", "about the second point", real,
-           [](const Row& row) { return row.roughnessJ; }},
+           [](const CorrespondenceRow& row) { return row.roughnessJ; }},
 };
 
 /// Satellite seconds less 1e9.
@@ -60,9 +62,9 @@ class LasTable final : public CorrespondenceTable {
  public:
   LasTable(const std::filesystem::path& target, unsigned epsg) : file_(target, epsg, extras()) {}
 
-  void add(std::span<const Row> rows) override {
+  void add(std::span<const CorrespondenceRow> rows) override {
     std::vector<double> values;
-    for (const Row& row : rows) {
+    for (const CorrespondenceRow& row : rows) {
       const auto toJ = row.placeJ - row.placeI;
       values = {static_cast<double>(row.fate), standardTime(row.weekJ, row.timeJ), toJ.x, toJ.y,
                 toJ.z};
@@ -103,9 +105,9 @@ class CsvTable final : public CorrespondenceTable {
     file_.write(head + "\n");
   }
 
-  void add(std::span<const Row> rows) override {
+  void add(std::span<const CorrespondenceRow> rows) override {
     std::string text;
-    for (const Row& row : rows) {
+    for (const CorrespondenceRow& row : rows) {
       text += nameOf(row.fate);
       append(row.code, text);
       append(row.weekI, row.timeI, row.placeI, text);
@@ -122,8 +124,9 @@ class CsvTable final : public CorrespondenceTable {
     text += ',';
     if (std::isfinite(value)) fmt::format_to(std::back_inserter(text), "{}", value);
   }
-  static void append(std::uint32_t week, double time, const Row::point& place, std::string& text) {
-    append(std::isfinite(time) ? week : Row::unknown, text);
+  static void append(std::uint32_t week, double time, const CorrespondenceRow::point& place,
+                     std::string& text) {
+    append(std::isfinite(time) ? week : CorrespondenceRow::unknown, text);
     for (const double value : {time, place.x, place.y, place.z}) append(value, text);
   }
 

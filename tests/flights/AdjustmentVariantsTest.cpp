@@ -345,7 +345,11 @@ TEST_P(OneKindOfErrors, IsFoundAgainAmongAllUnknownsAndByThoseOfItsSideAlone) {
   auto locked = input();
   if (!isOfTrajectory) locked.configuration.LockedStrips = {0, 1, 2, 3};
   Library library(locked);
-  if (isOfTrajectory) library.optimization.settings = {false, false, false, false, 100, false, {}};
+  if (isOfTrajectory) {
+    auto& settings = library.optimization.settings;
+    settings.estimateOffsets = settings.estimateScales = false;
+    settings.estimateMisalignment = settings.estimateLeverArm = false;
+  }
   expectFound(library);
   for (unsigned int section = 0; section < 4; ++section) {
     EXPECT_EQ(isUntouched(library.parameters, section), !isOfTrajectory) << section;
