@@ -21,7 +21,6 @@ namespace {
 constexpr double scale = 1e-4;           // [m]
 constexpr std::size_t format = 6;        // of the points
 constexpr std::size_t descriptor = 192;  // bytes that describe an extra attribute
-constexpr std::size_t blockBytes = std::size_t{1} << 20U;
 
 template <typename T>
 void append(std::string& bytes, std::type_identity_t<T> number) {
@@ -133,7 +132,7 @@ void LasOutput::add(const LasOutputPoint& point, std::span<const double> values)
   append<double>(block_, point.time);
   for (std::size_t k = 0; k < extras_.size(); ++k) append(block_, extras_[k].type, values[k]);
   ++count_;
-  if (block_.size() >= blockBytes) writeBlock();
+  if (block_.size() >= outputBlockBytes) writeBlock();
 }
 
 void LasOutput::writeBlock() {

@@ -8,6 +8,7 @@
 //     out.finish();
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -17,6 +18,9 @@
 #include "platform/plome/ReplacedFile.h"
 
 namespace Velorn::Flights {
+
+/// What is made in memory before it is written, about.
+inline constexpr std::size_t outputBlockBytes = std::size_t{1} << 20U;
 
 /// Without finish() the target stays as it was. All that fails throws an Error of NoSpace that
 /// names the target.

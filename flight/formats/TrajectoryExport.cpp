@@ -17,6 +17,7 @@
 
 #include <fmt/format.h>
 
+#include "flight/formats/OutputFile.h"
 #include "flight/strips/OrFail.h"
 #include "platform/geomra/Degree.h"
 #include "platform/plome/ReplacedFile.h"
@@ -31,8 +32,6 @@ using Geomra::degreesPerRadian;
 using std::numbers::pi;
 using Bytes = std::string;
 using Zone = Tessaly::TransverseMercatorProjectionParameter;
-
-constexpr std::size_t blockBytes = std::size_t{1} << 20;
 
 double withinATurn(double heading) {
   return std::abs(heading) <= 2 * pi ? heading : std::remainder(heading, 2 * pi);
@@ -67,7 +66,7 @@ void writeRecords(const std::filesystem::path& file, const std::vector<SbetRecor
   };
   for (const auto& record : records) {
     append(record, block);
-    if (block.size() >= blockBytes) writeBlock();
+    if (block.size() >= outputBlockBytes) writeBlock();
   }
   writeBlock();
   stream.close();
