@@ -10,6 +10,7 @@
 #include <numbers>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "adjustment/georef/Measurement.h"
@@ -43,7 +44,7 @@ class OverlappingFlight {
   static constexpr unsigned strips = 3;
   static constexpr double seconds = 20, height = 600, centreEast = 600000, centreNorth = 5250000;
 
-  explicit OverlappingFlight(const FlightPlan& plan) : plan_(plan), random_(17) {
+  explicit OverlappingFlight(FlightPlan plan) : plan_(std::move(plan)), random_(17) {
     configuration.RootPath = folder.path();
     configuration.CellSizeWeights = {3, 1, 1, 1, 0.5};
     std::filesystem::create_directory(folder / "03_correspondences");
@@ -65,7 +66,7 @@ class OverlappingFlight {
     }
     std::vector<std::filesystem::path> names;
     for (unsigned i = 0; i < strips; ++i) {
-      names.push_back("strip" + std::to_string(i) + ".kx");
+      names.emplace_back("strip" + std::to_string(i) + ".kx");
       ids += "id: " + std::to_string(i) + " file: " + names.back().string() + " type: strip\n";
     }
     writeContent(folder / "sections", sections);
