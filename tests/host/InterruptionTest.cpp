@@ -122,7 +122,7 @@ TEST_F(Interruption, ReachesTheSolver) {
   auto adjust =
       start({"adjust", name + "/strip_01.kx", name + "/strip_02.kx", name + "/strip_03.kx",
              name + "/strip_04.kx", "--trajectory", name + "/trajectory.kx", "--ground-truth",
-             name + "/ground_truth.kx", "--output", name});
+             name + "/ground_truth.kx", "--output", name, "--reference"});
   const Happens solving{
       [&] { return adjust.said().find("DONE FILLING CERES") != std::string::npos; }};
   EXPECT_EQ(adjust.interrupted(SIGTERM, solving), 143);
