@@ -162,7 +162,7 @@ class OverlappingFlight {
       throw std::runtime_error("world2scanner");
     }
     auto q = Velorn::polarForm<double>({scanner[0].x, scanner[0].y, scanner[0].z});
-    q[0] += 0.05 + noise(0.02);
+    q[0] += 0.15 + noise(0.06);
     q[1] += 2e-4 * (strip + 1) + noise(1e-5);
     q[2] += 1e-4 - 3e-4 * strip + 5e-6 * (time - startOf(strip)) + noise(1e-5);
     if (between(0, 1) < plan_.outliers) q[0] += 4;
