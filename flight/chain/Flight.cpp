@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <system_error>
 
 #include <fmt/format.h>
@@ -151,10 +152,10 @@ class Flight::Chain {
       throw;
     }
     addRounds(rounds);
-    if (matches && adjusts && settings().stability) testStability(work.surfaces());
+    if (matches && adjusts && settings().stability) testStability(work);
   }
 
-  void testStability(SurfaceStore& surfaces) {
+  void testStability(RoundWork& work) {
     const auto& last = lastThatCounts(report_.rounds);
     if (!model_ || !last.matching || last.isCoarse()) return;
     StepKey key("stability");
@@ -163,7 +164,11 @@ class Flight::Chain {
     if (!settings().force) report_.stability = record.valid<StabilityReport>(key);
     if (!report_.stability) {
       record.begin();
-      report_.stability = stabilityOf(context_, surfaces, last);
+      std::optional<SurfaceStore> views;
+      if (std::ranges::any_of(report_.rounds, &RoundReport::isCoarse)) {
+        views = work.seenAnew(*model_);
+      }
+      report_.stability = stabilityOf(context_, views ? *views : context_.surfaces, last);
       record.finish(key, {}, *report_.stability);
     }
     const auto more = warningsOf(*report_.stability);

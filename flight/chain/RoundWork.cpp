@@ -240,7 +240,7 @@ MatchReport RoundWork::matchAnew(const Round& round, const Output& output) {
   MatchOptions options = matchOptionsOf(run_);
   options.controlReach = std::max(run_.configuration().SearchRadius, round.controlRadius);
   options.weighsControl = round.start && !round.isCoarse();
-  views_.reset();
+  std::optional<SurfaceStore> views;
   if (round.seesAnew) {
     const Coarseness coarseness{round.scale, spacing()};
     if (round.isCoarse()) {
@@ -250,13 +250,21 @@ MatchReport RoundWork::matchAnew(const Round& round, const Output& output) {
       options.neighbourRadius *= round.scale;
       options.areFarApart = true;
     }
-    views_ = stripsOfRound(run_, output.rasters, coarseness, start, configuration);
+    views = stripsOfRound(run_, output.rasters, coarseness, start, configuration);
   }
-  options.reach = std::max(configuration.SearchRadius, options.controlReach) + reachOf(start);
-  auto report =
-      Flights::match(configuration, surfaces(), options, start, *run_.watcher, output.observe);
+  options.reach = std::max(configuration.SearchRadius, options.controlReach) + movedBy(start);
+  auto report = Flights::match(configuration, views ? *views : run_.surfaces, options, start,
+                               *run_.watcher, output.observe);
   if (!round.isCoarse()) checkMatching(report, run_);
   return report;
+}
+
+SurfaceStore RoundWork::seenAnew(const RoundModel& model) {
+  auto configuration = run_.configuration();
+  const auto parameters = parametersOf(model);
+  const Solution solution{*parameters, run_.trajectory};
+  return stripsOfRound(run_, run_.folder.rastersOfRound(), {1.0, spacing()}, &solution,
+                       configuration);
 }
 
 ApartReport RoundWork::apart() {
@@ -267,7 +275,7 @@ ApartReport RoundWork::apart() {
 }
 
 /// How far points lie from where they were delivered, by which overlaps are seen [m].
-double RoundWork::reachOf(const Solution* start) {
+double RoundWork::movedBy(const Solution* start) {
   if (!start) return run_.configuration().SearchRadius;
   const double moved = movementOf(run_, nullptr, *start).points;
   return std::isfinite(moved) ? moved : run_.configuration().SearchRadius;

@@ -51,8 +51,8 @@ class RoundWork final : public RoundSteps {
                          const PairObserver& observe);
   std::shared_ptr<const Velorn::SolverParameters> parametersOf(const RoundModel& model) const;
 
-  /// That the last matching has searched in.
-  SurfaceStore& surfaces() { return views_ ? *views_ : run_.surfaces; }
+  /// The strips as a round sees them anew that begins with the model.
+  SurfaceStore seenAnew(const RoundModel& model);
   void tell(const std::string& line) override { run_.tell(line); }
 
  private:
@@ -61,7 +61,7 @@ class RoundWork final : public RoundSteps {
   StepRecord matchRecord(const Round& round) const;
   StepRecord adjustRecord(const Round& round) const;
   double spacing();
-  double reachOf(const Solution* start);
+  double movedBy(const Solution* start);
   /// Where a matching writes, and who looks at it.
   struct Output {
     std::filesystem::path root;     ///< of the folder of blocks
@@ -71,7 +71,6 @@ class RoundWork final : public RoundSteps {
   MatchReport matchAnew(const Round& round, const Output& output);
 
   RunContext& run_;
-  std::optional<SurfaceStore> views_;  // of a round that sees the strips anew
   std::shared_ptr<const Velorn::SolverParameters> adjusted_;  // of the adjustment done last
   std::optional<ModelFiles> adjustedFiles_;
   std::optional<double> spacing_;  // of the strips' points [m]: measured once, when it is needed
