@@ -4,11 +4,9 @@
 
 #include <array>
 #include <bit>
-#include <cerrno>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <fstream>
 #include <functional>
 #include <iterator>
 #include <numbers>
@@ -18,11 +16,9 @@
 #include <fmt/format.h>
 
 #include "flight/formats/OutputFile.h"
-#include "flight/strips/OrFail.h"
 #include "platform/geomra/Degree.h"
-#include "platform/plome/ReplacedFile.h"
-#include "platform/plome/SystemFault.h"
 #include "platform/tessaly/TransverseMercator.h"
+#include <velorn/flight/Error.h>
 
 namespace Velorn::Flights {
 namespace {
@@ -55,13 +51,9 @@ void checkFinite(const std::filesystem::path& file, const std::vector<SbetRecord
 void writeRecords(const std::filesystem::path& file, const std::vector<SbetRecord>& records,
                   Bytes block, const std::function<void(const SbetRecord&, Bytes&)>& append) {
   checkFinite(file, records);
-  Plome::ReplacedFile replaced(file);
-  std::ofstream stream(replaced.temporary(), std::ios::binary);
-  if (!stream) {
-    throw Error(file.string() + ": " + Plome::systemFault(errno), Error::NoSpace);
-  }
+  OutputFile out(file);
   const auto writeBlock = [&] {
-    stream.write(block.data(), static_cast<std::streamsize>(block.size()));
+    out.write(block);
     block.clear();
   };
   for (const auto& record : records) {
@@ -69,9 +61,7 @@ void writeRecords(const std::filesystem::path& file, const std::vector<SbetRecor
     if (block.size() >= outputBlockBytes) writeBlock();
   }
   writeBlock();
-  stream.close();
-  if (!stream) throw Error(file.string() + ": cannot be written", Error::NoSpace);
-  orFail(replaced.replace(), Error::NoSpace);
+  out.finish();
 }
 
 void appendLittleEndian(double value, Bytes& bytes) {
