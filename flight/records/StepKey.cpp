@@ -12,7 +12,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Counts on with what records hold, so that one of an older form is made anew.
-constexpr int form = 5;
+constexpr int form = 6;
 
 }  // namespace
 
