@@ -47,6 +47,7 @@ class StripRasterizing {
       chosen = choose(places);
       numbers = planarPoints();
       addPlanes(surface, numbers, points);
+      addDelivered(*delivered, numbers, points);
     }
     addMeasured(numbers, points);
     saveRaster(points.at(placesIn(numbers, chosen)), chosen, files.raster);
@@ -65,6 +66,7 @@ class StripRasterizing {
       const Surface surface = classify(places, view.side);
       numbers = planarPoints();
       addPlanes(surface, numbers, points);
+      addDelivered(*delivered, numbers, points);
     }
     for (const std::uint32_t i : numbers) ++counts_.surface[classIndexOf(codes_[i])];
     counts_.representatives = counts_.surface;
@@ -198,8 +200,13 @@ class StripRasterizing {
   }
 
   /// Positions are the delivered ones, whatever places were looked at.
+  static void addDelivered(std::span<const point> delivered, std::span<const std::uint32_t> numbers,
+                           MatchPoints& points) {
+    points.delivered.reserve(numbers.size());
+    for (const std::uint32_t i : numbers) points.delivered.push_back(delivered[i]);
+  }
+
   void addMeasured(std::span<const std::uint32_t> numbers, MatchPoints& points) const {
-    points.delivered = strip_.world<point>("Positions").at(numbers);
     points.scanner = strip_.scanner<point>("Positions").at(numbers);
     points.times = strip_.world<double>("GPSTime").at(numbers);
     points.beams = strip_.scanner<vector>("Waveforms.DirectionDelta").at(numbers);
