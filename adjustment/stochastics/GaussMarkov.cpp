@@ -49,15 +49,15 @@ LinearSum scaled(const LinearSum& sum, double factor) {
   return sumOf({}, sum, factor);
 }
 
-/// What becomes of rows: those of one strip or of one link of two are made with these.
-class Rows {
+class RowMaker {
  public:
-  explicit Rows(const GaussMarkovSettings& settings) : settings_(settings) {}
+  explicit RowMaker(const GaussMarkovSettings& settings) : settings_(settings) {}
 
   void addStrip(const StripCorrection& strip) {
     for (std::size_t i = 0; i < strip.pieces.size(); ++i) {
       const bool steps[] = {isStep(strip, i), isStep(strip, i + 1)};
       const double halves = 0.5 * (steps[0] + steps[1]);
+      rows_.degreesOfFreedom += static_cast<std::size_t>(strip.pieces[i].powers);
       addNorm(strip.pieces[i], (1.0 - halves) * strip.pieces[i].length, strip.sigma);
       if (i == 0) continue;
       const CorrectionPiece &before = strip.pieces[i - 1], &after = strip.pieces[i];
@@ -73,7 +73,7 @@ class Rows {
 
   /// A free end of the process.
   void addEnd(const LinearSum& value, double sigma) {
-    rows_.push_back(rowsOf({scaled(value, 1.0 / (std::numbers::sqrt2 * sigma))}));
+    rows_.process.push_back(rowsOf({scaled(value, 1.0 / (std::numbers::sqrt2 * sigma))}));
   }
 
   void addGap(const StripCorrection& before, const StripCorrection& after) {
@@ -81,7 +81,7 @@ class Rows {
             after.start() - before.end(), std::min(before.sigma, after.sigma));
   }
 
-  std::vector<PriorRows> taken() { return std::move(rows_); }
+  GaussMarkovRows taken() { return std::move(rows_); }
 
  private:
   /// Whether the border before piece `i` lies between two constants.
@@ -101,7 +101,7 @@ class Rows {
     for (int m = 0; m < piece.powers; ++m) prior.unknowns.push_back(piece.firstUnknown + m);
     prior.rows = norm.llt().matrixU();
     prior.expected.setZero(piece.powers);
-    rows_.push_back(prior);
+    rows_.process.push_back(prior);
   }
 
   /// With ends e and s of the process in units of σ, `gap` apart, and ρ = exp(−gap / Tc):
@@ -111,8 +111,9 @@ class Rows {
   void addLink(const LinearSum& e, const LinearSum& s, double gap, double sigma) {
     const double tanh = std::tanh(0.5 * gap / settings_.correlationTime);
     const double step = settings_.largestStep / sigma;  // where there is hardly a gap
-    rows_.push_back(rowsOf({scaled(sumOf(s, e, -1.0), 1.0 / std::max(2.0 * std::sqrt(tanh), step)),
-                            scaled(sumOf(s, e), 0.5 * std::sqrt(tanh))}));
+    rows_.process.push_back(
+        rowsOf({scaled(sumOf(s, e, -1.0), 1.0 / std::max(2.0 * std::sqrt(tanh), step)),
+                scaled(sumOf(s, e), 0.5 * std::sqrt(tanh))}));
   }
 
   void addJoint(const CorrectionPiece& before, const CorrectionPiece& after) {
@@ -122,11 +123,12 @@ class Rows {
       sums.push_back(scaled(sumOf(after.slopeAt(0.0), before.slopeAt(before.length), -1.0), over));
     }
     for (auto& sum : sums) sum = scaled(sum, 1.0 / settings_.largestStep);
-    rows_.push_back(rowsOf(sums));
+    rows_.joints.push_back(rowsOf(sums));
+    rows_.degreesOfFreedom -= sums.size();
   }
 
   GaussMarkovSettings settings_;
-  std::vector<PriorRows> rows_;
+  GaussMarkovRows rows_;
 };
 
 }  // namespace
@@ -143,14 +145,14 @@ Eigen::MatrixXd derivativeIntegral(int derivative, int powers, double length) {
   return integral;
 }
 
-std::vector<PriorRows> gaussMarkovRows(std::vector<StripCorrection> strips,
-                                       const GaussMarkovSettings& settings) {
+GaussMarkovRows gaussMarkovRows(std::vector<StripCorrection> strips,
+                                const GaussMarkovSettings& settings) {
   checkPositive(settings.correlationTime, "correlation time");
   checkPositive(settings.largestStep, "step between sections");
   for (const auto& strip : strips) check(strip);
   std::sort(strips.begin(), strips.end(),
             [](const auto& a, const auto& b) { return a.start() < b.start(); });
-  Rows rows(settings);
+  RowMaker rows(settings);
   for (std::size_t i = 0; i < strips.size(); ++i) {
     const auto follows = [&](std::size_t next) {
       return next > 0 && next < strips.size() && strips[next].start() >= strips[next - 1].end();

@@ -9,8 +9,8 @@
 //       strips.push_back({piecesOf(strip, TrajectoryComponent::Height), 0.05});
 //     const auto rows = gaussMarkovRows(strips, {.correlationTime = 60.0, .largestStep = 0.001});
 //
-// The rows' squares sum up to the squared norm of the correction in the reproducing-kernel space of
-// the covariance, which for a strip from 0 to T is
+// The squares of the process's rows sum up to the squared norm of the correction in the
+// reproducing-kernel space of the covariance, which for a strip from 0 to T is
 //
 //     1/(2σ²) [ Tc ∫ c'² dt + 1/Tc ∫ c² dt + c(0)² + c(T)² ]
 //
@@ -48,7 +48,16 @@ struct GaussMarkovSettings {
 /// @return            powers × powers
 Eigen::MatrixXd derivativeIntegral(int derivative, int powers, double length);
 
-/// The rows of all strips of a flight, a few unknowns each.
+/// Rows of a few unknowns each.
+struct GaussMarkovRows {
+  std::vector<PriorRows> process;  ///< of size 1/σ
+  std::vector<PriorRows> joints;   ///< between sections, of size 1/largestStep
+  /// Unknowns less rows of joints: the expectation of the sum of the process's squares. (Its rows
+  /// are more, but not independent: they are factors of a norm.)
+  std::size_t degreesOfFreedom = 0;
+};
+
+/// The rows of all strips of a flight.
 ///
 /// Sections of a strip join: their values always, their slopes where one of both is of degree 2 or
 /// 3 (between straight lines they may bend). Two constants after each other have a step whatever
@@ -58,8 +67,8 @@ Eigen::MatrixXd derivativeIntegral(int derivative, int powers, double length);
 /// that overlap in time are taken for independent of each other.
 /// @throws std::invalid_argument, naming it, for a value out of bounds, a strip without pieces, and
 ///         pieces that do not follow each other
-std::vector<PriorRows> gaussMarkovRows(std::vector<StripCorrection> strips,
-                                       const GaussMarkovSettings& settings);
+GaussMarkovRows gaussMarkovRows(std::vector<StripCorrection> strips,
+                                const GaussMarkovSettings& settings);
 
 /// Correction at any time as a sum of unknowns.
 struct CorrectionAt {
