@@ -58,10 +58,11 @@ floor("adjustment", "libvelorn", "from correspondences to corrections and georef
     ("engine", "fast sums over correspondences: derivatives by the adjoint, vector kernels, condensed chunks",
      "config model trajectory correspondence georef"),
     ("stochastics", "a priori knowledge as rows, variance components, design effect: mathematics alone", "config model georef"),
+    ("observability", "what is determined, and how reliably, from normal matrices: mathematics alone", "model engine stochastics"),
     ("statistics", "how well strips fit before and after, and how far they moved",
      "config model trajectory correspondence georef"),
     ("optimization", "residual, check of the correspondences, solver run; alone knows Ceres",
-     "config model trajectory correspondence georef engine stochastics statistics"),
+     "config model trajectory correspondence georef engine stochastics observability statistics"),
 ])
 floor("flight", "libvelorn_flight", "from a user's files to adjusted files", ["platform", "adjustment"], [
     ("strips", "containers as columns of points, names of blocks, where files go; loops on all threads", ""),

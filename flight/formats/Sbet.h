@@ -16,6 +16,7 @@
 #include <functional>
 #include <vector>
 
+#include "flight/formats/DoubleRecords.h"
 #include <velorn/flight/Containers.h>
 
 namespace Velorn::Flights {
@@ -34,20 +35,10 @@ struct SbetRecord {
 /// True for the endings that such files have: .sbet and .out, in any case of letters.
 bool looksLikeSbet(const std::filesystem::path& file);
 
-/// What becomes of records whose times do not ascend.
-enum class TimeOrder {
-  Ascending,  ///< the first one is refused
-  Any         ///< all are handed on; inTimeOrder (PoseOrder.h) puts them in order
-};
-
 /// Hands the records to `take` one after the other, in the order of the file. Some thousand of them
 /// are in memory at a time.
 /// @return their number, at least 1
-/// @throws Error that names the file, and the first bad record counted from 1: no regular file;
-///         empty; a size that is no multiple of 136 bytes; a value above that is not finite or is
-///         none of its kind (files of the other byte order are named as such); times that do not
-///         ascend. Equal times are refused, too: nobody knows which of the two poses holds. In any
-///         order only times that begin anew where a GPS week ends are.
+/// @throws Error as readDoubleRecords; a record has 136 bytes
 std::size_t readSbet(const std::filesystem::path& file,
                      const std::function<void(const SbetRecord&)>& take,
                      TimeOrder order = TimeOrder::Ascending);
