@@ -3,6 +3,7 @@
 #include "adjustment/observability/WeakDirections.h"
 
 #include <Eigen/Eigenvalues>
+#include <Eigen/Jacobi>
 #include <Eigen/QR>
 #include <Eigen/SparseCholesky>
 #include <algorithm>
@@ -20,6 +21,7 @@ namespace {
 
 constexpr double shift = 1e-4;         // makes a singular matrix regular, far below 1
 constexpr double asGoodAsKnown = 1e6;  // eigenvalue of what is held
+constexpr double leastEffect = 1e-3;   // in standard deviations of all residuals together
 constexpr Eigen::Index spare = 8;      // columns beyond those asked for, which let these converge
 constexpr int mostIterations = 100;
 
@@ -43,6 +45,33 @@ Eigen::MatrixXd randomColumns(Eigen::Index rows, Eigen::Index columns) {
   std::mt19937 random(1);
   std::normal_distribution<double> normal;
   return Eigen::MatrixXd::NullaryExpr(rows, columns, [&] { return normal(random); });
+}
+
+/// Angle by which two columns are turned so that the squares of their entries differ most.
+double varimaxAngle(const Eigen::VectorXd& x, const Eigen::VectorXd& y) {
+  const Eigen::ArrayXd u = x.array().square() - y.array().square(), v = 2.0 * x.array() * y.array();
+  const auto n = static_cast<double>(x.size());
+  const double numerator = 2.0 * ((u * v).sum() - u.sum() * v.sum() / n);
+  const double denominator =
+      (u.square() - v.square()).sum() - (u.sum() * u.sum() - v.sum() * v.sum()) / n;
+  return 0.25 * std::atan2(numerator, denominator);
+}
+
+/// Turns orthonormal columns within the space that they span.
+void simplify(Eigen::Ref<Eigen::MatrixXd> columns) {
+  constexpr int mostSweeps = 30;
+  double largest = 1.0;
+  for (int sweep = 0; sweep < mostSweeps && largest > 1e-6; ++sweep) {
+    largest = 0.0;
+    for (Eigen::Index p = 0; p < columns.cols(); ++p) {
+      for (Eigen::Index q = p + 1; q < columns.cols(); ++q) {
+        const double angle = varimaxAngle(columns.col(p), columns.col(q));
+        columns.applyOnTheRight(p, q,
+                                Eigen::JacobiRotation<double>(std::cos(angle), -std::sin(angle)));
+        largest = std::max(largest, std::abs(angle));
+      }
+    }
+  }
 }
 
 void check(const NormalMatrix& observed, const Eigen::VectorXd& sigmas) {
@@ -85,9 +114,17 @@ std::vector<WeakDirection> weakDirections(const NormalMatrix& observed,
     eigenvalues = found;
     if (isSteady) break;
   }
+  Eigen::Index untold = 0;
+  while (untold < asked && eigenvalues[untold] < shift) ++untold;
+  simplify(basis.leftCols(untold));
+  const Eigen::VectorXd sizes = priorSigmas.cwiseProduct(observed.diagonal().cwiseSqrt());
   std::vector<WeakDirection> directions;
   for (Eigen::Index k = 0; k < asked && eigenvalues[k] < 1.0; ++k) {
-    directions.push_back({std::max(0.0, eigenvalues[k]), basis.col(k)});
+    const double eigenvalue = basis.col(k).dot(scaled * basis.col(k));
+    const Eigen::VectorXd effect = sizes.cwiseProduct(basis.col(k));
+    const double size = effect.norm();
+    directions.push_back({std::max(0.0, eigenvalue), basis.col(k),
+                          effect * (size > leastEffect ? 1.0 / size : 0.0)});
   }
   return directions;
 }

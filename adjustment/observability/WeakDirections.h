@@ -16,13 +16,20 @@ namespace Velorn {
 struct WeakDirection {
   double eigenvalue = 0.0;    ///< λ
   Eigen::VectorXd direction;  ///< v, of length 1: unknowns in units of their standard deviations
+  /// v times the roots of the diagonal of SNS, of length 1: what each unknown alone would do to the
+  /// residuals. Unknowns that make up for each other are of one size in it, however loosely the one
+  /// and tightly the other is known before. Zero where no observation knows the direction.
+  Eigen::VectorXd effect;
 };
 
 /// The weakest directions whose eigenvalue is below 1, ascending, by inverse iteration of a
-/// subspace with Rayleigh and Ritz's eigenvalues. Of eigenvalues far below 1e-4 the directions may
-/// be mixed with each other, but not with others.
+/// subspace with Rayleigh and Ritz's eigenvalues. Those below 1e-4 are one subspace of which the
+/// flight tells nothing; it is given by the directions that have the fewest large entries (Kaiser's
+/// varimax criterion, Psychometrika 23, 1958), each with its v'SNSv.
 /// @param observed     N of all observations without a priori rows
-/// @param priorSigmas  S; zero for what is held or no unknown: it is in no direction
+/// @param priorSigmas  S; zero for what is held or no unknown: it is in no direction. Of the
+/// inverse
+///                     of the normal matrix of the a priori rows, the roots of the diagonal.
 /// @param most         at most so many
 /// @throws std::invalid_argument for sizes that differ and standard deviations that are negative or
 ///         not finite
@@ -39,7 +46,7 @@ struct Participation {
 };
 
 /// The kinds that make up most of a direction, the largest share first.
-/// @param direction   of the vector of unknowns: sections of 24 each, then the global ones
+/// @param direction   a direction or its effect: sections of 24 unknowns each, then the global ones
 /// @param leastShare  smaller ones are left out
 std::vector<Participation> participations(const Eigen::VectorXd& direction,
                                           double leastShare = 0.02);

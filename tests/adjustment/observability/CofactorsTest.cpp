@@ -97,7 +97,7 @@ TEST(SelectedInverse, HasTheEntriesOfTheDenseInverseAndSharesThatSumUp) {
   EXPECT_TRUE(selected.diagonal().isApprox(inverse.diagonal(), 1e-7));
   const Eigen::VectorXd shares = selected.sharesOf(prior);
   EXPECT_TRUE(shares.isApprox((inverse * small.priorDense()).diagonal(), 1e-6));
-  const double known = static_cast<double>(small.unknowns - 1);
+  const auto known = static_cast<double>(small.unknowns - 1);
   EXPECT_NEAR(selected.traceWith(observed) + selected.traceWith(prior), known, 1e-6);
   // Sections 0 and 29 share globals alone, and the factor has not filled in between all of them.
   const NormalMatrix far = Eigen::MatrixXd::Ones(small.unknowns, small.unknowns).sparseView();
