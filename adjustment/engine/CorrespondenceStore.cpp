@@ -77,6 +77,22 @@ void CorrespondenceStore::addGroundTruth(const Side& first,
                           intervalOf(first, pair), 0});
 }
 
+void CorrespondenceStore::weigh(std::vector<double> weights, std::vector<double> factors) {
+  weights_ = std::move(weights);
+  factors_ = std::move(factors);
+  for (auto& pair : pairs_) {
+    for (auto& run : pair.runs) {
+      const std::size_t index = classIndex(run.classCode);
+      if (index < weights_.size()) run.weight = weights_[index];
+      run.factor = factorOf(index);
+    }
+  }
+}
+
+double CorrespondenceStore::factorOf(std::size_t classIndex) const {
+  return classIndex < factors_.size() ? factors_[classIndex] : 1.0;
+}
+
 void CorrespondenceStore::close() {
   places_.clear();
   intervals_.close();
@@ -114,8 +130,12 @@ ClassRun& CorrespondenceStore::runOf(SectionPair& pair, std::uint8_t classCode) 
     pair.fault = fmt::format("no weight for the class {}; there are {} for the codes from {} on",
                              classCode, weights_.size(), firstClassCode);
   }
-  return *pair.runs.insert(
-      place, {classCode, hasWeight ? weights_[index] : 0.0, classCode != firstClassCode, {}, {}});
+  return *pair.runs.insert(place, {classCode,
+                                   hasWeight ? weights_[index] : 0.0,
+                                   factorOf(index),
+                                   classCode != firstClassCode,
+                                   {},
+                                   {}});
 }
 
 /// Any interval, and a fault of the pair, where there is none.

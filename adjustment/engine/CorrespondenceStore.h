@@ -31,6 +31,7 @@ struct Chunk {
 struct ClassRun {
   std::uint8_t classCode;
   double weight;
+  double factor;  ///< of the costs
   bool hasHuber;  ///< all but those of the ground truth's class
   std::vector<CorrespondenceRecord> records;
   std::vector<Chunk> chunks;
@@ -61,12 +62,18 @@ class CorrespondenceStore {
 
   /// @param weights              by class code − 10
   /// @param isReportingOfTimes   as Trajectory::interpolateTrajectory
+  /// @param factors              of the costs, by class code − 10; those that are missing are one
   CorrespondenceStore(const Trajectory& trajectory, std::vector<double> weights,
-                      bool isReportingOfTimes)
-      : weights_(std::move(weights)), intervals_(trajectory, isReportingOfTimes) {}
+                      bool isReportingOfTimes, std::vector<double> factors = {})
+      : weights_(std::move(weights)),
+        factors_(std::move(factors)),
+        intervals_(trajectory, isReportingOfTimes) {}
 
   void addPair(const Side& first, const Side& second);
   void addGroundTruth(const Side& first, const Geomra::PhysicalSpace::point& groundTruth);
+
+  /// Other weights and factors for what has been added.
+  void weigh(std::vector<double> weights, std::vector<double> factors);
 
   /// Sorts the records and makes the chunks; nothing is added afterwards.
   void close();
@@ -78,9 +85,10 @@ class CorrespondenceStore {
  private:
   SectionPair& pairOf(const Section& first, const Section* second);
   ClassRun& runOf(SectionPair& pair, std::uint8_t classCode);
+  double factorOf(std::size_t classIndex) const;
   std::uint32_t intervalOf(const Side& side, SectionPair& pair);
 
-  std::vector<double> weights_;
+  std::vector<double> weights_, factors_;
   PoseIntervals intervals_;
   std::vector<SectionPair> pairs_;
   std::map<std::pair<std::uint32_t, std::uint64_t>, std::size_t> places_;  // by section numbers

@@ -148,7 +148,7 @@ double PairEvaluation::twiceCost(const Piece& piece) const {
     load(piece.records.subspan(first, std::min(batchSize, piece.records.size() - first)), batch);
     sum += kernel_.cost(setup, batch);
   }
-  return sum;
+  return sum * piece.run->factor;
 }
 
 double PairEvaluation::twiceCost(int threads) const {
@@ -205,6 +205,8 @@ PairEvaluation::Totals PairEvaluation::totals(const Asked& asked, int threads) c
     const auto k = static_cast<std::size_t>(i);
     parts[k].twiceCost =
         addTo(parts[k].products, setupOf(*all[k].run, asked), all[k].records, columns, {});
+    parts[k].products *= all[k].run->factor;
+    parts[k].twiceCost *= all[k].run->factor;
   }
   Totals total = std::move(parts.front());
   for (std::size_t k = 1; k < parts.size(); ++k) {
@@ -234,6 +236,8 @@ NormalSums PairEvaluation::sums(const ClassRun& run, const Chunk& chunk, const A
   total.twiceCost = addTo(total.products, setupOf(run, asked),
                           std::span(run.records).subspan(chunk.first, chunk.count),
                           total.columns.size(), further);
+  total.products *= run.factor;
+  total.twiceCost *= run.factor;
   completeUpper(total.products);
   columns.moveToStarts(pair_.middles, total.products);
   total.products.transposeInPlace();

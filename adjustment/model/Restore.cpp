@@ -124,6 +124,15 @@ void renumberSections(std::vector<StripSections>& strips, std::vector<double>& p
   parameters.swap(ordered);
 }
 
+/// No file tells when a strip begins and ends, but whoever has divided it knows.
+void keepTimes(const std::vector<StripSections>& known, std::vector<StripSections>& strips) {
+  for (std::size_t i = 0; i < std::min(known.size(), strips.size()); ++i) {
+    strips[i].intervalTime = known[i].intervalTime;
+    strips[i].minTime = known[i].minTime;
+    strips[i].maxTime = known[i].maxTime;
+  }
+}
+
 }  // namespace
 
 std::string SolverParameters::restore(const fs::path& sectionFile, const fs::path& parameterFile,
@@ -154,6 +163,7 @@ std::string SolverParameters::restore(const fs::path& sectionFile, const fs::pat
   }
   addUnknowns(inFiles, sections.size(), values);
   renumberSections(strips, values);
+  keepTimes(newsections, strips);
   newsections.swap(strips);
   parameters.swap(values);
   numberOfSections = static_cast<std::uint32_t>(sections.size());

@@ -24,8 +24,11 @@ ceres::CostFunction* costFunction(pointToPlaneCostFunction* functor) {
 }
 
 /// The ground truth has none: a control point counts in full.
-ceres::LossFunction* lossFunction(std::uint8_t classCode) {
-  return classCode == firstClassCode ? nullptr : new ceres::HuberLoss(1.0);
+ceres::LossFunction* lossFunction(std::uint8_t classCode, const std::vector<double>& factors) {
+  auto* const huber = classCode == firstClassCode ? nullptr : new ceres::HuberLoss(1.0);
+  const std::size_t index = classIndex(classCode);
+  if (index >= factors.size() || factors[index] == 1.0) return huber;
+  return new ceres::ScaledLoss(huber, factors[index], ceres::TAKE_OWNERSHIP);
 }
 
 pointToPlaneCostFunction::Side sideOf(const PlacedPoint& point) {
@@ -42,20 +45,31 @@ pointToPlaneCostFunction* functorOf(const pointToPlaneCostFunction::Run& run,
 
 }  // namespace
 
+const std::vector<double>& ProblemInputs::weights() const {
+  return knowledge ? knowledge->model.weights() : configuration.CellSizeWeights;
+}
+
+std::vector<double> ProblemInputs::costFactors() const {
+  return knowledge ? knowledge->model.costFactors()
+                   : std::vector<double>(configuration.CellSizeWeights.size(), 1.0);
+}
+
 std::string fill(ceres::Problem& problem, const ProblemInputs& inputs, std::size_t& groundTruth) {
   const pointToPlaneCostFunction::Run run{
-      inputs.trajectory, inputs.configuration.CellSizeWeights,
-      inputs.configuration.InterpolationFlag,
+      inputs.trajectory, inputs.weights(), inputs.configuration.InterpolationFlag,
       std::make_shared<const Projection>(projectionOf(inputs.trajectory.getMercator()))};
+  const auto factors = inputs.costFactors();
   groundTruth = 0;
   auto fault = walkPlacedCorrespondences(inputs, [&](const PlacedCorrespondence& correspondence) {
     const auto sections = sectionsOf(correspondence);
     const auto blocks = parameterBlocks(inputs.parameters, sections);
     problem.AddResidualBlock(costFunction(functorOf(run, correspondence)),
-                             lossFunction(correspondence.first.being.classification), blocks);
+                             lossFunction(correspondence.first.being.classification, factors),
+                             blocks);
     holdSections(problem, inputs, sections, blocks);
     if (!correspondence.second) ++groundTruth;
   });
+  if (fault.empty()) addPriors(problem, inputs);
   if (fault.empty()) holdGlobals(problem, inputs);
   return fault;
 }

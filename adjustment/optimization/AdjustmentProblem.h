@@ -10,9 +10,16 @@
 
 #include <ceres/problem.h>
 
+#include "adjustment/stochastics/StochasticModel.h"
 #include <velorn/CeresOptimization.h>
 
 namespace Velorn {
+
+/// What is known before, as rows, and what everything is weighed with.
+struct Knowledge {
+  std::vector<FlightPrior> priors;  ///< as expected
+  StochasticModel model;
+};
 
 /// What a problem is made from.
 struct ProblemInputs {
@@ -21,6 +28,13 @@ struct ProblemInputs {
   const InputParameter& configuration;
   const AdjustmentSettings& settings;
   const std::vector<unsigned>& correspondencesPerSection;
+  const Knowledge* knowledge = nullptr;  ///< null: a free adjustment
+
+  /// By class: of the residuals, and of their costs after Huber's function.
+  /// @{
+  const std::vector<double>& weights() const;
+  std::vector<double> costFactors() const;
+  /// @}
 };
 
 /// Adds one residual per correspondence, and holds weak and locked sections constant, and the

@@ -1,17 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include <algorithm>
+#include <optional>
+#include <stdexcept>
 
-#include <ceres/iteration_callback.h>
-#include <ceres/solver.h>
 #include <fmt/format.h>
 
-#include "adjustment/optimization/AdjustmentProblem.h"
-#include "adjustment/optimization/CondensedProblem.h"
 #include "adjustment/optimization/CorrespondenceFolder.h"
-#include "adjustment/optimization/InnerOrdering.h"
+#include "adjustment/optimization/ProblemSolve.h"
 #include "adjustment/optimization/SectionReport.h"
-#include "adjustment/optimization/SolverOptions.h"
 #include "platform/morvane/Console.h"
 #include <velorn/CeresOptimization.h>
 
@@ -21,32 +17,10 @@ namespace {
 // Residuals per unknown; outside these bounds a warning is written.
 constexpr double fewestPerUnknown = 50.0, mostPerUnknown = 1000.0;
 
-/// Ends a solve when the host wants it.
-class Cancellation : public ceres::IterationCallback {
- public:
-  explicit Cancellation(const std::function<bool()>& isCancelled) : isCancelled_(isCancelled) {}
-
-  ceres::CallbackReturnType operator()(const ceres::IterationSummary& /*step*/) override {
-    return isAsked() ? ceres::SOLVER_ABORT : ceres::SOLVER_CONTINUE;
-  }
-  bool isAsked() const { return isCancelled_ && isCancelled_(); }
-
- private:
-  const std::function<bool()>& isCancelled_;
-};
-
-SolverEnd endOf(const ceres::Solver::Summary& summary) {
-  SolverEnd end;
-  end.termination = ceres::TerminationTypeToString(summary.termination_type);
-  end.message = summary.message;
-  end.initialCost = summary.initial_cost;
-  end.finalCost = summary.final_cost;
-  end.successfulSteps = summary.num_successful_steps;
-  end.unsuccessfulSteps = summary.num_unsuccessful_steps;
-  end.seconds = summary.total_time_in_seconds;
-  end.residuals = summary.num_residuals;
-  end.parameters = summary.num_parameters;
-  return end;
+/// @throws std::invalid_argument for what cannot be known
+Knowledge knowledgeOf(const APrioriKnowledge& known, const ProblemInputs& inputs) {
+  return {flightPriors(known, inputs.parameters.getStripSections()),
+          {known, inputs.weights().size()}};
 }
 
 }  // namespace
@@ -81,35 +55,31 @@ std::string CeresOptimization::run() {
 std::string CeresOptimization::solve(const std::vector<unsigned>& correspondencesPerSection,
                                      std::string& fullReport) {
   const std::size_t entries = entriesOfCorrespondenceFolder(inputParameter);
-  ceres::Problem problem;
-  std::size_t groundTruth = 0;
-  const ProblemInputs inputs{solverParameters, trajectory, inputParameter, settings,
-                             correspondencesPerSection};
-  const bool isCondensed = settings.evaluation == Evaluation::Condensed;
-  auto options = solverOptions(inputParameter);
-  const int threads = options.num_threads;
-  if (isCondensed) options.num_threads = std::min(threads, 1);  // see fillCondensed
-  auto fault = isCondensed ? fillCondensed(problem, inputs, std::max(threads, 1), groundTruth)
-                           : fill(problem, inputs, groundTruth);
-  if (!fault.empty()) return fault;
+  ProblemInputs inputs{solverParameters, trajectory, inputParameter, settings,
+                       correspondencesPerSection};
+  std::optional<Knowledge> knowledge;
+  try {
+    if (settings.knowledge) knowledge = knowledgeOf(*settings.knowledge, inputs);
+  } catch (const std::invalid_argument& refused) {
+    return std::string("CeresOptimization::run: ") + refused.what();
+  }
+  if (knowledge) inputs.knowledge = &*knowledge;
+  ProblemSolve solve(inputs);
+  if (auto fault = solve.read(); !fault.empty()) return fault;
   Morvane::Console::writeLine(
       fmt::format("\n7) DONE FILLING CERES:  # of total correspondence files: {}. "
                   "GroundTruthCorrespondences: {}",
-                  entries, groundTruth));
-  Cancellation cancellation(settings.isCancelled);
-  options.callbacks = {&cancellation};
-  options.inner_iteration_ordering = innerOrderingOf(problem);
-  ceres::Solver::Summary summary;
-  if (cancellation.isAsked()) {
-    summary.termination_type = ceres::USER_FAILURE;
-    summary.message = "Cancelled before the first step.";
+                  entries, solve.groundTruth()));
+  if (knowledge) {
+    if (auto fault = solve.weighingAnew(*knowledge); !fault.empty()) return fault;
+    outcome.deviations = knowledge->model.deviations();
+    if (solve.end().isConvergence()) solve.addPrecision(outcome);
   } else {
-    ceres::Solve(options, &problem, &summary);
+    if (auto fault = solve.once(); !fault.empty()) return fault;
   }
-  if (isCondensed) putTrueCounts(problem, threads, summary);
-  outcome.end = endOf(summary);
+  outcome.end = solve.end();
   outcome.end.estimated = estimatedUnknowns(outcome.sections, settings);
-  fullReport = summary.FullReport();
+  fullReport = solve.fullReport();
   return {};
 }
 

@@ -39,28 +39,40 @@ bool isFixed(const ceres::Problem& problem, ceres::ResidualBlockId residual) {
 
 }  // namespace
 
-std::string fillCondensed(ceres::Problem& problem, const ProblemInputs& inputs, int threads,
-                          std::size_t& groundTruth) {
-  const auto& configuration = inputs.configuration;
-  const auto run = std::make_shared<CondensedRun>(CondensedRun{
-      {inputs.trajectory, configuration.CellSizeWeights, configuration.InterpolationFlag},
-      projectionOf(inputs.trajectory.getMercator()),
-      threads});
+std::string readCondensed(const ProblemInputs& inputs, int threads,
+                          std::shared_ptr<CondensedRun>& run, std::size_t& groundTruth) {
+  run = std::make_shared<CondensedRun>(
+      CondensedRun{{inputs.trajectory, inputs.weights(), inputs.configuration.InterpolationFlag,
+                    inputs.costFactors()},
+                   projectionOf(inputs.trajectory.getMercator()),
+                   threads});
   groundTruth = 0;
   auto fault = walkPlacedCorrespondences(inputs, [&](const PlacedCorrespondence& correspondence) {
     add(run->store, correspondence);
     if (!correspondence.second) ++groundTruth;
   });
-  if (!fault.empty()) return fault;
   run->store.close();
+  return fault;
+}
+
+void fillCondensed(ceres::Problem& problem, const ProblemInputs& inputs,
+                   const std::shared_ptr<const CondensedRun>& run) {
   for (const auto& pair : run->store.pairs()) {
     const auto sections = sectionsOf(pair);
     const auto blocks = parameterBlocks(inputs.parameters, sections);
     problem.AddResidualBlock(new CondensedCostFunction(run, pair), nullptr, blocks);
     holdSections(problem, inputs, sections, blocks);
   }
+  addPriors(problem, inputs);
   holdGlobals(problem, inputs);
-  return {};
+}
+
+std::string fillCondensed(ceres::Problem& problem, const ProblemInputs& inputs, int threads,
+                          std::size_t& groundTruth) {
+  std::shared_ptr<CondensedRun> run;
+  auto fault = readCondensed(inputs, threads, run, groundTruth);
+  if (fault.empty()) fillCondensed(problem, inputs, run);
+  return fault;
 }
 
 void putTrueCounts(const ceres::Problem& problem, int threads, ceres::Solver::Summary& summary) {
@@ -69,9 +81,10 @@ void putTrueCounts(const ceres::Problem& problem, int threads, ceres::Solver::Su
   std::vector<ceres::ResidualBlockId> residuals;
   problem.GetResidualBlocks(&residuals);
   for (const auto& residual : residuals) {
-    const auto* const cost = static_cast<const CondensedCostFunction*>(
-        problem.GetCostFunctionForResidualBlock(residual));
-    const std::size_t correspondences = cost->pair().size();
+    const auto* const cost = problem.GetCostFunctionForResidualBlock(residual);
+    const auto* const condensed = dynamic_cast<const CondensedCostFunction*>(cost);
+    const std::size_t correspondences =
+        condensed ? condensed->pair().size() : static_cast<std::size_t>(cost->num_residuals());
     all += correspondences;
     if (!isFixed(problem, residual)) free += correspondences;
   }

@@ -129,8 +129,9 @@ void CeresOptimization::count(const CorrespondenceFile& file, const Corresponden
 bool CeresOptimization::reportSections(const std::vector<unsigned>& correspondencesPerSection,
                                        const InputParameter& configuration,
                                        const SolverParameters& model, const FileContainer& inputs) {
-  outcome.sections = sectionStates(model.getStripSections(), correspondencesPerSection,
-                                   configuration.LockedStrips);
+  outcome.sections =
+      sectionStates(model.getStripSections(), correspondencesPerSection, configuration.LockedStrips,
+                    settings.knowledge ? 0 : fewestCorrespondences);
   const auto strips = stripsHeldConstant(outcome.sections);
   const auto listing = sectionListing(outcome.sections);
   if (strips.empty()) {

@@ -33,4 +33,9 @@ std::vector<double*> parameterBlocks(SolverParameters& parameters,
   return blocks;
 }
 
+std::span<const double> unknownsOf(SolverParameters& parameters) {
+  const std::size_t count = parameters.getNumberOfParameters();
+  return {parameterBlocks(parameters, {}).front() + globals - count, count};
+}
+
 }  // namespace Velorn

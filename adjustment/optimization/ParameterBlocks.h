@@ -4,6 +4,7 @@
 // Where the unknowns of a residual lie in the vector of unknowns.
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include <velorn/SolverParameters.h>
@@ -16,5 +17,9 @@ namespace Velorn {
 /// @throws std::out_of_range, naming it, for a section that has no unknowns
 std::vector<double*> parameterBlocks(SolverParameters& parameters,
                                      const std::vector<Section>& sections);
+
+/// All unknowns. The vector must not change its size as long as they are in use.
+/// @throws std::out_of_range as parameterBlocks
+std::span<const double> unknownsOf(SolverParameters& parameters);
 
 }  // namespace Velorn

@@ -6,6 +6,7 @@
 
 #include "adjustment/optimization/CorrespondenceFolder.h"
 #include "adjustment/optimization/ParameterBlocks.h"
+#include "adjustment/optimization/PriorCostFunction.h"
 #include "adjustment/optimization/SectionReport.h"
 
 namespace Velorn {
@@ -34,12 +35,13 @@ std::optional<PlacedCorrespondence> placed(const ProblemInputs& inputs,
   return correspondence;
 }
 
-bool isConstant(const ProblemInputs& inputs, const Section& section) {
-  return inputs.correspondencesPerSection.at(section.sectionID) < fewestCorrespondences ||
-         inputs.configuration.LockedStrips.contains(static_cast<int>(section.stripIndex));
-}
-
 }  // namespace
+
+bool isConstant(const ProblemInputs& inputs, const Section& section) {
+  const bool isLow = !inputs.knowledge &&
+                     inputs.correspondencesPerSection.at(section.sectionID) < fewestCorrespondences;
+  return isLow || inputs.configuration.LockedStrips.contains(static_cast<int>(section.stripIndex));
+}
 
 std::string walkPlacedCorrespondences(
     const ProblemInputs& inputs, const std::function<void(const PlacedCorrespondence&)>& visit) {
@@ -76,12 +78,36 @@ void holdSections(ceres::Problem& problem, const ProblemInputs& inputs,
   }
 }
 
+void addPriors(ceres::Problem& problem, const ProblemInputs& inputs) {
+  if (!inputs.knowledge) return;
+  auto& parameters = inputs.parameters;
+  for (auto& prior : rescaled(inputs.knowledge->priors, inputs.knowledge->model.priorFactors())) {
+    for (auto* const rows : {&prior.rows, &prior.joints}) {
+      for (auto& row : *rows) addPrior(std::move(row), parameters, problem);
+    }
+  }
+  for (const auto& strip : parameters.getStripSections()) {
+    for (const auto& [start, section] : strip.sections) {
+      if (!isConstant(inputs, section)) continue;
+      const auto blocks = parameterBlocks(parameters, {section});
+      for (const std::size_t block : {4, 5}) {
+        if (problem.HasParameterBlock(blocks[block])) {
+          problem.SetParameterBlockConstant(blocks[block]);
+        }
+      }
+    }
+  }
+}
+
+std::array<bool, 4> estimatedGlobals(const AdjustmentSettings& settings) {
+  return {settings.estimateOffsets, settings.estimateScales, settings.estimateMisalignment,
+          settings.estimateLeverArm};
+}
+
 void holdGlobals(ceres::Problem& problem, const ProblemInputs& inputs) {
   if (problem.NumParameterBlocks() == 0) return;
   const auto blocks = parameterBlocks(inputs.parameters, {});
-  const auto& settings = inputs.settings;
-  const bool estimated[] = {settings.estimateOffsets, settings.estimateScales,
-                            settings.estimateMisalignment, settings.estimateLeverArm};
+  const auto estimated = estimatedGlobals(inputs.settings);
   for (std::size_t i = 0; i < blocks.size(); ++i) {
     if (!estimated[i]) problem.SetParameterBlockConstant(blocks[i]);
   }

@@ -5,6 +5,7 @@
 // problem are not estimated.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <optional>
 #include <string>
@@ -40,10 +41,21 @@ std::string walkPlacedCorrespondences(
 /// The sections of a correspondence.
 std::vector<Section> sectionsOf(const PlacedCorrespondence& correspondence);
 
+/// Whether the unknowns of a section are not estimated: its strip is locked, or its correspondences
+/// are few and nothing is known before.
+bool isConstant(const ProblemInputs& inputs, const Section& section);
+
+/// Whether offsets, scales, misalignment and lever arm are estimated.
+std::array<bool, 4> estimatedGlobals(const AdjustmentSettings& settings);
+
 /// Holds weak and locked ones of these sections constant.
 /// @param blocks  as parameterBlocks gives them for the sections
 void holdSections(ceres::Problem& problem, const ProblemInputs& inputs,
                   const std::vector<Section>& sections, const std::vector<double*>& blocks);
+
+/// Adds what is known before, and holds the sections of locked strips constant that only this
+/// brings into the problem.
+void addPriors(ceres::Problem& problem, const ProblemInputs& inputs);
 
 /// Holds the global blocks constant that are not to be estimated, unless there are no residuals,
 /// and so no blocks.

@@ -18,7 +18,7 @@ const char* statusOf(const SectionState& state) {
 
 std::vector<SectionState> sectionStates(const std::vector<StripSections>& strips,
                                         const std::vector<unsigned int>& correspondences,
-                                        const std::set<int>& lockedStrips) {
+                                        const std::set<int>& lockedStrips, unsigned int fewest) {
   std::vector<SectionState> states;
   for (std::uint32_t strip = 0; strip < strips.size(); ++strip) {
     const bool isLocked = lockedStrips.contains(static_cast<int>(strip));
@@ -26,8 +26,7 @@ std::vector<SectionState> sectionStates(const std::vector<StripSections>& strips
       const auto section = static_cast<std::uint32_t>(states.size());  // numbers run on
       const unsigned int count = correspondences.at(section);
       const auto [position, angles] = usedPowers(one.type);
-      states.push_back({strip, section, count, count < fewestCorrespondences, isLocked,
-                        3 * (position + angles)});
+      states.push_back({strip, section, count, count < fewest, isLocked, 3 * (position + angles)});
     }
   }
   return states;

@@ -22,7 +22,8 @@ inline constexpr unsigned int fewestCorrespondences = 100;
 /// @param correspondences  by section number
 std::vector<SectionState> sectionStates(const std::vector<StripSections>& strips,
                                         const std::vector<unsigned int>& correspondences,
-                                        const std::set<int>& lockedStrips);
+                                        const std::set<int>& lockedStrips,
+                                        unsigned int fewest = fewestCorrespondences);
 
 /// One line per section.
 std::string sectionListing(const std::vector<SectionState>& states);

@@ -14,4 +14,8 @@ namespace Velorn {
 /// OpenMP's maximum.
 ceres::Solver::Options solverOptions(const InputParameter& configuration);
 
+/// Lets the solver go on to the minimum, which a problem with a priori knowledge has in all
+/// directions; inner iterations would cost more than they save there.
+void endAtMinimum(ceres::Solver::Options& options);
+
 }  // namespace Velorn

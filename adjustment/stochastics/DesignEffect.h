@@ -6,29 +6,29 @@
 #pragma once
 
 #include <cstddef>
-#include <span>
 
 namespace Velorn {
 
-/// Sums over the residuals of one chunk: correspondences of a pair of sections and a class that
-/// were measured within a second.
-struct ChunkResiduals {
-  std::size_t count = 0;      ///< n
-  double sum = 0.0;           ///< Σ r
-  double sumOfSquares = 0.0;  ///< Σ r²
+/// Sums over chunks: correspondences of a pair of sections and a class that were measured within a
+/// second.
+struct ChunkScatter {
+  std::size_t count = 0;      ///< n, residuals v
+  double squares = 0.0;       ///< Σ v'Pv
+  double gradients = 0.0;     ///< Σ g'Mg with g = A'Pv of a chunk, M any diagonal matrix
+  double expectations = 0.0;  ///< Σ trace(M A'PA) of the same chunks
 };
 
 struct DesignEffect {
-  double intraclassCorrelation = 0.0;  ///< ρ, of two residuals of a chunk, 0 to 1
-  double factor = 1.0;          ///< by which the variance of a mean exceeds s²/n, at least 1
+  double factor = 1.0;          ///< by which variances exceed those of n independent residuals
   double effectiveCount = 0.0;  ///< n / factor
 };
 
-/// 1 + (n̄ − 1) ρ (Kish, Survey Sampling, 1965), n̄ = Σ n² / Σ n the size of the chunk in which a
-/// residual lies on average, ρ by the analysis of variance between and within chunks. Residuals of
-/// a single chunk are taken for one observation: nobody can tell.
-/// @param chunks  in one unit; empty ones do not matter
-/// @throws std::invalid_argument for sums that are not finite
-DesignEffect designEffectOf(std::span<const ChunkResiduals> chunks);
+/// Independent residuals of variance one let the gradients of chunks scatter by E[gg'] = A'PA; what
+/// neighbours have in common lets them scatter more, by the design effect (Kish, Survey Sampling,
+/// 1965). Gradients and not residuals are compared, for a strip that is shifted lifts a roof on one
+/// side and lowers it on the other.
+/// @return at least 1; 1 where there is nothing to compare
+/// @throws std::invalid_argument, naming it, for a sum that is negative or not finite
+DesignEffect designEffectOf(const ChunkScatter& scatter);
 
 }  // namespace Velorn

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include <velorn/APrioriKnowledge.h>
 #include <velorn/PhaseFigures.h>
 
 namespace Velorn {
@@ -39,12 +40,25 @@ struct SectionState {
   bool isConstant() const { return isLow || isLocked; }
 };
 
+/// How well an unknown is determined.
+struct Precision {
+  double sigma = 0.0;       ///< standard deviation, in the unit of the unknown
+  double priorShare = 0.0;  ///< of what was known before in it, 0 to 1
+};
+
 /// All of it. The default is "not run".
 struct AdjustmentResult {
   std::vector<unsigned int> correspondencesPerClass;  ///< of the check, by TerrainType
   std::uint64_t withoutNormal = 0;  ///< of those the ones with a zero normal: their residual is 0
   std::vector<SectionState> sections;  ///< of the check, by strip and time
   SolverEnd end;
+  GroupDeviations deviations;  ///< what the adjustment weighed with
+  /// The twelve global unknowns in their order, and standard deviations of the sums that the
+  /// settings ask for. Empty unless something was known before.
+  /// @{
+  std::vector<Precision> globals;
+  std::vector<double> sums;
+  /// @}
   PhaseFigures before, after;  ///< of all correspondences; empty unless the statistics were made
 };
 

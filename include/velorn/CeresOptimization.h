@@ -9,12 +9,16 @@
 //     if (fault.empty() && adjustment->result().end.isConvergence()) ...
 #pragma once
 
+#include <cstddef>
 #include <functional>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/kestrum/Ownership.h"
+#include <velorn/APrioriKnowledge.h>
 #include <velorn/AdjustmentResult.h>
 #include <velorn/FileContainer.h>
 #include <velorn/InputParameter.h>
@@ -42,6 +46,15 @@ struct AdjustmentSettings {
   bool estimateMisalignment = true;
   bool estimateLeverArm = true;
   Evaluation evaluation = Evaluation::Reference;
+  /// Adds rows for what is known before, and weighs everything by standard deviations, which are
+  /// estimated from the residuals, in place of the configuration's weights. Sections with few
+  /// correspondences are then estimated, too, and the solver goes on until its cost changes by no
+  /// more than 1e-7 of it, without inner iterations. The parameters must know when their strips
+  /// begin and end.
+  std::optional<APrioriKnowledge> knowledge;
+  /// Sums of unknowns whose standard deviations the result shall have: place in the vector of
+  /// unknowns -> factor. Only with `knowledge`.
+  std::vector<std::map<std::ptrdiff_t, double>> sums;
   /// Correspondences with the ground truth that a run needs. 0 makes a relative adjustment:
   /// nothing then controls absolute position and tilt.
   unsigned int fewestGroundTruth = 100;

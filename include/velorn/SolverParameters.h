@@ -82,8 +82,8 @@ class VELORN_EXPORT SolverParameters {
   /// object's strips. docs/parameter-files.md says what the files
   /// hold and what is checked. Where the companion of writeExactParameters lies beside the
   /// parameter file the unknowns are exact, otherwise those of the text with its 15 decimals.
-  /// intervalTime, minTime and maxTime of the strips are in no file and get their defaults; no
-  /// operation after the division reads them.
+  /// intervalTime, minTime and maxTime of the strips are in no file: they stay as a division has
+  /// made them, or get their defaults.
   /// @param unknownStrips  not null: strips of this object that the strip id file does not name are
   ///         taken too and listed here. Each gets one LINEAR section from time 0 on whose
   ///         corrections are zero, so that the global ones alone act on it.

@@ -1,10 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+#include <Eigen/Core>
 #include <cmath>
-#include <limits>
 #include <random>
 #include <stdexcept>
-#include <vector>
 
 #include <gmock/gmock.h>
 
@@ -14,57 +13,74 @@ using namespace Velorn;
 
 namespace {
 
-/// Chunks of 1 to 19 residuals about `mean`, of which any two have the given correlation; σ = 1.
-std::vector<ChunkResiduals> chunksWith(double correlation, double mean, std::mt19937& random) {
-  std::normal_distribution<double> normal;
-  std::vector<ChunkResiduals> chunks(100);
-  for (std::size_t c = 0; c < chunks.size(); ++c) {
-    const double common = mean + std::sqrt(correlation) * normal(random);
-    chunks[c].count = 1 + c % 19;
-    for (std::size_t i = 0; i < chunks[c].count; ++i) {
-      const double r = common + std::sqrt(1.0 - correlation) * normal(random);
-      chunks[c].sum += r;
-      chunks[c].sumOfSquares += r * r;
+Eigen::Vector3d draw(double sigma, std::mt19937& random) {
+  std::normal_distribution<double> normal(0.0, sigma);
+  const double x = normal(random), y = normal(random), z = normal(random);
+  return {x, y, z};
+}
+
+/// Distances of planes that face all ways, in chunks of 20 that are shifted together; the shift of
+/// them all is estimated.
+struct Shifted {
+  ChunkScatter scatter;
+  Eigen::Vector3d error;  // of the estimate
+
+  Shifted(double common, std::mt19937& random) {
+    constexpr std::size_t chunks = 100, size = 20;
+    std::normal_distribution<double> noise;
+    std::vector<Eigen::Matrix3d> normals(chunks, Eigen::Matrix3d::Zero());
+    std::vector<Eigen::Vector3d> right(chunks, Eigen::Vector3d::Zero());
+    Eigen::Matrix3d allNormals = Eigen::Matrix3d::Zero();
+    Eigen::Vector3d all = Eigen::Vector3d::Zero();
+    double squares = 0.0;
+    for (std::size_t c = 0; c < chunks; ++c) {
+      const Eigen::Vector3d shift = draw(common, random);
+      for (std::size_t i = 0; i < size; ++i) {
+        const Eigen::Vector3d normal = draw(1.0, random).normalized();
+        const double distance = normal.dot(shift) + noise(random);
+        normals[c] += normal * normal.transpose();
+        right[c] += normal * distance;
+        squares += distance * distance;
+      }
+      allNormals += normals[c];
+      all += right[c];
+    }
+    error = allNormals.inverse() * all;
+    scatter.count = chunks * size;
+    scatter.squares = squares - error.dot(all);
+    for (std::size_t c = 0; c < chunks; ++c) {
+      scatter.gradients += (right[c] - normals[c] * error).squaredNorm();
+      scatter.expectations += normals[c].trace();
     }
   }
-  return chunks;
-}
+};
 
 }  // namespace
 
-TEST(DesignEffect, IsTheFactorByWhichTheVarianceOfTheMeanGrows) {
+TEST(DesignEffect, IsTheFactorByWhichVariancesOfEstimatesGrow) {
   std::mt19937 random(11);
-  constexpr int draws = 1000;
-  for (const double correlation : {0.0, 0.1, 0.5}) {
-    double ofMean = 0.0, factor = 0.0, found = 0.0, count = 0.0;
-    for (int draw = 0; draw < draws; ++draw) {
-      const auto chunks = chunksWith(correlation, 0.0, random);
-      const DesignEffect effect = designEffectOf(chunks);
-      double sum = 0.0;
-      count = 0.0;
-      for (const auto& chunk : chunks) {
-        sum += chunk.sum;
-        count += static_cast<double>(chunk.count);
-      }
-      ofMean += sum * sum / (count * count) / draws;
-      factor += effect.factor / draws;
-      found += effect.intraclassCorrelation / draws;
-      ASSERT_NEAR(effect.effectiveCount * effect.factor, count, 1e-6);
+  constexpr int draws = 500;
+  for (const double common : {0.0, 0.3, 1.0}) {
+    double found = 0.0, squares = 0.0, variance = 0.0;
+    for (int k = 0; k < draws; ++k) {
+      const Shifted shifted(common, random);
+      const DesignEffect effect = designEffectOf(shifted.scatter);
+      const auto count = static_cast<double>(shifted.scatter.count);
+      ASSERT_NEAR(effect.effectiveCount * effect.factor, count, 1e-9);
+      found += effect.factor / draws;
+      squares += shifted.error.squaredNorm() / draws;
+      // Of n planes that face all ways N is n/3 times the unit matrix.
+      variance += 9.0 / count * shifted.scatter.squares / count / draws;
     }
-    EXPECT_NEAR(found, correlation, 0.01);
-    // A variance of 1,000 draws scatters by sqrt(2 / 1000) = 4.5 %.
-    EXPECT_NEAR(ofMean * count / factor, 1.0, 0.15) << correlation;
+    // A variance of 1,500 draws scatters by 4 %.
+    EXPECT_NEAR(squares / (variance * found), 1.0, 0.15) << common;
+    EXPECT_NEAR(found, 1.0 + 19.0 * common * common / (3.0 + 3.0 * common * common), 0.4) << common;
   }
 }
 
-TEST(DesignEffect, ACommonMeanIsNoCorrelationAndASingleChunkIsOneObservation) {
-  std::mt19937 random(12);
-  EXPECT_LT(designEffectOf(chunksWith(0.0, 5.0, random)).intraclassCorrelation, 0.05);
-  const std::vector<ChunkResiduals> one{{40, 3.0, 55.0}, {0, 0.0, 0.0}}, single(30, {1, 0.3, 0.09});
-  EXPECT_NEAR(designEffectOf(one).effectiveCount, 1.0, 1e-12);
-  EXPECT_NEAR(designEffectOf(single).effectiveCount, 30.0, 1e-12);
-  EXPECT_EQ(designEffectOf({}).effectiveCount, 0.0);
-  const std::vector<ChunkResiduals> zero(5, {3, 0.0, 0.0}), bad{{2, std::nan(""), 1.0}};
-  EXPECT_EQ(designEffectOf(zero).factor, 1.0);
-  EXPECT_THROW(designEffectOf(bad), std::invalid_argument);
+TEST(DesignEffect, IsOneWhereThereIsNothingToCompare) {
+  EXPECT_EQ(designEffectOf({}).factor, 1.0);
+  EXPECT_EQ(designEffectOf({5, 0.0, 0.0, 1.0}).effectiveCount, 5.0);
+  EXPECT_EQ(designEffectOf({5, 5.0, 1.0, 10.0}).factor, 1.0) << "never less";
+  EXPECT_THROW(designEffectOf({5, std::nan(""), 1.0, 1.0}), std::invalid_argument);
 }

@@ -16,8 +16,8 @@ using testing::HasSubstr;
 
 namespace {
 
-constexpr double tc = 60.0;
-constexpr GaussMarkovSettings settings{.correlationTime = tc, .largestStep = 0.001};
+constexpr double correlationTime = 60.0;
+constexpr GaussMarkovSettings settings{.correlationTime = correlationTime, .largestStep = 0.001};
 
 /// One after the other from `start` on; the unknowns of each begin four after those of the last.
 StripCorrection stripOf(const std::vector<int>& powers, double start, double length, double sigma,
@@ -47,7 +47,8 @@ double normOfSamples(const std::vector<double>& times, const std::vector<double>
   for (Eigen::Index i = 0; i < n; ++i) {
     for (Eigen::Index j = 0; j < n; ++j) {
       covariance(i, j) = std::exp(
-          -std::abs(times[static_cast<std::size_t>(i)] - times[static_cast<std::size_t>(j)]) / tc);
+          -std::abs(times[static_cast<std::size_t>(i)] - times[static_cast<std::size_t>(j)]) /
+          correlationTime);
     }
   }
   const Eigen::Map<const Eigen::VectorXd> c(normalised.data(), n);
@@ -169,21 +170,23 @@ TEST(GaussMarkov, OutsideTheStripsTheCorrectionIsTheConditionalMean) {
   Eigen::Vector4d values;
   Eigen::Matrix4d covariance;
   for (int i = 0; i < 4; ++i) {
-    values[i] = valueOf(correctionAt(strips, tc, ends[i]).sum, x);
-    for (int j = 0; j < 4; ++j) covariance(i, j) = std::exp(-std::abs(ends[i] - ends[j]) / tc);
+    values[i] = valueOf(correctionAt(strips, correlationTime, ends[i]).sum, x);
+    for (int j = 0; j < 4; ++j)
+      covariance(i, j) = std::exp(-std::abs(ends[i] - ends[j]) / correlationTime);
   }
   EXPECT_NEAR(values[1], x[0] + 30.0 * x[1], 1e-15);
   for (const double time : {40.0, 99.999, 130.001, 142.0, 169.0, 201.0, 5000.0}) {
     Eigen::Vector4d with;
-    for (int i = 0; i < 4; ++i) with[i] = std::exp(-std::abs(ends[i] - time) / tc);
+    for (int i = 0; i < 4; ++i) with[i] = std::exp(-std::abs(ends[i] - time) / correlationTime);
     const Eigen::Vector4d weights = covariance.llt().solve(with);
-    const CorrectionAt at = correctionAt(strips, tc, time);
+    const CorrectionAt at = correctionAt(strips, correlationTime, time);
     EXPECT_NEAR(valueOf(at.sum, x), weights.dot(values), 1e-12) << time;
     EXPECT_NEAR(at.freeShare, 1.0 - weights.dot(with), 1e-12) << time;
   }
-  EXPECT_EQ(correctionAt(strips, tc, 115.0).freeShare, 0.0);
-  EXPECT_NEAR(valueOf(correctionAt(strips, tc, 115.0).sum, x), x[0] + 15.0 * x[1], 1e-15);
-  EXPECT_EQ(correctionAt({}, tc, 115.0).freeShare, 1.0);
+  EXPECT_EQ(correctionAt(strips, correlationTime, 115.0).freeShare, 0.0);
+  EXPECT_NEAR(valueOf(correctionAt(strips, correlationTime, 115.0).sum, x), x[0] + 15.0 * x[1],
+              1e-15);
+  EXPECT_EQ(correctionAt({}, correlationTime, 115.0).freeShare, 1.0);
 }
 
 TEST(GaussMarkov, DerivativeIntegralsAreThoseOfQuadrature) {
