@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "flight/chain/CorrespondenceTimes.h"
+#include "flight/chain/ReadableSums.h"
 #include "flight/chain/RunRecording.h"
 #include "flight/chain/Sufficiency.h"
 #include "flight/chain/UnwrittenFiles.h"
@@ -99,6 +100,45 @@ GlobalCorrections globalsOf(const Velorn::SolverParameters& parameters) {
   return values;
 }
 
+/// @param valueOf  of a global unknown, in its unit
+template <typename Value>
+GlobalCorrections globalsOf(const std::vector<Velorn::Precision>& globals, bool areInUnits,
+                            const Value& valueOf) {
+  using Geomra::degreesPerRadian;
+  GlobalCorrections values;
+  const std::array blocks{&values.offsets, &values.scales, &values.misalignment, &values.leverArm};
+  for (std::size_t i = 0; i < globals.size(); ++i) {
+    const std::size_t block = i / 3;
+    const bool isAngle = (block == 0 && i > 0) || block == 2;
+    blocks.at(block)->at(i % 3) =
+        valueOf(globals[i]) * (isAngle && areInUnits ? degreesPerRadian : 1.0);
+  }
+  return values;
+}
+
+DeviationReport deviationOf(std::string name, std::string unit,
+                            const Velorn::GroupDeviation& group) {
+  return {std::move(name), std::move(unit),    group.apriori,    group.sigma,
+          group.count,     group.designEffect, group.redundancy, group.isEstimated};
+}
+
+std::vector<DeviationReport> deviationsOf(const Velorn::GroupDeviations& deviations) {
+  constexpr std::array classes{"control", "roofs", "slopes", "bed", "flat"};
+  constexpr std::array<const char*, Velorn::priorGroups> priors{
+      "offsets",       "scales", "misalignment",   "lever arm",
+      "position plan", "height", "roll and pitch", "yaw"};
+  std::vector<DeviationReport> reports;
+  for (std::size_t k = 0; k < deviations.classes.size() && k < classes.size(); ++k) {
+    if (deviations.classes[k].count == 0) continue;
+    reports.push_back(deviationOf(classes[k], "m", deviations.classes[k]));
+  }
+  for (std::size_t k = 0; k < priors.size(); ++k) {
+    if (deviations.priors[k].count == 0) continue;
+    reports.push_back(deviationOf(priors[k], "", deviations.priors[k]));
+  }
+  return reports;
+}
+
 AdjustmentReport reportOf(const Velorn::AdjustmentResult& result,
                           const std::vector<fs::path>& strips) {
   AdjustmentReport report;
@@ -125,6 +165,13 @@ AdjustmentReport reportOf(const Velorn::AdjustmentResult& result,
     report.movements.push_back({nameOf(i), movements[i].horizontal90, movements[i].vertical90});
   }
   report.solver = result.end;
+  if (!result.globals.empty()) {
+    report.globalSigmas =
+        globalsOf(result.globals, true, [](const auto& its) { return its.sigma; });
+    report.globalPriorShares =
+        globalsOf(result.globals, false, [](const auto& its) { return its.priorShare; });
+  }
+  report.deviations = deviationsOf(result.deviations);
   return report;
 }
 
@@ -173,6 +220,8 @@ class Adjustment {
   Adjusted run() {
     Velorn::CeresOptimization optimization(*parameters_, trajectory_, configuration_, files_);
     optimization.settings = input_.settings;
+    const auto sums = sumsOf();
+    for (const auto& sum : sums) optimization.settings.sums.push_back(sum.factors);
     optimization.settings.isCancelled = [this] { return watcher_->isCancelled(); };
     const std::string fault = solve(optimization);
     const auto& result = optimization.result();
@@ -188,11 +237,20 @@ class Adjustment {
     }
     AdjustmentReport report = reportOf(result, files_.getStripFiles());
     report.globals = globalsOf(*parameters_);
+    for (std::size_t k = 0; k < result.sums.size(); ++k) {
+      report.sums.push_back(
+          {sums[k].name, sums[k].unit, valueOf(sums[k], *parameters_), result.sums[k]});
+    }
     report.files = files();
     return {std::move(report), parameters_};
   }
 
  private:
+  std::vector<ReadableSum> sumsOf() const {
+    if (!input_.settings.knowledge) return {};
+    return readableSums(*parameters_, input_.facts, input_.typicalRange);
+  }
+
   /// The library only tells the console of a file that does not take its text; a result that cannot
   /// be read back is none.
   void requireReadable() const {

@@ -44,7 +44,7 @@ std::vector<Part> partsOf(const MatchReport& matching) {
 /// Of the strips that are not locked, the median [s]; NaN when all are.
 double sectionLengthOf(const FlightSettings& settings, const std::vector<StripFacts>& strips) {
   const auto& locked = settings.configuration().LockedStrips;
-  const double longest = settings.model.interval;
+  const double longest = settings.configuration().DefaultInterval.front();
   std::vector<float> lengths;
   for (std::size_t id = 0; id < strips.size(); ++id) {
     if (locked.contains(static_cast<int>(id))) continue;
@@ -54,6 +54,28 @@ double sectionLengthOf(const FlightSettings& settings, const std::vector<StripFa
   return static_cast<double>(upperMedianOf(std::move(lengths)));
 }
 
+/// What a person must choose where nothing is known before.
+void addAdvice(const FlightSettings& settings, const std::vector<StripFacts>& strips,
+               bool isControlled, std::vector<std::string>& warnings) {
+  const auto& configuration = settings.configuration();
+  const double sectionLength = sectionLengthOf(settings, strips);
+  const double weight = configuration.CellSizeWeights.front();
+  const bool hasDrifts = configuration.TypeModel == "LINEAR" || configuration.TypeModel == "SPLINE";
+  if (hasDrifts && isControlled && weight < 3.0 && configuration.LockedStrips.empty()) {
+    warnings.push_back(fmt::format(
+        "{} sections with weight {} of the ground truth: the noise of the pairs may shrink the "
+        "block; weights of 3 to 5 prevent that.",
+        configuration.TypeModel, weight));
+  }
+  constexpr double shortest = 8.0;
+  if (hasDrifts && sectionLength < shortest) {
+    warnings.push_back(fmt::format(
+        "{} sections of {:.1f} s: a trajectory hardly drifts in so short a time, and the noise of "
+        "the pairs takes the drifts' place; BIAS prevents that.",
+        configuration.TypeModel, sectionLength));
+  }
+}
+
 }  // namespace
 
 DatumReport datumOf(const MatchReport& matching, const FlightSettings& settings,
@@ -61,15 +83,16 @@ DatumReport datumOf(const MatchReport& matching, const FlightSettings& settings,
   DatumReport datum;
   auto& [fixedBy, warnings] = datum;
   const auto& configuration = settings.configuration();
-  const double sectionLength = sectionLengthOf(settings, strips);
+  const bool isFree = !settings.model.prior.isUsed;
   const auto control = matching.withGroundTruth;
   const auto inclined = matching.onInclinedGroundTruth;
   const double weight = configuration.CellSizeWeights.front();
   if (control > 0) {
     fixedBy.push_back(fmt::format(
         "{} correspondences with {} patches of ground truth, {} of them on slopes of more than "
-        "10 degrees; weight {}",
-        control, matching.groundTruthPatches, inclined, weight));
+        "10 degrees{}",
+        control, matching.groundTruthPatches, inclined,
+        isFree ? fmt::format("; weight {}", weight) : std::string()));
   }
   if (!configuration.LockedStrips.empty()) {
     fixedBy.push_back(fmt::format("the delivered trajectory of the locked strips {}",
@@ -77,10 +100,12 @@ DatumReport datumOf(const MatchReport& matching, const FlightSettings& settings,
   }
   if (settings.model.isRelative && control == 0) {
     if (configuration.LockedStrips.empty()) {
-      fixedBy.emplace_back("the delivered trajectory, on average");
+      fixedBy.emplace_back(isFree ? "the delivered trajectory, on average"
+                                  : "the delivered trajectory, within its standard deviations");
     }
     warnings.emplace_back(
-        "No ground truth: nothing controls position, height, tilt and scale of the block.");
+        isFree ? "No ground truth: nothing controls position, height, tilt and scale of the block."
+               : "No ground truth: the block lies as well as the trajectory does on average.");
   }
   const auto parts = partsOf(matching);
   for (const auto& part : parts) {
@@ -97,20 +122,12 @@ DatumReport datumOf(const MatchReport& matching, const FlightSettings& settings,
         "Nearly all ground truth is flat: it controls heights; horizontal position and scale of "
         "the block are hardly controlled.");
   }
-  const bool isFree = configuration.TypeModel == "LINEAR" || configuration.TypeModel == "SPLINE";
-  if (isFree && control > 0 && weight < 3.0 && configuration.LockedStrips.empty()) {
-    warnings.push_back(fmt::format(
-        "{} sections with weight {} of the ground truth: the noise of the pairs may shrink the "
-        "block; weights of 3 to 5 prevent that.",
-        configuration.TypeModel, weight));
+  if (!isFree && configuration.CellSizeWeights != ModelSettings().configuration.CellSizeWeights) {
+    warnings.emplace_back(
+        "The weights that are set do not count with priors: everything weighs by its standard "
+        "deviation.");
   }
-  constexpr double shortest = 8.0;
-  if (isFree && sectionLength < shortest) {
-    warnings.push_back(fmt::format(
-        "{} sections of {:.1f} s: a trajectory hardly drifts in so short a time, and the noise of "
-        "the pairs takes the drifts' place; BIAS prevents that.",
-        configuration.TypeModel, sectionLength));
-  }
+  if (isFree) addAdvice(settings, strips, control > 0, warnings);
   return datum;
 }
 

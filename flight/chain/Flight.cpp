@@ -11,6 +11,7 @@
 #include "flight/chain/ControlFit.h"
 #include "flight/chain/Datum.h"
 #include "flight/chain/PeakMemory.h"
+#include "flight/chain/PriorFindings.h"
 #include "flight/chain/Rasterizing.h"
 #include "flight/chain/RoundWork.h"
 #include "flight/chain/RunRecording.h"
@@ -189,6 +190,12 @@ class Flight::Chain {
     report_.datum = datumOf(*last.matching, settings(), context_.strips);
     auto& warnings = report_.datum->warnings;
     warnings.insert(warnings.end(), rounds.warnings.begin(), rounds.warnings.end());
+    if (report_.adjustment && settings().model.prior.isUsed) {
+      const auto more = surprises(*report_.adjustment, knowledgeFor(context_));
+      warnings.insert(warnings.end(), more.begin(), more.end());
+      auto known = knownBefore(*report_.adjustment);
+      if (!known.empty()) report_.datum->fixedBy.push_back(std::move(known));
+    }
     addControlWarnings(rounds.reports, settings().configuration().TypeModel, *report_.datum);
     addSufficiencyWarnings(last, context_.strips, settings().configuration().LockedStrips,
                            *report_.datum);

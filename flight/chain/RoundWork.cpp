@@ -16,6 +16,7 @@
 #include "flight/chain/StripsApart.h"
 #include "flight/matching/ControlMisfits.h"
 #include "flight/strips/OrFail.h"
+#include "platform/geomra/Degree.h"
 
 namespace Velorn::Flights {
 namespace {
@@ -123,7 +124,28 @@ std::shared_ptr<const Velorn::SolverParameters> restoredParameters(const RunCont
   return restored;
 }
 
-AdjustmentInput adjustmentInputOf(const RunContext& run, const Round& round) {
+Velorn::APrioriKnowledge knowledgeFor(const RunContext& run) {
+  auto known = knowledgeOf(run.settings.model.prior);
+  const auto& trajectory = run.trajectory;
+  const auto misalignment = trajectory.getMisalignment(), leverArm = trajectory.getLeverarm();
+  known.deliveredMisalignment = {misalignment.x * Geomra::degree, misalignment.y * Geomra::degree,
+                                 misalignment.z * Geomra::degree};
+  known.deliveredLeverArm = {leverArm.x, leverArm.y, leverArm.z};
+  if (run.scale && run.scale->noise > 0.0) known.pairs = run.scale->noise;
+  return known;
+}
+
+namespace {
+
+void weighByDeviations(RunContext& run, AdjustmentInput& input) {
+  input.facts = run.strips;
+  input.typicalRange = reachOf(run).range;
+  input.settings.knowledge = knowledgeFor(run);
+}
+
+}  // namespace
+
+AdjustmentInput adjustmentInputOf(RunContext& run, const Round& round) {
   AdjustmentInput input;
   input.strips = run.files.getStripFiles();
   input.groundTruth = run.groundTruth;
@@ -134,7 +156,11 @@ AdjustmentInput adjustmentInputOf(const RunContext& run, const Round& round) {
   input.settings = solverSettingsOf(run.settings.model);
   input.threads = run.settings.threads;
   input.repeatable = run.settings.repeatable;
-  if (round.isCoarse()) restrainToMisalignment(input);
+  if (round.isCoarse()) {
+    restrainToMisalignment(input);
+  } else if (run.settings.model.prior.isUsed) {
+    weighByDeviations(run, input);
+  }
   if (round.start) input.start = round.start->files;
   return input;
 }

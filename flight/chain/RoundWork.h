@@ -27,8 +27,11 @@ MatchOptions matchOptionsOf(const RunContext& run);
 std::shared_ptr<const Velorn::SolverParameters> restoredParameters(const RunContext& run,
                                                                    const ModelFiles& files);
 
+/// What is known of a flight before, with what was delivered.
+Velorn::APrioriKnowledge knowledgeFor(const RunContext& run);
+
 /// What an adjustment of a run takes: the folder of its blocks, and the start of the round.
-AdjustmentInput adjustmentInputOf(const RunContext& run, const Round& round);
+AdjustmentInput adjustmentInputOf(RunContext& run, const Round& round);
 
 class RoundWork final : public RoundSteps {
  public:

@@ -10,10 +10,10 @@
 
 #include "flight/chain/Adjustment.h"
 #include "flight/chain/PointMovement.h"
+#include "flight/chain/ReadableSums.h"
 #include "flight/chain/RoundWork.h"
 #include "flight/chain/ScratchFolder.h"
 #include "flight/matching/Match.h"
-#include "platform/geomra/Degree.h"
 
 namespace Velorn::Flights {
 namespace {
@@ -53,49 +53,6 @@ Disturbance disturbanceOf(std::size_t start, double length, const Reach& reach,
   return disturbance;
 }
 
-/// Mean over all sections of a correction of the trajectory, at the middle of each.
-/// @param coefficient  of a section and a power of time
-template <typename Coefficient>
-double meanCorrection(const Velorn::SolverParameters& parameters, const Coefficient& coefficient) {
-  double sum = 0.0;
-  std::size_t sections = 0;
-  for (const auto& strip : parameters.getStripSections()) {
-    for (auto section = strip.sections.begin(); section != strip.sections.end(); ++section) {
-      const auto next = std::next(section);
-      const double end = next == strip.sections.end() ? strip.maxTime : next->first;
-      const double middle = std::max(0.0, 0.5 * (end - section->first));
-      double power = 1.0;
-      for (unsigned int m = 0; m < 4; ++m, power *= middle) {
-        sum += power * coefficient(section->second.sectionID, m);
-      }
-      ++sections;
-    }
-  }
-  return sections == 0 ? 0.0 : sum / static_cast<double>(sections);
-}
-
-/// What a user reads: the sums that a flight tells, not their parts.
-/// @param range  at which points are lowered by the corrections of range [m]
-std::vector<StableSum> sumsOf(const Velorn::SolverParameters& parameters, double range) {
-  constexpr unsigned int down = 2;
-  const auto angle = [&](unsigned int axis, double offset) {
-    const double attitude = meanCorrection(parameters, [&](unsigned int section, unsigned int m) {
-      return parameters.getTrajectoryAngleCorrection(section, 4 * axis + m);
-    });
-    return Geomra::degreesPerRadian * (parameters.getMisalignment(axis) + attitude + offset);
-  };
-  const double lifted = meanCorrection(parameters, [&](unsigned int section, unsigned int m) {
-    return parameters.getTrajectoryPositionCorrection(section, 4 * down + m);
-  });
-  const double longer =
-      parameters.getRangeAngleOffset(0) + range * parameters.getRangeAngleScale(0);
-  const double height = lifted - parameters.getLeverArm(down) - longer;
-  return {{"roll", "deg", angle(0, parameters.getRangeAngleOffset(2))},
-          {"pitch", "deg", angle(1, 0.0)},
-          {"yaw", "deg", angle(2, 0.0)},
-          {"height", "m", height}};
-}
-
 class StabilityTest {
  public:
   StabilityTest(RunContext& run, SurfaceStore& surfaces, const RoundReport& last)
@@ -114,7 +71,10 @@ class StabilityTest {
   StabilityReport report() {
     StabilityReport report;
     report.length = length_;
-    report.sums = sumsOf(*adjusted_, reach_.range);
+    const auto sums = readableSums(*adjusted_, run_.strips, reach_.range);
+    for (const auto& sum : sums) {
+      report.sums.push_back({sum.name, sum.unit, valueOf(sum, *adjusted_)});
+    }
     std::vector<Parameters> found;
     for (std::size_t start = 0; start < starts; ++start) {
       auto adjusted = from(start);
@@ -128,7 +88,7 @@ class StabilityTest {
     report.failed = starts - found.size();
     if (found.size() < 2) return report;
     for (std::size_t k = 0; k < report.sums.size(); ++k) {
-      const auto [low, high] = rangeOf(found, k);
+      const auto [low, high] = rangeOf(found, sums[k]);
       report.sums[k].low = low;
       report.sums[k].high = high;
     }
@@ -140,10 +100,11 @@ class StabilityTest {
   }
 
  private:
-  std::pair<double, double> rangeOf(const std::vector<Parameters>& found, std::size_t sum) const {
-    double low = sumsOf(*found[0], reach_.range)[sum].value, high = low;
+  static std::pair<double, double> rangeOf(const std::vector<Parameters>& found,
+                                           const ReadableSum& sum) {
+    double low = valueOf(sum, *found[0]), high = low;
     for (const auto& parameters : found) {
-      const double value = sumsOf(*parameters, reach_.range)[sum].value;
+      const double value = valueOf(sum, *parameters);
       low = std::min(low, value);
       high = std::max(high, value);
     }

@@ -27,7 +27,7 @@ constexpr std::array limitsOfValues{
     ValueLimits{8, "pitch error", leastError, halfTurn, "minutes of arc"},
     ValueLimits{9, "heading error", leastError, halfTurn, "minutes of arc"}};
 
-constexpr DoubleRecordFormat format{"accuracy", 10, limitsOfValues};
+constexpr DoubleRecordFormat accuracyFormat{"accuracy", 10, limitsOfValues};
 
 AccuracyRecord recordOf(std::span<const double> values) {
   return {values[0],
@@ -39,9 +39,9 @@ AccuracyRecord recordOf(std::span<const double> values) {
 
 std::vector<AccuracyRecord> readAccuracy(const std::filesystem::path& file) {
   std::vector<AccuracyRecord> records;
-  records.reserve(countDoubleRecords(file, format));
+  records.reserve(countDoubleRecords(file, accuracyFormat));
   readDoubleRecords(
-      file, format, [&](std::span<const double> values) { records.push_back(recordOf(values)); },
+      file, accuracyFormat, [&](std::span<const double> values) { records.push_back(recordOf(values)); },
       TimeOrder::Any);
   return records;
 }

@@ -33,7 +33,7 @@ constexpr std::array limitsOfValues{ValueLimits{0, "time", 0.0, 2 * weekSeconds,
                                     ValueLimits{9, "platform heading", -4 * pi, 4 * pi, "rad"},
                                     ValueLimits{10, "wander angle", -4 * pi, 4 * pi, "rad"}};
 
-constexpr DoubleRecordFormat format{"SBET", 17, limitsOfValues};
+constexpr DoubleRecordFormat sbetFormat{"SBET", 17, limitsOfValues};
 
 }  // namespace
 
@@ -47,12 +47,12 @@ bool looksLikeSbet(const std::filesystem::path& file) {
 std::size_t readSbet(const std::filesystem::path& file,
                      const std::function<void(const SbetRecord&)>& take, TimeOrder order) {
   return readDoubleRecords(
-      file, format, [&](std::span<const double> values) { take(recordOf(values)); }, order);
+      file, sbetFormat, [&](std::span<const double> values) { take(recordOf(values)); }, order);
 }
 
 std::vector<SbetRecord> readSbet(const std::filesystem::path& file, TimeOrder order) {
   std::vector<SbetRecord> records;
-  records.reserve(countDoubleRecords(file, format));
+  records.reserve(countDoubleRecords(file, sbetFormat));
   readSbet(
       file, [&](const SbetRecord& record) { records.push_back(record); }, order);
   return records;

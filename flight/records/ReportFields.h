@@ -155,6 +155,24 @@ void fields(auto& visit, Of<GlobalCorrections> auto& globals) {
   visit("lever_arm", globals.leverArm);
 }
 
+void fields(auto& visit, Of<EstimatedSum> auto& sum) {
+  visit("name", sum.name);
+  visit("unit", sum.unit);
+  visit("value", sum.value);
+  visit("sigma", sum.sigma);
+}
+
+void fields(auto& visit, Of<DeviationReport> auto& group) {
+  visit("name", group.name);
+  visit("unit", group.unit);
+  visit("expected", group.expected);
+  visit("sigma", group.sigma);
+  visit("count", group.count);
+  visit("design_effect", group.designEffect);
+  visit("redundancy", group.redundancy);
+  visit("estimated", group.isEstimated);
+}
+
 void fields(auto& visit, Of<HeldSection> auto& held) {
   visit("strip", held.strip);
   visit("section", held.section);
@@ -205,6 +223,10 @@ void fields(auto& visit, Of<AdjustmentReport> auto& adjustment) {
   visit("before", adjustment.before);
   visit("after", adjustment.after);
   visit("globals", adjustment.globals);
+  visit("global_sigmas", adjustment.globalSigmas);
+  visit("global_prior_shares", adjustment.globalPriorShares);
+  addedLater(visit, "sums", adjustment.sums);
+  addedLater(visit, "standard_deviations", adjustment.deviations);
   visit("held_sections", adjustment.heldSections);
   visit("movements", adjustment.movements);
   visit.unless("moved", adjustment.moved, unknownFigure);

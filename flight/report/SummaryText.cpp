@@ -132,6 +132,31 @@ std::string globalsRow(const char* name, const GlobalCorrections::Three& three,
   return text + "\n";
 }
 
+std::string sumsText(const std::vector<EstimatedSum>& sums) {
+  std::string text;
+  for (const auto& sum : sums) {
+    text += fmt::format("  {:<10}{} +-{} {}\n", sum.name, number(sum.value, 1.0, 11, 4),
+                        number(sum.sigma, 1.0, 8, 4), sum.unit);
+  }
+  return text.empty() ? text
+                      : "what the flight tells of the scanner, with standard deviations\n" + text;
+}
+
+std::string deviationsText(const std::vector<DeviationReport>& groups) {
+  if (groups.empty()) return {};
+  std::string text = fmt::format("{:<18}{:>10}{:>10}{:>9}{:>11}{:>12}\n", "standard deviations",
+                                 "expected", "found", "number", "worth one", "redundancy");
+  for (const auto& group : groups) {
+    const bool isLength = !group.unit.empty();
+    const double unit = isLength ? centimetres : 1.0;
+    text +=
+        fmt::format("  {:<17}{}{}{} {:>8}{}{}\n", group.name, number(group.expected, unit, 9, 2),
+                    number(group.sigma, unit, 10, 2), isLength ? " cm" : "   ", group.count,
+                    number(group.designEffect, 1.0, 8, 1), number(group.redundancy, 1.0, 12, 1));
+  }
+  return text;
+}
+
 std::string globalsTable(const GlobalCorrections& globals) {
   return globalsRow("offsets", globals.offsets, {"range", "forward angle", "scan angle"},
                     {"m", "deg", "deg"}, 6) +
@@ -249,8 +274,12 @@ std::string textOf(const RunReport& run) {
   text += controlText(run);
   if (run.adjustment) {
     const auto& adjustment = *run.adjustment;
-    text += "\n" + globalsTable(adjustment.globals) +
-            idleScaleText(adjustment.globals.scales[1], farthestForwardOf(run.strips)) + "\n" +
+    text += "\n" + sumsText(adjustment.sums) + deviationsText(adjustment.deviations) + "\n" +
+            globalsTable(adjustment.globals);
+    if (adjustment.globalSigmas) {
+      text += "standard deviations of them\n" + globalsTable(*adjustment.globalSigmas);
+    }
+    text += idleScaleText(adjustment.globals.scales[1], farthestForwardOf(run.strips)) + "\n" +
             solverText(adjustment);
   }
   if (run.stability) text += stabilityText(*run.stability);

@@ -15,7 +15,9 @@ void complete(ModelSettings& model, std::size_t strips) {
   flight.model = model;
   checkValues(flight);
   auto& configuration = model.configuration;
-  configuration.DefaultInterval.assign(3, model.interval);
+  constexpr double whole = 86400.0, quick = 10.0;
+  const double chosen = model.prior.isUsed ? quick : whole;
+  configuration.DefaultInterval.assign(3, model.interval > 0.0 ? model.interval : chosen);
   for (const int strip : model.locked) {
     if (strip >= 0 && static_cast<std::size_t>(strip) < strips) continue;
     throw Error(fmt::format("--lock {}: there are {} strips, counted from 0", strip, strips),

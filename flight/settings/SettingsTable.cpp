@@ -10,6 +10,7 @@ constexpr const char* chain = "Chain";
 constexpr const char* rasterizing = "Rasterize";
 constexpr const char* matching = "Match";
 constexpr const char* adjusting = "Adjust";
+constexpr const char* knowledge = "Known before";
 constexpr const char* working = "Work";
 constexpr const char* hosts = "Of hosts";
 
@@ -238,9 +239,8 @@ std::vector<Setting> ofAdjusting() {
        .place = [](FlightSettings& all) -> SettingPlace { return &all.configuration().TypeModel; }},
       {.name = "interval",
        .group = adjusting,
-       .sentence = "longest section",
+       .sentence = "longest section; 0: the whole strip, or 10 s with priors",
        .unit = "seconds",
-       .low = 1e-3,
        .high = 1e6,
        .steps = {Adjust},
        .place = [](FlightSettings& all) -> SettingPlace { return &all.model.interval; }},
@@ -298,6 +298,115 @@ std::vector<Setting> ofAdjusting() {
        .sentence = "residuals one by one with automatic derivatives: slowly to the same result",
        .steps = {Adjust},
        .place = [](FlightSettings& all) -> SettingPlace { return &all.model.isReference; }}};
+}
+
+std::vector<Setting> ofKnowledge() {
+  return {
+      {.name = "priors",
+       .group = knowledge,
+       .sentence = "what is known of trajectory and mounting takes part, and everything weighs by "
+                   "standard deviations that are estimated, in place of the weights",
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.isUsed; }},
+      {.name = "instrument",
+       .group = knowledge,
+       .sentence = "class of the trajectory where nothing else tells how good it is: survey 3, 3, "
+                   "5 cm and 0.004, 0.004, 0.008 degrees; drone 4, 4, 8 cm and 0.02, 0.02, 0.1 "
+                   "degrees; unknown 10, 10, 15 cm and 0.05, 0.05, 0.15 degrees",
+       .words = {"survey", "drone", "unknown"},
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.instrument; }},
+      {.name = "position-sigma",
+       .group = knowledge,
+       .sentence = "standard deviation of the trajectory's position east, north and up; 0: of the "
+                   "class",
+       .unit = metres,
+       .high = 1000,
+       .entries = 3,
+       .placeholder = "E,N,H",
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.position; }},
+      {.name = "attitude-sigma",
+       .group = knowledge,
+       .sentence = "standard deviation of roll, pitch and yaw; 0: of the class",
+       .unit = degrees,
+       .high = 90,
+       .entries = 3,
+       .placeholder = "R,P,Y",
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.attitude; }},
+      {.name = "position-time",
+       .group = knowledge,
+       .sentence = "time after which errors of the position are other ones",
+       .unit = "seconds",
+       .low = 1e-3,
+       .high = 1e6,
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.positionTime; }},
+      {.name = "attitude-time",
+       .group = knowledge,
+       .sentence = "time after which errors of the attitude are other ones",
+       .unit = "seconds",
+       .low = 1e-3,
+       .high = 1e6,
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.attitudeTime; }},
+      {.name = "control-sigma",
+       .group = knowledge,
+       .sentence = "standard deviation of the ground truth",
+       .unit = metres,
+       .low = 1e-4,
+       .high = 1000,
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.control; }},
+      {.name = "misalignment-sigma",
+       .group = knowledge,
+       .sentence = "standard deviation of the misalignment as delivered",
+       .unit = degrees,
+       .low = 1e-6,
+       .high = 180,
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.misalignment; }},
+      {.name = "lever-arm-sigma",
+       .group = knowledge,
+       .sentence = "standard deviation of the lever arm as delivered",
+       .unit = metres,
+       .low = 1e-6,
+       .high = 100,
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.leverArm; }},
+      {.name = "range-offset-sigma",
+       .group = knowledge,
+       .sentence = "standard deviation of the range's offset",
+       .unit = metres,
+       .low = 1e-6,
+       .high = 100,
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.rangeOffset; }},
+      {.name = "angle-offset-sigma",
+       .group = knowledge,
+       .sentence = "standard deviation of the offsets of both angles",
+       .unit = degrees,
+       .low = 1e-7,
+       .high = 90,
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.angleOffset; }},
+      {.name = "range-scale-sigma",
+       .group = knowledge,
+       .sentence = "standard deviation of the range's scale",
+       .unit = "parts per million",
+       .low = 1e-3,
+       .high = 1e6,
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.rangeScale; }},
+      {.name = "angle-scale-sigma",
+       .group = knowledge,
+       .sentence = "standard deviation of the scales of both angles",
+       .unit = "parts per million",
+       .low = 1e-3,
+       .high = 1e6,
+       .steps = {Adjust},
+       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.angleScale; }}};
 }
 
 std::vector<Setting> ofWorking() {
@@ -364,7 +473,7 @@ const std::vector<Setting>& settingsTable() {
   static const std::vector<Setting> table = [] {
     std::vector<Setting> all;
     for (const auto ofGroup :
-         {filesAndChain, ofRasterizing, ofMatching, ofAdjusting, ofWorking, ofHosts}) {
+         {filesAndChain, ofRasterizing, ofMatching, ofAdjusting, ofKnowledge, ofWorking, ofHosts}) {
       const auto settings = ofGroup();
       all.insert(all.end(), settings.begin(), settings.end());
     }

@@ -23,6 +23,12 @@ struct AdjustmentInput {
   std::filesystem::path correspondences;            ///< folder of correspondence containers
   Velorn::InputParameter configuration;             ///< RootPath: where the output folders are made
   Velorn::AdjustmentSettings settings;
+  /// Of the strips, and how far a typical point lies from the scanner [m]: what the sums that a
+  /// user reads are made of. Only with knowledge.
+  /// @{
+  std::vector<StripFacts> facts;
+  double typicalRange = 0.0;
+  /// @}
   std::optional<ModelFiles> start;  ///< unknowns to begin with; none: those of the trajectory
   unsigned int threads = 0;         ///< 0: as many as there are cores
   bool mayBeScarce = false;         ///< the result is but a start: no number is too small

@@ -202,6 +202,23 @@ struct GlobalCorrections {
   Three leverArm{};      ///< body axes [m]
 };
 
+/// A sum of corrections that a user reads, with its standard deviation.
+struct EstimatedSum {
+  std::string name, unit;
+  double value = unknownFigure, sigma = unknownFigure;
+};
+
+/// What a group of observations, or of what is known before, was weighed with.
+struct DeviationReport {
+  std::string name;
+  std::string unit;  ///< empty: in units of what was expected
+  double expected = 0.0, sigma = 0.0;
+  std::size_t count = 0;      ///< observations or degrees of freedom
+  double designEffect = 1.0;  ///< so many neighbours are worth one
+  double redundancy = 0.0;
+  bool isEstimated = false;  ///< otherwise as expected
+};
+
 /// A section whose unknowns were held constant.
 struct HeldSection {
   std::string strip;
@@ -241,6 +258,13 @@ struct AdjustmentReport {
   PerClass correspondences{};
   FitReport before, after;  ///< as delivered, and adjusted
   GlobalCorrections globals;
+  /// Standard deviations of the same, and the shares of what was known before in them; only where
+  /// something was.
+  /// @{
+  std::optional<GlobalCorrections> globalSigmas, globalPriorShares;
+  std::vector<EstimatedSum> sums;
+  std::vector<DeviationReport> deviations;
+  /// @}
   std::vector<HeldSection> heldSections;
   std::vector<StripMovement> movements;
   /// 95 % quantile of how far this adjustment moved the points of a strip from where it began, of

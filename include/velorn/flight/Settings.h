@@ -42,6 +42,24 @@ struct MatchSettings {
   bool ontoPlanes = true;
 };
 
+/// What is known before the adjustment; see Velorn::APrioriKnowledge.
+struct PriorSettings {
+  /// Otherwise the adjustment is a free one, with weights by class, and nothing below counts.
+  bool isUsed = false;
+  std::string instrument = "unknown";     ///< class of the trajectory, for the zeros below
+  std::vector<double> position{0, 0, 0};  ///< σ east, north, height [m]; zeros: of the class
+  std::vector<double> attitude{0, 0, 0};  ///< σ of roll, pitch, yaw [degree]; zeros: of the class
+  double positionTime = 60.0;             ///< correlation time of the position [s]
+  double attitudeTime = 120.0;            ///< correlation time of the attitude [s]
+  double control = 0.02;                  ///< σ of the ground truth [m]
+  double misalignment = 0.5;              ///< σ [degree]
+  double leverArm = 0.02;                 ///< σ [m]
+  double rangeOffset = 0.05;              ///< σ [m]
+  double angleOffset = 0.02;              ///< σ [degree]
+  double rangeScale = 100.0;              ///< σ [ppm]
+  double angleScale = 500.0;              ///< σ [ppm]
+};
+
 /// What is estimated, and how.
 struct ModelSettings {
   /// With the weight 3 of the ground truth: at 1 the noise of many pairs shrinks a block whose
@@ -51,11 +69,14 @@ struct ModelSettings {
   /// All that the library of the adjustment knows; its lists of files, locked strips and intervals
   /// follow from the other settings.
   Velorn::InputParameter configuration;
-  double interval = 86400.0;      ///< longest section [s]
+  /// Longest section [s]; 0: what is known before bounds the freedom of short ones, so that they
+  /// have 10 s; without it each strip is one.
+  double interval = 0.0;
   std::vector<int> locked;        ///< places of strips whose trajectory is held, from 0
   std::vector<std::string> held;  ///< "offsets", "scales", "misalignment", "lever-arm"
   bool isRelative = false;        ///< ground truth may be missing, or too little
   bool isReference = false;       ///< see Evaluation; otherwise the engine evaluates
+  PriorSettings prior;
 };
 
 /// Zero as smallest cell, search radius, radius of the neighbours or largest roughness, as it
@@ -101,6 +122,9 @@ VELORN_FLIGHT_EXPORT void complete(FlightSettings& settings);
 /// @param strips  number of strips
 /// @throws Error for a locked strip that is not there, and for a word of `held` that is none
 VELORN_FLIGHT_EXPORT void complete(ModelSettings& model, std::size_t strips);
+
+/// In the units of the library. Nothing is said there of what was delivered.
+VELORN_FLIGHT_EXPORT Velorn::APrioriKnowledge knowledgeOf(const PriorSettings& prior);
 
 /// Which global corrections `held` leaves free, and how much ground truth is needed.
 VELORN_FLIGHT_EXPORT Velorn::AdjustmentSettings solverSettingsOf(const ModelSettings& model);
