@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "adjustment/engine/CorrespondenceRecord.h"
+#include "adjustment/engine/LocalPlaces.h"
 #include "adjustment/engine/PoseIntervals.h"
 #include <velorn/Section.h>
 #include <velorn/SphericalBeing.h>
@@ -62,8 +63,7 @@ class CorrespondenceStore {
   /// @param weights              by class code − 10
   /// @param isReportingOfTimes   as Trajectory::interpolateTrajectory
   CorrespondenceStore(const Trajectory& trajectory, std::vector<double> weights,
-                      bool isReportingOfTimes)
-      : weights_(std::move(weights)), intervals_(trajectory, isReportingOfTimes) {}
+                      bool isReportingOfTimes);
 
   void addPair(const Side& first, const Side& second);
   void addGroundTruth(const Side& first, const Geomra::PhysicalSpace::point& groundTruth);
@@ -74,16 +74,21 @@ class CorrespondenceStore {
   /// In the order in which the first of their correspondences came.
   const std::vector<SectionPair>& pairs() const { return pairs_; }
   const PoseIntervals& intervals() const { return intervals_; }
+  const LocalPlaces& places() const { return places_; }
+  const Projection& projection() const { return projection_; }  ///< of the trajectory
 
  private:
   SectionPair& pairOf(const Section& first, const Section* second);
   ClassRun& runOf(SectionPair& pair, std::uint8_t classCode);
   std::uint32_t intervalOf(const Side& side, SectionPair& pair);
+  void putPlaces(ClassRun& run);
 
   std::vector<double> weights_;
   PoseIntervals intervals_;
+  Projection projection_;
+  LocalPlaces places_;
   std::vector<SectionPair> pairs_;
-  std::map<std::pair<std::uint32_t, std::uint64_t>, std::size_t> places_;  // by section numbers
+  std::map<std::pair<std::uint32_t, std::uint64_t>, std::size_t> numbers_;  // by section numbers
 };
 
 }  // namespace Velorn

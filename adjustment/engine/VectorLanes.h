@@ -25,6 +25,9 @@ struct Lanes<xsimd::batch<double, Architecture>> {
                       const Batch& no) {
     return xsimd::select(condition, yes, no);
   }
+  static bool all(const typename Batch::batch_bool_type& condition) {
+    return xsimd::all(condition);
+  }
   static double sum(const Batch& value) { return xsimd::hadd(value); }
   static void sums(const Batch* values, double* to) {
     for (std::size_t i = 0; i < 16; i += count) xsimd::haddp(values + i).store_unaligned(to + i);

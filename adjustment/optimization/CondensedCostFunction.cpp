@@ -36,7 +36,7 @@ bool CondensedCostFunction::Evaluate(double const* const* parameters, double* re
     Morvane::Console::writeLine("CondensedCostFunction: " + pair_.fault);
     return false;
   }
-  const PairEvaluation evaluation(run_->store, pair_, run_->projection, parameters);
+  const PairEvaluation evaluation(run_->store, pair_, parameters);
   const auto asked = askedBlocks(jacobians, parameter_block_sizes().size());
   if (std::find(asked.begin(), asked.end(), true) == asked.end()) {
     return evaluateCost(evaluation, residuals);

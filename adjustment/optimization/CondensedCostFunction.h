@@ -15,7 +15,6 @@ namespace Velorn {
 /// What the blocks of a problem have in common.
 struct CondensedRun {
   CorrespondenceStore store;
-  Projection projection;
   int threads;  ///< that one evaluation takes
 };
 

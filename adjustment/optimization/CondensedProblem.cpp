@@ -44,7 +44,6 @@ std::string fillCondensed(ceres::Problem& problem, const ProblemInputs& inputs, 
   const auto& configuration = inputs.configuration;
   const auto run = std::make_shared<CondensedRun>(CondensedRun{
       {inputs.trajectory, configuration.CellSizeWeights, configuration.InterpolationFlag},
-      projectionOf(inputs.trajectory.getMercator()),
       threads});
   groundTruth = 0;
   auto fault = walkPlacedCorrespondences(inputs, [&](const PlacedCorrespondence& correspondence) {
