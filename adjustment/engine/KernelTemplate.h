@@ -234,14 +234,17 @@ template <typename T>
 void addTile(const BatchRows& rows, std::size_t i, std::size_t j, std::size_t lanes,
              double* matrix) {
   T sums[16];
-  for (auto& sum : sums) sum = T(0.0);
-  for (std::size_t lane = 0; lane < lanes; lane += Lanes<T>::count) {
+  const auto forEach = [&](std::size_t lane, const auto& take) VELORN_INLINE_LAMBDA {
     const auto load = [&](std::size_t row) { return Lanes<T>::load(&rows.rows[row][lane]); };
     const T right[4] = {load(j), load(j + 1), load(j + 2), load(j + 3)};
     for (std::size_t a = 0; a < 4; ++a) {
       const T left = load(i + a);
-      for (std::size_t b = 0; b < 4; ++b) sums[4 * a + b] += left * right[b];
+      for (std::size_t b = 0; b < 4; ++b) take(sums[4 * a + b], T(left * right[b]));
     }
+  };
+  forEach(0, [](T& sum, const T& product) { sum = product; });
+  for (std::size_t lane = Lanes<T>::count; lane < lanes; lane += Lanes<T>::count) {
+    forEach(lane, [](T& sum, const T& product) { sum += product; });
   }
   double added[16];
   Lanes<T>::sums(sums, added);

@@ -12,8 +12,6 @@
 
 #include "adjustment/georef/Polynomials.h"
 
-#define VELORN_INLINE_LAMBDA __attribute__((always_inline))
-
 namespace Velorn::OnLanes {
 
 template <std::size_t count>

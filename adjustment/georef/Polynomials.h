@@ -8,6 +8,7 @@
 #include <cstddef>
 
 #define VELORN_INLINE __attribute__((always_inline)) inline
+#define VELORN_INLINE_LAMBDA __attribute__((always_inline))
 
 namespace Velorn::OnLanes {
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 #include "platform/morvane/Console.h"
 
@@ -37,11 +38,45 @@ bool CondensedCostFunction::Evaluate(double const* const* parameters, double* re
     return false;
   }
   const PairEvaluation evaluation(run_->store, pair_, parameters);
+  const auto unknowns = unknownsOf(parameters);
   const auto asked = askedBlocks(jacobians, parameter_block_sizes().size());
   if (std::find(asked.begin(), asked.end(), true) == asked.end()) {
-    return evaluateCost(evaluation, residuals);
+    return putCost(evaluation, unknowns, residuals);
   }
-  const auto [columns, factor] = evaluation.condensed(asked, run_->threads);
+  return putRows(evaluation, unknowns, asked, residuals, jacobians);
+}
+
+std::vector<double> CondensedCostFunction::unknownsOf(double const* const* parameters) const {
+  std::vector<double> unknowns;
+  for (std::size_t k = 0; k < parameter_block_sizes().size(); ++k) {
+    unknowns.insert(unknowns.end(), parameters[k], parameters[k] + blockSizes[k]);
+  }
+  return unknowns;
+}
+
+bool CondensedCostFunction::putCost(const PairEvaluation& evaluation,
+                                    const std::vector<double>& unknowns, double* residuals) const {
+  if (unknowns != lastCost_.unknowns) {
+    lastCost_ = {unknowns, evaluation.twiceCost(run_->threads)};
+  }
+  std::fill_n(residuals, num_residuals(), 0.0);
+  residuals[0] = std::sqrt(lastCost_.twiceCost);
+  return std::isfinite(lastCost_.twiceCost);
+}
+
+bool CondensedCostFunction::putRows(const PairEvaluation& evaluation,
+                                    const std::vector<double>& unknowns,
+                                    const PairEvaluation::Asked& asked, double* residuals,
+                                    double** jacobians) const {
+  auto& [known, blocks, condensed] = lastRows_;
+  const bool isCovered =
+      std::equal(asked.begin(), asked.end(), blocks.begin(), std::less_equal<>());
+  if (!isCovered || unknowns != known) {
+    std::transform(asked.begin(), asked.end(), blocks.begin(), blocks.begin(), std::logical_or<>());
+    condensed = evaluation.condensed(blocks, run_->threads);
+    known = unknowns;
+  }
+  const auto& [columns, factor] = condensed;
   if (factor.cols() == 0) return false;
   // Pivots beyond the number of correspondences are rounding.
   const Eigen::Index rows = std::min<Eigen::Index>(factor.rows(), num_residuals());
@@ -52,19 +87,12 @@ bool CondensedCostFunction::Evaluate(double const* const* parameters, double* re
   }
   for (std::size_t i = 0; i < columns.size(); ++i) {
     const auto [block, entry] = columns[i];
+    if (!asked[block]) continue;
     for (Eigen::Index row = 0; row < rows; ++row) {
       jacobians[block][row * blockSizes[block] + entry] = factor(row, static_cast<Eigen::Index>(i));
     }
   }
   return true;
-}
-
-bool CondensedCostFunction::evaluateCost(const PairEvaluation& evaluation,
-                                         double* residuals) const {
-  const double twiceCost = evaluation.twiceCost(run_->threads);
-  std::fill_n(residuals, num_residuals(), 0.0);
-  residuals[0] = std::sqrt(twiceCost);
-  return std::isfinite(twiceCost);
 }
 
 }  // namespace Velorn

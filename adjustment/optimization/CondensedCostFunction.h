@@ -5,6 +5,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include <ceres/cost_function.h>
 
@@ -22,6 +23,11 @@ struct CondensedRun {
 /// hands the solver a factor [F f] with F'F = J'J, F'f = J'r and f'f = Σ ρ(r²), of at most as many
 /// rows as it has columns, in place of the many rows of J. Cost, gradient and Gauss-Newton's matrix
 /// are those of the single residuals, and so is the solver's path.
+///
+/// The solver's inner iterations ask for the derivatives by one block of unknowns after the other,
+/// mostly at the same unknowns: at the first of these, those by all blocks that it ever asked for
+/// are computed and kept, since some columns of F serve for these columns of J. So an evaluation
+/// must have ended before the next one begins.
 class CondensedCostFunction : public ceres::CostFunction {
  public:
   /// @param pair  of the run's store
@@ -36,10 +42,26 @@ class CondensedCostFunction : public ceres::CostFunction {
   const SectionPair& pair() const { return pair_; }
 
  private:
-  bool evaluateCost(const PairEvaluation& evaluation, double* residuals) const;
+  struct Cost {
+    std::vector<double> unknowns;
+    double twiceCost;
+  };
+  struct Rows {
+    std::vector<double> unknowns;
+    PairEvaluation::Asked blocks;
+    CondensedRows condensed;
+  };
+
+  std::vector<double> unknownsOf(double const* const* parameters) const;
+  bool putCost(const PairEvaluation& evaluation, const std::vector<double>& unknowns,
+               double* residuals) const;
+  bool putRows(const PairEvaluation& evaluation, const std::vector<double>& unknowns,
+               const PairEvaluation::Asked& asked, double* residuals, double** jacobians) const;
 
   std::shared_ptr<const CondensedRun> run_;
   const SectionPair& pair_;
+  mutable Cost lastCost_{};
+  mutable Rows lastRows_{};
 };
 
 }  // namespace Velorn
