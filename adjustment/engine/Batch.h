@@ -10,7 +10,7 @@
 
 namespace Velorn {
 
-inline constexpr std::size_t batchSize = 64;
+inline constexpr std::size_t batchSize = 128;
 inline constexpr std::size_t lanesAtOnce = 8;  ///< counts of a batch are filled up to a multiple
 /// Columns, the residual, one further column, filled up to a multiple of four.
 inline constexpr std::size_t mostRows = mostColumns + 4;

@@ -6,13 +6,15 @@
 // all processors.
 #pragma once
 
+#include <utility>
+
 #include "adjustment/engine/Batch.h"
 #include "adjustment/engine/LocalEarth.h"
 
 namespace Velorn {
 
 /// How a scalar is read and written: `count` of its lanes, load, store, select, whether a condition
-/// holds in all lanes, sum of the lanes, and sums of sixteen.
+/// holds in all lanes, sum of the lanes, and sums of several.
 template <typename T>
 struct Lanes;
 
@@ -229,34 +231,39 @@ double rows(const BatchSetup& setup, const Batch& batch, BatchRows& rows) {
   return total;
 }
 
-/// The products of four rows with four rows.
+/// How many rows a tile of products takes four others with: its sums fill half of the registers.
 template <typename T>
-void addTile(const BatchRows& rows, std::size_t i, std::size_t j, std::size_t lanes,
-             double* matrix) {
-  T sums[16];
-  const auto forEach = [&](std::size_t lane, const auto& take) VELORN_INLINE_LAMBDA {
-    const auto load = [&](std::size_t row) { return Lanes<T>::load(&rows.rows[row][lane]); };
-    const T right[4] = {load(j), load(j + 1), load(j + 2), load(j + 3)};
-    for (std::size_t a = 0; a < 4; ++a) {
-      const T left = load(i + a);
-      for (std::size_t b = 0; b < 4; ++b) take(sums[4 * a + b], T(left * right[b]));
-    }
-  };
-  forEach(0, [](T& sum, const T& product) { sum = product; });
-  for (std::size_t lane = Lanes<T>::count; lane < lanes; lane += Lanes<T>::count) {
-    forEach(lane, [](T& sum, const T& product) { sum += product; });
+inline constexpr std::size_t tileWidth = Lanes<T>::count > 4 ? 4 : 2;
+
+/// The products of four rows with some others. Every index is a constant, so that all sums stay in
+/// registers.
+template <typename T, std::size_t... entry>
+VELORN_INLINE void addTile(const BatchRows& rows, std::size_t i, std::size_t j, std::size_t lanes,
+                           double* matrix, std::index_sequence<entry...> /*of the tile*/) {
+  constexpr std::size_t width = tileWidth<T>;
+  T sums[] = {(static_cast<void>(entry), T(0.0))...};
+  for (std::size_t lane = 0; lane < lanes; lane += Lanes<T>::count) {
+    const auto load = [&](std::size_t row)
+                          VELORN_INLINE_LAMBDA { return Lanes<T>::load(&rows.rows[row][lane]); };
+    const T left[] = {load(i), load(i + 1), load(i + 2), load(i + 3)};
+    ((sums[entry] += left[entry / width] * load(j + entry % width)), ...);
   }
-  double added[16];
+  alignas(64) double added[sizeof...(entry)];
   Lanes<T>::sums(sums, added);
   for (std::size_t a = 0; a < 4; ++a) {
-    for (std::size_t b = 0; b < 4; ++b) matrix[(i + a) * mostRows + j + b] += added[4 * a + b];
+    for (std::size_t b = 0; b < width; ++b) {
+      matrix[(i + a) * mostRows + j + b] += added[width * a + b];
+    }
   }
 }
 
 template <typename T>
 void addProducts(const BatchRows& rows, std::size_t count, std::size_t lanes, double* matrix) {
+  constexpr std::size_t width = tileWidth<T>;
   for (std::size_t i = 0; i < count; i += 4) {
-    for (std::size_t j = 0; j <= i; j += 4) addTile<T>(rows, i, j, lanes, matrix);
+    for (std::size_t j = 0; j < i + 4; j += width) {
+      addTile<T>(rows, i, j, lanes, matrix, std::make_index_sequence<4 * width>());
+    }
   }
 }
 
