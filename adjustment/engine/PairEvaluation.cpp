@@ -226,7 +226,7 @@ PairEvaluation::Totals PairEvaluation::totals(const Asked& asked, int threads) c
 CondensedRows PairEvaluation::condensed(const Asked& asked, int threads) const {
   Totals total = totals(asked, threads);
   const Columns columns{asked, setup_.used};
-  CondensedRows condensed{columns.places(), {}};
+  CondensedRows condensed{columns.places(), {}, total.twiceCost};
   if (!total.products.allFinite() || !std::isfinite(total.twiceCost)) return condensed;
   const auto size = static_cast<Eigen::Index>(condensed.columns.size());
   total.products(size, size) = total.twiceCost;

@@ -41,6 +41,7 @@ struct CondensedRows {
   std::vector<Columns::Place> columns;  ///< which unknown each column of F belongs to
   Eigen::MatrixXd rows;  ///< [F f], at most as many rows as columns; empty where a residual is not
                          ///< finite
+  double twiceCost = 0.0;  ///< Σ ρ(r²)
 };
 
 /// The correspondences of a pair of sections at certain values of the unknowns. It keeps

@@ -41,9 +41,9 @@ bool CondensedCostFunction::Evaluate(double const* const* parameters, double* re
   const auto unknowns = unknownsOf(parameters);
   const auto asked = askedBlocks(jacobians, parameter_block_sizes().size());
   if (std::find(asked.begin(), asked.end(), true) == asked.end()) {
-    return putCost(evaluation, unknowns, residuals);
+    return putCost(twiceCost(evaluation, unknowns), residuals);
   }
-  return putRows(evaluation, unknowns, asked, residuals, jacobians);
+  return putRows(condensed(evaluation, unknowns, asked), asked, residuals, jacobians);
 }
 
 std::vector<double> CondensedCostFunction::unknownsOf(double const* const* parameters) const {
@@ -54,29 +54,53 @@ std::vector<double> CondensedCostFunction::unknownsOf(double const* const* param
   return unknowns;
 }
 
-bool CondensedCostFunction::putCost(const PairEvaluation& evaluation,
-                                    const std::vector<double>& unknowns, double* residuals) const {
-  if (unknowns != lastCost_.unknowns) {
-    lastCost_ = {unknowns, evaluation.twiceCost(run_->threads)};
+/// From those of the last derivatives on.
+bool CondensedCostFunction::isStepOfSeveralBlocks(const std::vector<double>& unknowns) const {
+  if (kept_.unknowns.empty()) return false;
+  int changed = 0;
+  auto from = unknowns.cbegin(), known = kept_.unknowns.cbegin();
+  for (const int size : parameter_block_sizes()) {
+    changed += std::equal(from, from + size, known) ? 0 : 1;
+    from += size;
+    known += size;
   }
-  std::fill_n(residuals, num_residuals(), 0.0);
-  residuals[0] = std::sqrt(lastCost_.twiceCost);
-  return std::isfinite(lastCost_.twiceCost);
+  return changed > 1;
 }
 
-bool CondensedCostFunction::putRows(const PairEvaluation& evaluation,
-                                    const std::vector<double>& unknowns,
-                                    const PairEvaluation::Asked& asked, double* residuals,
-                                    double** jacobians) const {
-  auto& [known, blocks, condensed] = lastRows_;
+double CondensedCostFunction::twiceCost(const PairEvaluation& evaluation,
+                                        const std::vector<double>& unknowns) const {
+  if (isStepOfSeveralBlocks(unknowns)) condensed(evaluation, unknowns, kept_.blocks);
+  if (unknowns == kept_.unknowns) return kept_.condensed.twiceCost;
+  if (unknowns != kept_.costUnknowns) {
+    kept_.twiceCost = evaluation.twiceCost(run_->threads);
+    kept_.costUnknowns = unknowns;
+  }
+  return kept_.twiceCost;
+}
+
+const CondensedRows& CondensedCostFunction::condensed(const PairEvaluation& evaluation,
+                                                      const std::vector<double>& unknowns,
+                                                      const Asked& asked) const {
+  auto& blocks = kept_.blocks;
   const bool isCovered =
       std::equal(asked.begin(), asked.end(), blocks.begin(), std::less_equal<>());
-  if (!isCovered || unknowns != known) {
+  if (!isCovered || unknowns != kept_.unknowns) {
     std::transform(asked.begin(), asked.end(), blocks.begin(), blocks.begin(), std::logical_or<>());
-    condensed = evaluation.condensed(blocks, run_->threads);
-    known = unknowns;
+    kept_.condensed = evaluation.condensed(blocks, run_->threads);
+    kept_.unknowns = unknowns;
   }
-  const auto& [columns, factor] = condensed;
+  return kept_.condensed;
+}
+
+bool CondensedCostFunction::putCost(double twiceCost, double* residuals) const {
+  std::fill_n(residuals, num_residuals(), 0.0);
+  residuals[0] = std::sqrt(twiceCost);
+  return std::isfinite(twiceCost);
+}
+
+bool CondensedCostFunction::putRows(const CondensedRows& condensed, const Asked& asked,
+                                    double* residuals, double** jacobians) const {
+  const auto& [columns, factor, unused] = condensed;
   if (factor.cols() == 0) return false;
   // Pivots beyond the number of correspondences are rounding.
   const Eigen::Index rows = std::min<Eigen::Index>(factor.rows(), num_residuals());

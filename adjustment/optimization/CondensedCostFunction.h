@@ -24,10 +24,11 @@ struct CondensedRun {
 /// rows as it has columns, in place of the many rows of J. Cost, gradient and Gauss-Newton's matrix
 /// are those of the single residuals, and so is the solver's path.
 ///
-/// The solver's inner iterations ask for the derivatives by one block of unknowns after the other,
-/// mostly at the same unknowns: at the first of these, those by all blocks that it ever asked for
-/// are computed and kept, since some columns of F serve for these columns of J. So an evaluation
-/// must have ended before the next one begins.
+/// The solver asks for the cost of a step, and if it takes it, for the derivatives there; in inner
+/// iterations it asks for those by one block of unknowns after the other, mostly at the same
+/// unknowns. So where a step of several blocks leads, all derivatives that were ever asked for are
+/// computed together with the cost, and kept: some columns of F serve for these columns of J. An
+/// evaluation must have ended before the next one begins.
 class CondensedCostFunction : public ceres::CostFunction {
  public:
   /// @param pair  of the run's store
@@ -42,26 +43,29 @@ class CondensedCostFunction : public ceres::CostFunction {
   const SectionPair& pair() const { return pair_; }
 
  private:
-  struct Cost {
+  using Asked = PairEvaluation::Asked;
+
+  /// The last evaluation with derivatives, and by which blocks; and the last one without.
+  struct Kept {
     std::vector<double> unknowns;
-    double twiceCost;
-  };
-  struct Rows {
-    std::vector<double> unknowns;
-    PairEvaluation::Asked blocks;
+    Asked blocks;
     CondensedRows condensed;
+    std::vector<double> costUnknowns;
+    double twiceCost;
   };
 
   std::vector<double> unknownsOf(double const* const* parameters) const;
-  bool putCost(const PairEvaluation& evaluation, const std::vector<double>& unknowns,
-               double* residuals) const;
-  bool putRows(const PairEvaluation& evaluation, const std::vector<double>& unknowns,
-               const PairEvaluation::Asked& asked, double* residuals, double** jacobians) const;
+  bool isStepOfSeveralBlocks(const std::vector<double>& unknowns) const;
+  double twiceCost(const PairEvaluation& evaluation, const std::vector<double>& unknowns) const;
+  const CondensedRows& condensed(const PairEvaluation& evaluation,
+                                 const std::vector<double>& unknowns, const Asked& asked) const;
+  bool putCost(double twiceCost, double* residuals) const;
+  bool putRows(const CondensedRows& condensed, const Asked& asked, double* residuals,
+               double** jacobians) const;
 
   std::shared_ptr<const CondensedRun> run_;
   const SectionPair& pair_;
-  mutable Cost lastCost_{};
-  mutable Rows lastRows_{};
+  mutable Kept kept_{};
 };
 
 }  // namespace Velorn
