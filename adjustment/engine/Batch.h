@@ -6,10 +6,11 @@
 #pragma once
 
 #include "adjustment/engine/Columns.h"
+#include "adjustment/engine/LocalPlace.h"
 
 namespace Velorn {
 
-inline constexpr std::size_t batchSize = 64;
+inline constexpr std::size_t batchSize = 128;
 inline constexpr std::size_t lanesAtOnce = 8;  ///< counts of a batch are filled up to a multiple
 /// Columns, the residual, one further column, filled up to a multiple of four.
 inline constexpr std::size_t mostRows = mostColumns + 4;
@@ -28,6 +29,7 @@ struct alignas(64) BatchSide {
 /// Correspondences of two sections and of one class. Those beyond the count, up to a multiple of
 /// lanesAtOnce, have a zero normal and are otherwise like another one.
 struct alignas(64) Batch {
+  const LocalPlace* place;  ///< near all of them; may be null
   std::array<BatchSide, 2> sides;
   std::array<BatchArray, 3> normal;
   std::size_t count = 0;

@@ -21,7 +21,8 @@ struct CorrespondenceRecord {
   MeasurementRecord first, second;
   std::array<double, 3> normal;                 ///< of the surface, as stored
   std::uint32_t firstInterval, secondInterval;  ///< of PoseIntervals
+  std::uint32_t place;                          ///< of LocalPlaces
 };
-static_assert(sizeof(CorrespondenceRecord) == 96);
+static_assert(sizeof(CorrespondenceRecord) == 104);
 
 }  // namespace Velorn

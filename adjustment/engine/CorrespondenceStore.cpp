@@ -10,6 +10,7 @@
 #include "adjustment/correspondence/ClassCode.h"
 #include "adjustment/georef/PhysicalSpace.h"
 #include "platform/tessaly/PolarCoordinates.h"
+#include <velorn/Trajectory.h>
 
 namespace Velorn {
 namespace {
@@ -60,12 +61,20 @@ std::size_t SectionPair::size() const {
   return sum;
 }
 
+CorrespondenceStore::CorrespondenceStore(const Trajectory& trajectory, std::vector<double> weights,
+                                         bool isReportingOfTimes, std::vector<double> factors)
+    : weights_(std::move(weights)),
+      factors_(std::move(factors)),
+      intervals_(trajectory, isReportingOfTimes),
+      projection_(projectionOf(trajectory.getMercator())),
+      places_(projection_) {}
+
 void CorrespondenceStore::addPair(const Side& first, const Side& second) {
   SectionPair& pair = pairOf(first.section, &second.section);
   runOf(pair, first.being.classification)
       .records.push_back({recordOf(first.being), recordOf(second.being),
                           arrayOf(vectorOf(first.being.normal)), intervalOf(first, pair),
-                          intervalOf(second, pair)});
+                          intervalOf(second, pair), LocalPlaces::none});
 }
 
 void CorrespondenceStore::addGroundTruth(const Side& first,
@@ -74,7 +83,7 @@ void CorrespondenceStore::addGroundTruth(const Side& first,
   const MeasurementRecord fixed{arrayOf(vectorOf(groundTruth)), 0.0};
   runOf(pair, first.being.classification)
       .records.push_back({recordOf(first.being), fixed, arrayOf(vectorOf(first.being.normal)),
-                          intervalOf(first, pair), 0});
+                          intervalOf(first, pair), 0, LocalPlaces::none});
 }
 
 void CorrespondenceStore::weigh(std::vector<double> weights, std::vector<double> factors) {
@@ -94,7 +103,7 @@ double CorrespondenceStore::factorOf(std::size_t classIndex) const {
 }
 
 void CorrespondenceStore::close() {
-  places_.clear();
+  numbers_.clear();
   intervals_.close();
   for (auto& pair : pairs_) {
     for (auto& run : pair.runs) {
@@ -102,6 +111,7 @@ void CorrespondenceStore::close() {
       std::stable_sort(run.records.begin(), run.records.end(),
                        [](const auto& a, const auto& b) { return a.first.time < b.first.time; });
       run.chunks = chunksOf(run.records);
+      putPlaces(run);
     }
     pair.middles[0] = middleOf(pair, &CorrespondenceRecord::first) - pair.first.t;
     if (pair.second) {
@@ -110,13 +120,23 @@ void CorrespondenceStore::close() {
   }
 }
 
+void CorrespondenceStore::putPlaces(ClassRun& run) {
+  std::uint32_t last = LocalPlaces::none;
+  for (auto& record : run.records) {
+    const auto& [polar, time] = record.first;
+    Vector3<double> ground = intervals_[record.firstInterval].at(time).position;
+    ground[2] -= polar[0];
+    record.place = last = places_.near(ground, last);
+  }
+}
+
 SectionPair& CorrespondenceStore::pairOf(const Section& first, const Section* second) {
-  const auto [place, isNew] = places_.try_emplace(
+  const auto [entry, isNew] = numbers_.try_emplace(
       {first.sectionID, second ? second->sectionID : groundTruthKey}, pairs_.size());
   if (isNew) {
     pairs_.push_back({first, second ? std::optional(*second) : std::nullopt, {}, {}, {}});
   }
-  return pairs_[place->second];
+  return pairs_[entry->second];
 }
 
 ClassRun& CorrespondenceStore::runOf(SectionPair& pair, std::uint8_t classCode) {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "adjustment/engine/CorrespondenceRecord.h"
+#include "adjustment/engine/LocalPlaces.h"
 #include "adjustment/engine/PoseIntervals.h"
 #include <velorn/Section.h>
 #include <velorn/SphericalBeing.h>
@@ -64,10 +65,7 @@ class CorrespondenceStore {
   /// @param isReportingOfTimes   as Trajectory::interpolateTrajectory
   /// @param factors              of the costs, by class code − 10; those that are missing are one
   CorrespondenceStore(const Trajectory& trajectory, std::vector<double> weights,
-                      bool isReportingOfTimes, std::vector<double> factors = {})
-      : weights_(std::move(weights)),
-        factors_(std::move(factors)),
-        intervals_(trajectory, isReportingOfTimes) {}
+                      bool isReportingOfTimes, std::vector<double> factors = {});
 
   void addPair(const Side& first, const Side& second);
   void addGroundTruth(const Side& first, const Geomra::PhysicalSpace::point& groundTruth);
@@ -81,17 +79,22 @@ class CorrespondenceStore {
   /// In the order in which the first of their correspondences came.
   const std::vector<SectionPair>& pairs() const { return pairs_; }
   const PoseIntervals& intervals() const { return intervals_; }
+  const LocalPlaces& places() const { return places_; }
+  const Projection& projection() const { return projection_; }  ///< of the trajectory
 
  private:
   SectionPair& pairOf(const Section& first, const Section* second);
   ClassRun& runOf(SectionPair& pair, std::uint8_t classCode);
   double factorOf(std::size_t classIndex) const;
   std::uint32_t intervalOf(const Side& side, SectionPair& pair);
+  void putPlaces(ClassRun& run);
 
   std::vector<double> weights_, factors_;
   PoseIntervals intervals_;
+  Projection projection_;
+  LocalPlaces places_;
   std::vector<SectionPair> pairs_;
-  std::map<std::pair<std::uint32_t, std::uint64_t>, std::size_t> places_;  // by section numbers
+  std::map<std::pair<std::uint32_t, std::uint64_t>, std::size_t> numbers_;  // by section numbers
 };
 
 }  // namespace Velorn

@@ -6,12 +6,15 @@
 // all processors.
 #pragma once
 
+#include <utility>
+
 #include "adjustment/engine/Batch.h"
+#include "adjustment/engine/LocalEarth.h"
 
 namespace Velorn {
 
-/// How a scalar is read and written: `count` of its lanes, load, store, select, sum of the lanes,
-/// and sums of sixteen.
+/// How a scalar is read and written: `count` of its lanes, load, store, select, whether a condition
+/// holds in all lanes, sum of the lanes, and sums of several.
 template <typename T>
 struct Lanes;
 
@@ -53,21 +56,28 @@ struct Unknowns {
   std::array<SectionCorrections<T>, 2> corrections;
 };
 
+/// Projected coordinates off the centre that the earth computes with.
+template <typename T, typename Earth>
+Vector3<T> offCentre(const Vector3<T>& projected, const Earth& earth) {
+  const double* const centre = earth.centre();
+  return projected - Vector3<T>(T(centre[0]), T(centre[1]), T(centre[2]));
+}
+
 /// One side of some correspondences.
-template <typename T>
+template <typename T, typename Earth>
 struct Side {
-  Side(const BatchSetup& setup, const Unknowns<T>& unknowns, const Batch& batch, std::size_t side,
-       std::size_t lane)
+  Side(const BatchSetup& setup, const Unknowns<T>& unknowns, const Earth& earth, const Batch& batch,
+       std::size_t side, std::size_t lane)
       : polar(loaded<T>(batch.sides[side].polar, lane)),
         dt(Lanes<T>::load(&batch.sides[side].dt[lane])),
         time(Lanes<T>::load(&batch.sides[side].time[lane])),
         isPositionAsked(setup.columns.isAsked[sectionBlocks + 2 * side]),
         chain(correctedPolarForm(polar, unknowns.offsets, unknowns.scales),
-              correctedPose(Pose<T>{loaded<T>(batch.sides[side].position, lane),
+              correctedPose(Pose<T>{offCentre(loaded<T>(batch.sides[side].position, lane), earth),
                                     loaded<T>(batch.sides[side].attitude, lane)},
                             unknowns.corrections[side].position.data(),
                             unknowns.corrections[side].angles.data(), setup.used[side], dt),
-              unknowns.misalignment, unknowns.leverArm, *setup.projection) {}
+              unknowns.misalignment, unknowns.leverArm, earth) {}
 
   SideDerivatives<T> derivatives(const Vector3<T>& by) const {
     return {chain.gradient(by, isPositionAsked), polar, time};
@@ -76,7 +86,7 @@ struct Side {
   Vector3<T> polar;
   T dt, time;
   bool isPositionAsked;
-  PointChain<T> chain;
+  PointChain<T, Earth> chain;
 };
 
 /// Huber's function ρ with its corner at 1, of the square of a residual, and the square root of its
@@ -107,16 +117,32 @@ Vector3<T> weightedNormal(const BatchSetup& setup, const Batch& batch, std::size
   return loaded<T>(batch.normal, lane) * T(setup.weight);
 }
 
-/// @return ρ(r²)
+/// Σ ρ(r²) of some lanes, and whether the earth was good for all of them.
 template <typename T>
-T costOfLanes(const BatchSetup& setup, const Unknowns<T>& unknowns, const Batch& batch,
-              std::size_t lane) {
+struct LanesCost {
+  T loss;
+  bool isServed;
+};
+
+template <typename T, typename Earth>
+bool isServed(const Side<T, Earth>& side) {
+  if constexpr (Earth::isLocal) return Lanes<T>::all(side.chain.isNear());
+  return true;
+}
+
+template <typename T, typename Earth>
+LanesCost<T> costOfLanes(const BatchSetup& setup, const Unknowns<T>& unknowns, const Earth& earth,
+                         const Batch& batch, std::size_t lane) {
   const Vector3<T> normal = weightedNormal<T>(setup, batch, lane);
-  const Vector3<T> first = Side<T>(setup, unknowns, batch, 0, lane).chain.world();
-  const Vector3<T> second = setup.isGroundTruth
-                                ? loaded<T>(batch.sides[1].polar, lane)
-                                : Side<T>(setup, unknowns, batch, 1, lane).chain.world();
-  return Robust<T>(residual(normal, first, second), setup.hasHuber).loss;
+  const Side<T, Earth> first(setup, unknowns, earth, batch, 0, lane);
+  const auto loss = [&](const Vector3<T>& second) {
+    return Robust<T>(residual(normal, first.chain.world(), second), setup.hasHuber).loss;
+  };
+  if (setup.isGroundTruth) {
+    return {loss(offCentre(loaded<T>(batch.sides[1].polar, lane), earth)), isServed(first)};
+  }
+  const Side<T, Earth> second(setup, unknowns, earth, batch, 1, lane);
+  return {loss(second.chain.world()), isServed(first) && isServed(second)};
 }
 
 /// Writes the rows' entries from a lane on.
@@ -132,12 +158,11 @@ class RowWriter {
   std::size_t lane_, row_ = 0;
 };
 
-/// @return ρ(r²)
-template <typename T>
-T rowsOfLanes(const BatchSetup& setup, const Unknowns<T>& unknowns, const Batch& batch,
-              std::size_t lane, BatchRows& rows) {
+template <typename T, typename Earth>
+LanesCost<T> rowsOfLanes(const BatchSetup& setup, const Unknowns<T>& unknowns, const Earth& earth,
+                         const Batch& batch, std::size_t lane, BatchRows& rows) {
   const Vector3<T> normal = weightedNormal<T>(setup, batch, lane);
-  const Side<T> first(setup, unknowns, batch, 0, lane);
+  const Side<T, Earth> first(setup, unknowns, earth, batch, 0, lane);
   RowWriter<T> writer(rows, lane);
   const auto put = [&](const T& value) { writer.put(value); };
   const auto finish = [&](const T& r, const Robust<T>& robust) {
@@ -146,64 +171,99 @@ T rowsOfLanes(const BatchSetup& setup, const Unknowns<T>& unknowns, const Batch&
     return robust.loss;
   };
   if (setup.isGroundTruth) {
-    const T r = residual(normal, first.chain.world(), loaded<T>(batch.sides[1].polar, lane));
+    const T r = residual(normal, first.chain.world(),
+                         offCentre(loaded<T>(batch.sides[1].polar, lane), earth));
     const Robust<T> robust(r, setup.hasHuber);
     putDerivatives<T>(setup.columns, first.derivatives(normal * T(-robust.factor)), nullptr, put);
-    return finish(r, robust);
+    return {finish(r, robust), isServed(first)};
   }
-  const Side<T> second(setup, unknowns, batch, 1, lane);
+  const Side<T, Earth> second(setup, unknowns, earth, batch, 1, lane);
   const T r = residual(normal, first.chain.world(), second.chain.world());
   const Robust<T> robust(r, setup.hasHuber);
   const auto ofSecond = second.derivatives(normal * robust.factor);
   putDerivatives<T>(setup.columns, first.derivatives(normal * T(-robust.factor)), &ofSecond, put);
-  return finish(r, robust);
+  return {finish(r, robust), isServed(first) && isServed(second)};
+}
+
+/// Σ of what `ofLanes` gives for the lanes of a batch; ends where the earth was not good for one.
+/// @return whether it was for all
+template <typename T, typename OfLanes>
+bool sumOver(const Batch& batch, double& total, const OfLanes& ofLanes) {
+  T sum(0.0);
+  for (std::size_t lane = 0; lane < batch.filled(); lane += Lanes<T>::count) {
+    const LanesCost<T> cost = ofLanes(lane);
+    if (!cost.isServed) return false;
+    sum += cost.loss;
+  }
+  total = Lanes<T>::sum(sum);
+  return true;
+}
+
+/// By the polynomials about the batch's place, or where they are not good, by the formulas.
+/// @param work  called with the earth, and as often as needed
+template <typename Work>
+void onEarth(const BatchSetup& setup, const Batch& batch, const Work& work) {
+  if (batch.place && work(LocalEarth(*batch.place))) return;
+  work(ExactEarth(*setup.projection));
 }
 
 template <typename T>
 double cost(const BatchSetup& setup, const Batch& batch) {
   const Unknowns<T> unknowns(setup);
-  T sum(0.0);
-  for (std::size_t lane = 0; lane < batch.filled(); lane += Lanes<T>::count) {
-    sum += costOfLanes(setup, unknowns, batch, lane);
-  }
-  return Lanes<T>::sum(sum);
+  double total = 0.0;
+  onEarth(setup, batch, [&](const auto& earth) {
+    return sumOver<T>(batch, total, [&](std::size_t lane) {
+      return costOfLanes(setup, unknowns, earth, batch, lane);
+    });
+  });
+  return total;
 }
 
 template <typename T>
 double rows(const BatchSetup& setup, const Batch& batch, BatchRows& rows) {
   const Unknowns<T> unknowns(setup);
-  T sum(0.0);
-  for (std::size_t lane = 0; lane < batch.filled(); lane += Lanes<T>::count) {
-    sum += rowsOfLanes(setup, unknowns, batch, lane, rows);
-  }
-  return Lanes<T>::sum(sum);
+  double total = 0.0;
+  onEarth(setup, batch, [&](const auto& earth) {
+    return sumOver<T>(batch, total, [&](std::size_t lane) {
+      return rowsOfLanes(setup, unknowns, earth, batch, lane, rows);
+    });
+  });
+  return total;
 }
 
-/// The products of four rows with four rows.
+/// How many rows a tile of products takes four others with: its sums fill half of the registers.
 template <typename T>
-void addTile(const BatchRows& rows, std::size_t i, std::size_t j, std::size_t lanes,
-             double* matrix) {
-  T sums[16];
-  for (auto& sum : sums) sum = T(0.0);
+inline constexpr std::size_t tileWidth = Lanes<T>::count > 4 ? 4 : 2;
+
+/// The products of four rows with some others. Every index is a constant, so that all sums stay in
+/// registers.
+template <typename T, std::size_t... entry>
+VELORN_INLINE void addTile(const BatchRows& rows, std::size_t i, std::size_t j, std::size_t lanes,
+                           double* matrix, std::index_sequence<entry...> /*of the tile*/) {
+  constexpr std::size_t width = tileWidth<T>;
+  T sums[] = {(static_cast<void>(entry), T(0.0))...};
   for (std::size_t lane = 0; lane < lanes; lane += Lanes<T>::count) {
-    const auto load = [&](std::size_t row) { return Lanes<T>::load(&rows.rows[row][lane]); };
-    const T right[4] = {load(j), load(j + 1), load(j + 2), load(j + 3)};
-    for (std::size_t a = 0; a < 4; ++a) {
-      const T left = load(i + a);
-      for (std::size_t b = 0; b < 4; ++b) sums[4 * a + b] += left * right[b];
-    }
+    const auto load = [&](std::size_t row)
+                          VELORN_INLINE_LAMBDA { return Lanes<T>::load(&rows.rows[row][lane]); };
+    const T left[] = {load(i), load(i + 1), load(i + 2), load(i + 3)};
+    ((sums[entry] += left[entry / width] * load(j + entry % width)), ...);
   }
-  double added[16];
+  alignas(64) double added[sizeof...(entry)];
   Lanes<T>::sums(sums, added);
   for (std::size_t a = 0; a < 4; ++a) {
-    for (std::size_t b = 0; b < 4; ++b) matrix[(i + a) * mostRows + j + b] += added[4 * a + b];
+    for (std::size_t b = 0; b < width; ++b) {
+      matrix[(i + a) * mostRows + j + b] += added[width * a + b];
+    }
   }
 }
 
 template <typename T>
 void addProducts(const BatchRows& rows, std::size_t count, std::size_t lanes, double* matrix) {
+  constexpr std::size_t width = tileWidth<T>;
   for (std::size_t i = 0; i < count; i += 4) {
-    for (std::size_t j = 0; j <= i; j += 4) addTile<T>(rows, i, j, lanes, matrix);
+    for (std::size_t j = 0; j < i + 4; j += width) {
+      addTile<T>(rows, i, j, lanes, matrix, std::make_index_sequence<4 * width>());
+    }
   }
 }
 

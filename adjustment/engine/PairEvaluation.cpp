@@ -47,6 +47,14 @@ void completeUpper(Eigen::MatrixXd& symmetric) {
   symmetric.triangularView<Eigen::StrictlyUpper>() = symmetric.transpose();
 }
 
+/// The first records that make a batch: those near one place.
+std::span<const CorrespondenceRecord> batchOf(std::span<const CorrespondenceRecord> records) {
+  const std::size_t most = std::min(batchSize, records.size());
+  std::size_t count = 1;
+  while (count < most && records[count].place == records.front().place) ++count;
+  return records.first(count);
+}
+
 /// Lanes beyond the count are like the last one, without a normal.
 void fillUp(Batch& batch) {
   for (std::size_t lane = batch.count; lane < batch.filled(); ++lane) {
@@ -76,8 +84,7 @@ struct PairEvaluation::Totals {
 };
 
 PairEvaluation::PairEvaluation(const CorrespondenceStore& store, const SectionPair& pair,
-                               const Projection& projection, const double* const* unknowns,
-                               const BatchKernel& kernel)
+                               const double* const* unknowns, const BatchKernel& kernel)
     : store_(store),
       pair_(pair),
       kernel_(kernel),
@@ -90,7 +97,7 @@ PairEvaluation::PairEvaluation(const CorrespondenceStore& store, const SectionPa
                                          : SectionCorrections<double>{}},
              .used = {usedPowers(pair.first.type),
                       pair.second ? usedPowers(pair.second->type) : UsedPowers{0, 0}},
-             .projection = &projection,
+             .projection = &store.projection(),
              .isGroundTruth = !pair.second,
              .weight = 0.0,
              .hasHuber = false,
@@ -124,6 +131,7 @@ std::vector<PairEvaluation::Piece> PairEvaluation::pieces() const {
 
 void PairEvaluation::load(std::span<const CorrespondenceRecord> records, Batch& batch) const {
   batch.count = records.size();
+  batch.place = store_.places()[records.front().place];
   const auto& intervals = store_.intervals();
   for (std::size_t lane = 0; lane < records.size(); ++lane) {
     const auto& record = records[lane];
@@ -144,8 +152,8 @@ double PairEvaluation::twiceCost(const Piece& piece) const {
   const BatchSetup setup = setupOf(*piece.run, {});
   Batch batch;
   double sum = 0.0;
-  for (std::size_t first = 0; first < piece.records.size(); first += batchSize) {
-    load(piece.records.subspan(first, std::min(batchSize, piece.records.size() - first)), batch);
+  for (auto left = piece.records; !left.empty(); left = left.subspan(batch.count)) {
+    load(batchOf(left), batch);
     sum += kernel_.cost(setup, batch);
   }
   return sum * piece.run->factor;
@@ -177,8 +185,8 @@ double PairEvaluation::addTo(Eigen::MatrixXd& products, const BatchSetup& setup,
   for (std::size_t row = taken; row < filledUp; ++row) rows.rows[row].fill(0.0);
   Products sums = Products::Zero();
   double twiceCost = 0.0;
-  for (std::size_t first = 0; first < records.size(); first += batchSize) {
-    load(records.subspan(first, std::min(batchSize, records.size() - first)), batch);
+  for (std::size_t first = 0; first < records.size(); first += batch.count) {
+    load(batchOf(records.subspan(first)), batch);
     twiceCost += kernel_.rows(setup, batch, rows);
     if (!further.empty()) {
       auto& row = rows.rows[columns + 1];
@@ -220,7 +228,7 @@ PairEvaluation::Totals PairEvaluation::totals(const Asked& asked, int threads) c
 CondensedRows PairEvaluation::condensed(const Asked& asked, int threads) const {
   Totals total = totals(asked, threads);
   const Columns columns{asked, setup_.used};
-  CondensedRows condensed{columns.places(), {}};
+  CondensedRows condensed{columns.places(), {}, total.twiceCost};
   if (!total.products.allFinite() || !std::isfinite(total.twiceCost)) return condensed;
   const auto size = static_cast<Eigen::Index>(condensed.columns.size());
   total.products(size, size) = total.twiceCost;

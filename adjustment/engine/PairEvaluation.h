@@ -5,7 +5,7 @@
 // unknowns. With the Jacobian J of the residuals r = w u · (Q − P), and Huber's function acting as
 // the solver's corrector lets it (rows times sqrt(ρ'), which is 1 without it):
 //
-//     const PairEvaluation evaluation(store, pair, projection, unknowns);
+//     const PairEvaluation evaluation(store, pair, unknowns);
 //     const NormalSums sums = evaluation.sums(run, chunk, everyBlock);   // J'J, J'r, r'r, Σ ρ(r²)
 //
 // The result is the same to the last bit for any number of threads.
@@ -41,6 +41,7 @@ struct CondensedRows {
   std::vector<Columns::Place> columns;  ///< which unknown each column of F belongs to
   Eigen::MatrixXd rows;  ///< [F f], at most as many rows as columns; empty where a residual is not
                          ///< finite
+  double twiceCost = 0.0;  ///< Σ ρ(r²)
 };
 
 /// The correspondences of a pair of sections at certain values of the unknowns. It keeps
@@ -54,8 +55,7 @@ class PairEvaluation {
   /// @param unknowns  the blocks of Columns.h, six of them for the ground truth, eight otherwise
   /// @param kernel    how to compute; all kernels agree but for rounding
   PairEvaluation(const CorrespondenceStore& store, const SectionPair& pair,
-                 const Projection& projection, const double* const* unknowns,
-                 const BatchKernel& kernel = batchKernels().front());
+                 const double* const* unknowns, const BatchKernel& kernel = batchKernels().front());
 
   /// Σ ρ(r²) of all correspondences.
   double twiceCost(int threads) const;

@@ -11,9 +11,11 @@ struct Lanes<double> {
   static double load(const double* from) { return *from; }
   static void store(double value, double* to) { *to = value; }
   static double select(bool condition, double yes, double no) { return condition ? yes : no; }
+  static bool all(bool condition) { return condition; }
   static double sum(double value) { return value; }
-  static void sums(const double* values, double* to) {
-    for (std::size_t i = 0; i < 16; ++i) to[i] = values[i];
+  template <std::size_t number>
+  static void sums(const double (&values)[number], double* to) {
+    for (std::size_t i = 0; i < number; ++i) to[i] = values[i];
   }
 };
 

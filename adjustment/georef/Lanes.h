@@ -10,8 +10,7 @@
 #include <cstring>
 #include <type_traits>
 
-#define VELORN_INLINE __attribute__((always_inline)) inline
-#define VELORN_INLINE_LAMBDA __attribute__((always_inline))
+#include "adjustment/georef/Polynomials.h"
 
 namespace Velorn::OnLanes {
 
@@ -36,11 +35,6 @@ template <typename L>
 constexpr std::size_t lanesOf = sizeof(L) / sizeof(double);
 
 template <typename L>
-VELORN_INLINE L all(double value) {
-  return L{} + value;
-}
-
-template <typename L>
 VELORN_INLINE L squareRoot(const L& a) {
   L root;
   for (std::size_t i = 0; i < lanesOf<L>; ++i) root[i] = __builtin_sqrt(a[i]);
@@ -58,44 +52,6 @@ template <typename L>
 VELORN_INLINE void store(double* to, const L& value) {
   std::memcpy(to, &value, sizeof value);
 }
-
-/// k[0] + k[1] x + ...
-template <std::size_t degree, typename L>
-VELORN_INLINE L rising(const double* k, const L& x) {
-  L sum = all<L>(k[degree]);
-  for (std::size_t m = degree; m-- > 0;) sum = sum * x + k[m];
-  return sum;
-}
-
-/// Coefficients in the order of LocalPolynomials.
-/// @{
-template <std::size_t degree, typename L>
-VELORN_INLINE L falling(const double* k, const L& x) {
-  L sum = all<L>(k[0]);
-  for (std::size_t m = 1; m <= degree; ++m) sum = sum * x + k[m];
-  return sum;
-}
-
-template <std::size_t degree, typename L>
-VELORN_INLINE L falling(const double* k, const L& x, const L& y) {
-  if constexpr (degree == 0) {
-    return all<L>(k[0]);
-  } else {
-    // The coefficients of lower m, but with the powers of x one lower.
-    return falling<degree - 1>(k, x, y) * x + falling<degree>(k + degree * (degree + 1) / 2, y);
-  }
-}
-
-template <std::size_t degree, typename L>
-VELORN_INLINE L falling(const double* k, const L& x, const L& y, const L& z) {
-  if constexpr (degree == 0) {
-    return all<L>(k[0]);
-  } else {
-    return falling<degree - 1>(k, x, y, z) * x +
-           falling<degree>(k + degree * (degree + 1) * (degree + 2) / 6, y, z);
-  }
-}
-/// @}
 
 template <typename L>
 struct Turn {

@@ -8,8 +8,7 @@ namespace Velorn {
 
 /// A projection about a place, as polynomials of fourth degree: which projected coordinates belong
 /// to earth-centred ones, both as differences from the place's, and back. The coefficients of one
-/// result stand in the order in which they are needed: rising m is a falling power of the first
-/// variable, 4 − m, within it that of the second falls from m, and so on.
+/// result stand in the order of `falling` (Polynomials.h).
 struct LocalPolynomials {
   double centre[3];            ///< easting, northing, height of the place [m]
   double projected[3][35];     ///< of X, Y, Z [m] off the place

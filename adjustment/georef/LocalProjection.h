@@ -15,6 +15,7 @@
 
 namespace Velorn {
 
+struct LocalSeries;
 struct Projection;
 
 /// A cube of 512 m of projected coordinates: which place's polynomials serve the sensors in it.
@@ -29,6 +30,9 @@ bool isInZone(const Vector3<double>& projected, const Projection& projection);
 
 /// The polynomials about a projected point, which must be in the zone.
 LocalPolynomials polynomialsAbout(const Vector3<double>& centre, const Projection& projection);
+
+/// The same of the series about that point.
+LocalPolynomials polynomialsOf(const LocalSeries& series, const Vector3<double>& centre);
 
 /// Projected coordinates of earth-centred ones, both off the place [m].
 Vector3<double> projectedNear(const LocalPolynomials& local, const Vector3<double>& earthCentred);

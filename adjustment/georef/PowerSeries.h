@@ -92,6 +92,18 @@ class PowerSeries {
     return a * composed(f, b);
   }
 
+  /// By the variable of that number; the terms of highest degree are lost.
+  PowerSeries derivative(std::size_t number) const {
+    PowerSeries result;
+    for (std::size_t i = 1; i < terms; ++i) {
+      Exponents e = table.exponents[i];
+      if (e[number] == 0) continue;
+      const auto power = static_cast<double>(e[number]--);
+      result.k_[place(e)] = power * k_[i];
+    }
+    return result;
+  }
+
   friend PowerSeries sqrt(const PowerSeries& x) {
     Derivatives f{std::sqrt(x.k_[0])};
     for (std::size_t m = 1; m <= order; ++m) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 #include "platform/morvane/Console.h"
 
@@ -36,12 +37,70 @@ bool CondensedCostFunction::Evaluate(double const* const* parameters, double* re
     Morvane::Console::writeLine("CondensedCostFunction: " + pair_.fault);
     return false;
   }
-  const PairEvaluation evaluation(run_->store, pair_, run_->projection, parameters);
+  const PairEvaluation evaluation(run_->store, pair_, parameters);
+  const auto unknowns = unknownsOf(parameters);
   const auto asked = askedBlocks(jacobians, parameter_block_sizes().size());
   if (std::find(asked.begin(), asked.end(), true) == asked.end()) {
-    return evaluateCost(evaluation, residuals);
+    return putCost(twiceCost(evaluation, unknowns), residuals);
   }
-  const auto [columns, factor] = evaluation.condensed(asked, run_->threads);
+  return putRows(condensed(evaluation, unknowns, asked), asked, residuals, jacobians);
+}
+
+std::vector<double> CondensedCostFunction::unknownsOf(double const* const* parameters) const {
+  std::vector<double> unknowns;
+  for (std::size_t k = 0; k < parameter_block_sizes().size(); ++k) {
+    unknowns.insert(unknowns.end(), parameters[k], parameters[k] + blockSizes[k]);
+  }
+  return unknowns;
+}
+
+/// From those of the last derivatives on.
+bool CondensedCostFunction::isStepOfSeveralBlocks(const std::vector<double>& unknowns) const {
+  if (kept_.unknowns.empty()) return false;
+  int changed = 0;
+  auto from = unknowns.cbegin(), known = kept_.unknowns.cbegin();
+  for (const int size : parameter_block_sizes()) {
+    changed += std::equal(from, from + size, known) ? 0 : 1;
+    from += size;
+    known += size;
+  }
+  return changed > 1;
+}
+
+double CondensedCostFunction::twiceCost(const PairEvaluation& evaluation,
+                                        const std::vector<double>& unknowns) const {
+  if (isStepOfSeveralBlocks(unknowns)) condensed(evaluation, unknowns, kept_.blocks);
+  if (unknowns == kept_.unknowns) return kept_.condensed.twiceCost;
+  if (unknowns != kept_.costUnknowns) {
+    kept_.twiceCost = evaluation.twiceCost(run_->threads);
+    kept_.costUnknowns = unknowns;
+  }
+  return kept_.twiceCost;
+}
+
+const CondensedRows& CondensedCostFunction::condensed(const PairEvaluation& evaluation,
+                                                      const std::vector<double>& unknowns,
+                                                      const Asked& asked) const {
+  auto& blocks = kept_.blocks;
+  const bool isCovered =
+      std::equal(asked.begin(), asked.end(), blocks.begin(), std::less_equal<>());
+  if (!isCovered || unknowns != kept_.unknowns) {
+    std::transform(asked.begin(), asked.end(), blocks.begin(), blocks.begin(), std::logical_or<>());
+    kept_.condensed = evaluation.condensed(blocks, run_->threads);
+    kept_.unknowns = unknowns;
+  }
+  return kept_.condensed;
+}
+
+bool CondensedCostFunction::putCost(double twiceCost, double* residuals) const {
+  std::fill_n(residuals, num_residuals(), 0.0);
+  residuals[0] = std::sqrt(twiceCost);
+  return std::isfinite(twiceCost);
+}
+
+bool CondensedCostFunction::putRows(const CondensedRows& condensed, const Asked& asked,
+                                    double* residuals, double** jacobians) const {
+  const auto& [columns, factor, unused] = condensed;
   if (factor.cols() == 0) return false;
   // Pivots beyond the number of correspondences are rounding.
   const Eigen::Index rows = std::min<Eigen::Index>(factor.rows(), num_residuals());
@@ -52,19 +111,12 @@ bool CondensedCostFunction::Evaluate(double const* const* parameters, double* re
   }
   for (std::size_t i = 0; i < columns.size(); ++i) {
     const auto [block, entry] = columns[i];
+    if (!asked[block]) continue;
     for (Eigen::Index row = 0; row < rows; ++row) {
       jacobians[block][row * blockSizes[block] + entry] = factor(row, static_cast<Eigen::Index>(i));
     }
   }
   return true;
-}
-
-bool CondensedCostFunction::evaluateCost(const PairEvaluation& evaluation,
-                                         double* residuals) const {
-  const double twiceCost = evaluation.twiceCost(run_->threads);
-  std::fill_n(residuals, num_residuals(), 0.0);
-  residuals[0] = std::sqrt(twiceCost);
-  return std::isfinite(twiceCost);
 }
 
 }  // namespace Velorn

@@ -44,7 +44,6 @@ std::string readCondensed(const ProblemInputs& inputs, int threads,
   run = std::make_shared<CondensedRun>(
       CondensedRun{{inputs.trajectory, inputs.weights(), inputs.configuration.InterpolationFlag,
                     inputs.costFactors()},
-                   projectionOf(inputs.trajectory.getMercator()),
                    threads});
   groundTruth = 0;
   auto fault = walkPlacedCorrespondences(inputs, [&](const PlacedCorrespondence& correspondence) {

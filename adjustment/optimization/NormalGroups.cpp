@@ -82,7 +82,7 @@ void forEachPair(const ProblemInputs& inputs, const CondensedRun& run, const Use
     std::vector<Section> sections{pair.first};
     if (pair.second) sections.push_back(*pair.second);
     const auto blocks = parameterBlocks(inputs.parameters, sections);
-    use(PairEvaluation(run.store, pair, run.projection, blocks.data()), pair);
+    use(PairEvaluation(run.store, pair, blocks.data()), pair);
   }
 }
 

@@ -38,7 +38,7 @@ class Evaluated : public testing::Test {
 
   PairEvaluation evaluation(
       std::size_t pair, const Velorn::BatchKernel& kernel = Velorn::batchKernels().back()) const {
-    return {store, store.pairs()[pair], projection, unknowns().data(), kernel};
+    return {store, store.pairs()[pair], unknowns().data(), kernel};
   }
 
   /// Where an unknown stands in `values`.
@@ -50,7 +50,6 @@ class Evaluated : public testing::Test {
   static constexpr std::size_t count = 203;
   Route route;
   Velorn::Trajectory trajectory = trajectoryOf(route);
-  Velorn::Projection projection = Velorn::projectionOf(trajectory.getMercator());
   std::vector<double> values = someCorrections(2);
   Section sections[2] = {{Sec_Type::SPLINE, 0, 399990, 0, false, 0},
                          {Sec_Type::HYBRID, 1, 400000, 1, false, 0}};
@@ -74,6 +73,41 @@ TEST_F(Evaluated, HasChunksOfOneClassAndOneSecond) {
                                 std::floor(run.records[chunk.first].first.time));
     }
     EXPECT_EQ(next, run.records.size());
+  }
+}
+
+/// By the polynomials about a place, and where the two are far apart, by the formulas.
+TEST(PairEvaluation, HasTheResidualsOfWorldPointsHoweverFarApartTheirSensorsAre) {
+  const Route route{.speed = 600};
+  constexpr std::size_t count = 100;
+  constexpr double rounding = 5e-8;  // [m]; twice 2e-8 and 1e-12 of the distance
+  Points points(route, 2 * count);
+  const auto trajectory = trajectoryOf(route);
+  const auto values = someCorrections(1);
+  ASSERT_EQ(points.georeference(restoredModel({400000}, values), trajectory), "");
+  const double* const x = values.data();
+  const std::vector<const double*> unknowns{x + 24, x + 27, x + 30, x + 33, x, x + 12, x, x + 12};
+  const Section section{Sec_Type::SPLINE, 0, 400000, 0, false, 0};
+  const Geomra::PhysicalSpace::vector normal{0.6, -0.48, 0.64};
+  Velorn::CorrespondenceStore store(trajectory, {1}, true);
+  const auto being = [&](std::size_t i) {
+    return Velorn::SphericalBeing{{}, points.scanner[i], points.times[i], normal, {}, 10};
+  };
+  const auto partner = [](std::size_t i) { return 2 * count - 1 - i; };
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto first = being(i), second = being(partner(i));
+    store.addPair({first, week, section}, {second, week, section});
+  }
+  store.close();
+  const auto& pair = store.pairs().front();
+  for (const auto& kernel : Velorn::batchKernels()) {
+    const PairEvaluation evaluation(store, pair, unknowns.data(), kernel);
+    for (std::uint32_t i = 0; i < count; ++i) {
+      const auto &p = points.world[i], &q = points.world[partner(i)];
+      const double r = normal.x * (q.x - p.x) + normal.y * (q.y - p.y) + normal.z * (q.z - p.z);
+      const auto sums = evaluation.sums(pair.runs.front(), {i, 1}, {});
+      EXPECT_NEAR(std::sqrt(sums.twiceCost), std::abs(r), rounding) << kernel.name << " " << i;
+    }
   }
 }
 

@@ -24,6 +24,12 @@ struct Route {
   double speed = 60;                                          // [m/s]
   double rate = 200;                                          // of the trajectory [Hz]
   double start = 400000, seconds = 20;                        // [s of week]
+  bool isThereAndBack = false;                                // turns round in the middle
+
+  /// How far along it the aircraft is [m].
+  double along(double second) const {
+    return speed * (isThereAndBack ? std::min(second, seconds - second) : second);
+  }
 };
 
 inline Velorn::Trajectory trajectoryOf(const Route& route) {
@@ -31,8 +37,8 @@ inline Velorn::Trajectory trajectoryOf(const Route& route) {
   for (int i = 0; i <= static_cast<int>(route.seconds * route.rate); ++i) {
     const double s = i / route.rate;
     records.push_back({route.start + s,
-                       {route.easting + 0.8 * route.speed * s + std::sin(s),
-                        route.northing + 0.6 * route.speed * s, route.height + std::cos(0.7 * s)},
+                       {route.easting + 0.8 * route.along(s) + std::sin(s),
+                        route.northing + 0.6 * route.along(s), route.height + std::cos(0.7 * s)},
                        {5 * std::sin(0.9 * s), 3 + std::sin(1.3 * s), 413 + 2 * std::cos(s)}});
   }
   const TemporaryFolder folder;

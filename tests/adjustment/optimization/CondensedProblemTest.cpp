@@ -172,6 +172,43 @@ TEST(CondensedProblem, GivesTheSameBitsForAnyNumberOfThreads) {
   }
 }
 
+TEST(CondensedProblem, GivesDerivativesByAnyBlocksWhateverWasAskedBefore) {
+  const OverlappingFlight flight(planOf("LINEAR"));
+  auto parameters = flight.parameters();
+  const std::vector<unsigned> enough(parameters.numberOfSectionsForAllStrips(), 1000);
+  const Velorn::AdjustmentSettings settings;
+  const Velorn::ProblemInputs inputs{parameters, flight.trajectory, flight.configuration, settings,
+                                     enough};
+  ceres::Problem used, fresh;
+  std::size_t groundTruth = 0;
+  ASSERT_EQ(fillCondensed(used, inputs, 1, groundTruth), "");
+  // Nothing, one block, all, the same one again, at unknowns that change in between.
+  const std::vector<std::string> calls{"none", "one", "all", "one", "none", "one"};
+  for (std::size_t call = 0; call < calls.size(); ++call) {
+    fresh = ceres::Problem();
+    ASSERT_EQ(fillCondensed(fresh, inputs, 1, groundTruth), "");
+    std::vector<double*> blocks;
+    fresh.GetParameterBlocks(&blocks);
+    if (call % 2 == 0) blocks[0][0] += 0.01;
+    ceres::Problem::EvaluateOptions options;
+    if (calls[call] == "one") options.parameter_blocks = {blocks[4]};
+    std::vector<double> gradients[2];
+    double costs[2];
+    int i = 0;
+    for (auto* problem : {&used, &fresh}) {
+      problem->Evaluate(options, &costs[i], nullptr,
+                        calls[call] == "none" ? nullptr : &gradients[i], nullptr);
+      ++i;
+    }
+    EXPECT_NEAR(costs[0], costs[1], 1e-13 * costs[1]) << call;
+    ASSERT_EQ(gradients[0].size(), gradients[1].size());
+    for (std::size_t k = 0; k < gradients[0].size(); ++k) {
+      EXPECT_NEAR(gradients[0][k], gradients[1][k], 1e-12 * std::abs(gradients[1][k]) + 1e-9)
+          << call << " " << k;
+    }
+  }
+}
+
 TEST(CondensedProblem, CannotBeEvaluatedWhereTheTrajectoryOrAWeightIsMissing) {
   auto plan = planOf("BIAS");
   plan.pairs = plan.groundTruth = 10;
