@@ -48,9 +48,11 @@ class StripRasterizing {
       numbers = planarPoints();
       addPlanes(surface, numbers, points);
     }
-    addMeasured(numbers, points);
-    saveRaster(points.at(placesIn(numbers, chosen)), chosen, files.raster);
-    Strandel::Bundle made = planarBundle(strip_, std::move(points), std::move(numbers));
+    MatchPoints ofChosen = points.at(placesIn(numbers, chosen));
+    addMeasured(strip_, chosen, ofChosen);
+    saveRaster(std::move(ofChosen), chosen, files.raster);
+    Strandel::Bundle made = planarBundle(strip_, std::move(numbers), std::move(points.normals),
+                                         std::move(points.codes));
     save(made, files.planar);
     return counts_;
   }
@@ -68,7 +70,7 @@ class StripRasterizing {
     }
     for (const std::uint32_t i : numbers) ++counts_.surface[classIndexOf(codes_[i])];
     counts_.representatives = counts_.surface;
-    addMeasured(numbers, points);
+    addMeasured(strip_, numbers, points);
     saveRaster(std::move(points), numbers, raster);
     return counts_;
   }
@@ -197,15 +199,6 @@ class StripRasterizing {
     }
   }
 
-  /// Positions are the delivered ones, whatever places were looked at.
-  void addMeasured(std::span<const std::uint32_t> numbers, MatchPoints& points) const {
-    points.delivered = strip_.world<point>("Positions").at(numbers);
-    points.scanner = strip_.scanner<point>("Positions").at(numbers);
-    points.times = strip_.world<double>("GPSTime").at(numbers);
-    points.beams = strip_.scanner<vector>("Waveforms.DirectionDelta").at(numbers);
-    points.week = strip_.week();
-  }
-
   const Velorn::InputParameter& configuration_;
   const RasterSettings& options_;
   Kestrum::LoaderProgress& progress_;
@@ -218,14 +211,13 @@ class StripRasterizing {
 
 }  // namespace
 
-RasterCounts rasterizeStrip(const fs::path& strip, const SurfaceFiles& files,
-                            const Velorn::InputParameter& configuration,
+RasterCounts rasterizeStrip(const SurfaceFiles& files, const Velorn::InputParameter& configuration,
                             const RasterSettings& options, Kestrum::LoaderProgress& progress,
                             const StripView& view) {
   check(configuration);
-  for (const auto& file : {files.planar, files.raster}) refuseSameFile(strip, file);
-  return withMemoryFor(strip.string(), [&] {
-    return StripRasterizing(strip, configuration, options, progress).run(files, view);
+  for (const auto& file : {files.planar, files.raster}) refuseSameFile(files.strip, file);
+  return withMemoryFor(files.strip.string(), [&] {
+    return StripRasterizing(files.strip, configuration, options, progress).run(files, view);
   });
 }
 
