@@ -29,12 +29,14 @@ struct Flight {
   std::filesystem::path folder = benchmarkFile("match");
 
   explicit Flight(std::size_t points) {
-    for (const char* made : {"planar", "raster"}) {
+    for (const char* made : {"strip", "planar", "raster"}) {
       std::filesystem::create_directories(folder / made);
     }
     usageOf([&] {
       for (unsigned k = 1; k <= 2; ++k) {
-        saveMatchPoints(fileOf("planar", k), waves(points, k));
+        const MatchPoints strip = waves(points, k);
+        saveMeasured(fileOf("strip", k), strip);
+        savePlanes(fileOf("planar", k), strip);
         saveMatchPoints(fileOf("raster", k), waves(points, k, 10));
       }
       Strandel::Bundle nothing;
@@ -53,14 +55,16 @@ struct Flight {
     return folder / made / fmt::format("strip_{}.kx", strip);
   }
 
+  SurfaceFiles filesOf(unsigned strip) const {
+    return {fileOf("strip", strip), fileOf("planar", strip), fileOf("raster", strip)};
+  }
+
   void match() const {
     Velorn::InputParameter configuration;
     configuration.RootPath = folder;
     orThrow(configuration.check());
     NoProgress progress;
-    SurfaceStore surfaces(
-        {{fileOf("planar", 1), fileOf("raster", 1)}, {fileOf("planar", 2), fileOf("raster", 2)}},
-        folder / "known.kx", configuration, 0);
+    SurfaceStore surfaces({filesOf(1), filesOf(2)}, folder / "known.kx", configuration, 0);
     const auto report = Velorn::Flights::match(configuration, surfaces, {}, nullptr, progress);
     if (report.correspondences == 0) throw std::runtime_error("nothing was found");
   }

@@ -59,7 +59,7 @@ void rasterize(const std::filesystem::path& folder, const std::string& selection
   Velorn::InputParameter configuration;
   configuration.SelectionStr = selection;
   orThrow(configuration.check());
-  rasterizeStrip(folder / "strip.kx", {folder / "planar.kx", folder / "raster.kx"}, configuration,
+  rasterizeStrip({folder / "strip.kx", folder / "planar.kx", folder / "raster.kx"}, configuration,
                  {}, progress);
 }
 

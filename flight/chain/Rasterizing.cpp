@@ -67,8 +67,7 @@ RasterizingReport rasterizeAll(RunContext& run) {
     const auto& files = run.surfaces.files(strip.id);
     report.strips.push_back(once(run, strip.file, {files.planar, files.raster}, [&] {
       run.surfaces.forget(strip.id);
-      return rasterizeStrip(strip.file, files, run.configuration(), run.settings.raster,
-                            *run.watcher);
+      return rasterizeStrip(files, run.configuration(), run.settings.raster, *run.watcher);
     }));
     run.tell(lineOf(report.strips.back()));
   }

@@ -61,10 +61,11 @@ SurfaceStore stripsOfRound(const RunContext& run, const fs::path& folder,
   const auto options = optionsOf(run.settings, coarseness);
   std::vector<SurfaceFiles> files;
   for (std::uint32_t id = 0; id < run.strips.size(); ++id) {
-    const auto name = run.strips[id].file.filename().string();
+    const auto& strip = run.strips[id].file;
+    const auto name = strip.filename().string();
     const auto raster = folder / fmt::format("{:06}_{}", id, name);
     const auto planar = folder / fmt::format("{:06}_planar_{}", id, name);
-    files.push_back({coarseness.isCoarse() ? raster : planar, raster});
+    files.push_back({strip, coarseness.isCoarse() ? raster : planar, raster});
   }
   const auto known = folder / run.groundTruth.filename();
   SurfaceStore surfaces(std::move(files), known, configuration, run.memory);
@@ -75,7 +76,7 @@ SurfaceStore stripsOfRound(const RunContext& run, const fs::path& folder,
     if (coarseness.isCoarse()) {
       rasterizeView(strip, view, made.raster, configuration, options, *run.watcher);
     } else {
-      rasterizeStrip(strip, made, configuration, run.settings.raster, *run.watcher, view);
+      rasterizeStrip(made, configuration, run.settings.raster, *run.watcher, view);
     }
   }
   rasterizeGroundTruth(run.groundTruth, known, configuration);

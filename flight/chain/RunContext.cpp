@@ -47,7 +47,7 @@ std::vector<fs::path> inputsOf(const Velorn::FileContainer& files) {
 SurfaceStore storeOf(const RunContext& run) {
   std::vector<SurfaceFiles> files;
   for (const auto& strip : run.files.getStripFiles()) {
-    files.push_back({run.folder.planarPointsOf(strip), run.folder.rasterOf(strip)});
+    files.push_back({strip, run.folder.planarPointsOf(strip), run.folder.rasterOf(strip)});
   }
   return {files, run.folder.rasterOf(run.groundTruth), run.configuration(), run.memory};
 }

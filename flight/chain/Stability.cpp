@@ -21,7 +21,9 @@ namespace {
 using Parameters = std::shared_ptr<const Velorn::SolverParameters>;
 
 constexpr std::size_t starts = 4;
-constexpr std::size_t enoughCorrespondences = 6000;  // a flight with more is matched in part
+/// A flight with more is matched in part; in no smaller part than so, however dense its
+/// correspondences are, as few squares leave strips without slopes that tell their place.
+constexpr std::size_t enoughCorrespondences = 6000, smallestPart = 10;
 
 /// Signs of the columns of a factorial design in as many runs as there are starts; a column further
 /// on is a product of the first ones, so that strips do not all go the same way.
@@ -62,8 +64,8 @@ class StabilityTest {
         adjusted_(restoredParameters(run, last.adjustment->files)),
         scratch_(run.folder.status() / "stability"),
         reach_(reachOf(run)) {
-    part_ = static_cast<unsigned int>(
-        std::max<std::size_t>(1, last.matching->correspondences / enoughCorrespondences));
+    part_ = static_cast<unsigned int>(std::clamp<std::size_t>(
+        last.matching->correspondences / enoughCorrespondences, 1, smallestPart));
     constexpr double times = 3.0;
     length_ = times * last.adjustment->after.pairs.rms;
   }

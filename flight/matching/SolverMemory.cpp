@@ -14,7 +14,7 @@
 namespace Velorn::Flights {
 namespace {
 
-constexpr std::size_t defaultPerStrip = 10'000;
+constexpr std::size_t defaultPerStrip = 30'000;
 constexpr std::uintmax_t bytesOfBlock = 10'288, bytesOfRecord = 210;  // of files, as measured
 
 double gigabytes(std::uint64_t number, std::size_t bytesOfEach = 1) {

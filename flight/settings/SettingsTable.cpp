@@ -210,7 +210,7 @@ std::vector<Setting> ofMatching() {
        }},
       {.name = "max-correspondences",
        .group = matching,
-       .sentence = "correspondences of all strips, at most; 0: 10,000 per strip; the solver takes "
+       .sentence = "correspondences of all strips, at most; 0: 30,000 per strip; the solver takes "
                    "400 bytes for each",
        .high = 1e12,
        .steps = {Match},

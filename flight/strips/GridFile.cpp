@@ -36,11 +36,11 @@ GridFile::GridFile(std::filesystem::path path) : GridFile(std::move(path), stora
   const auto grids = bundle_.grids();
   if (grids.size() != 1) refuse("", fmt::format("holds {} grids, one is needed", grids.size()));
   grid_ = grids.front();
-  findPoints();
+  findPoints(countedByPlaces);
 }
 
 GridFile::GridFile(std::filesystem::path path, const Velorn::InputParameter& configuration,
-                   Bare bare)
+                   Bare bare, const CountedField& counted)
     : GridFile(std::move(path), storageOf(configuration)) {
   const auto slices = bundle_.slices();
   if (slices.empty() || slices.front()->numberOfGrids() == 0) {
@@ -54,17 +54,17 @@ GridFile::GridFile(std::filesystem::path path, const Velorn::InputParameter& con
     refuse("", fmt::format("GridName is \"{}\"; the file holds the grids {}",
                            configuration.GridName, listed(slices.front()->grids())));
   }
-  if (bare == Bare::fault || !grid_->charts().empty()) findPoints();
+  if (bare == Bare::fault || !grid_->charts().empty()) findPoints(counted);
 }
 
-void GridFile::findPoints() {
+void GridFile::findPoints(const CountedField& counted) {
   if (const auto unequal = grid_->unequalLengths(); !unequal.empty()) refuse("", unequal);
-  const auto positions = worldField("Positions");
-  if (!positions || positions->valueType() != Strandel::ValueType::Point) {
-    refuse("Positions", "no points of that name");
+  const auto field = worldField(counted.name);
+  if (!field || field->valueType() != counted.type) {
+    refuse(counted.name, "no points of that name");
   }
-  for (const auto fragment : positions->fragments()) {
-    const std::size_t count = positions->size(fragment);
+  for (const auto fragment : field->fragments()) {
+    const std::size_t count = field->size(fragment);
     if (count > 0) pieces_.push_back({fragment, size(), count});
   }
   if (size() > std::numeric_limits<std::uint32_t>::max()) refuse("", "has more than 2^32 points");

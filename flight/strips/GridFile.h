@@ -95,6 +95,13 @@ class FieldOfFile {
   const std::vector<Piece>* pieces_;
 };
 
+/// The field of the world chart that tells how many points there are.
+struct CountedField {
+  const char* name;
+  Strandel::ValueType type;
+};
+inline constexpr CountedField countedByPlaces{"Positions", Strandel::ValueType::Point};
+
 /// What a container without a grid, or with a grid without charts, is taken for.
 enum class Bare : std::uint8_t { fault, noPoints };
 
@@ -109,7 +116,7 @@ class GridFile {
   /// The same where one grid of several may be meant: the one that `GridName` of the configuration
   /// names. Of several slices the first counts.
   GridFile(std::filesystem::path path, const Velorn::InputParameter& configuration,
-           Bare bare = Bare::fault);
+           Bare bare = Bare::fault, const CountedField& counted = countedByPlaces);
   GridFile(const GridFile&) = delete;
   GridFile& operator=(const GridFile&) = delete;
 
@@ -144,7 +151,7 @@ class GridFile {
 
  private:
   GridFile(std::filesystem::path path, std::shared_ptr<Strandel::MyStorage> storage);
-  void findPoints();
+  void findPoints(const CountedField& counted);
   template <Strandel::Value T>
   FieldOfFile<T> field(const char* chart, const std::string& name,
                        const std::string& advice) const {

@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "flight/surfaces/MatchPoints.h"
 
+#include <algorithm>
 #include <cmath>
+#include <functional>
 #include <utility>
 
 #include <fmt/format.h>
@@ -113,6 +115,36 @@ void keepSound(const path& file, MatchPoints& points) {
   }
   tellLeftOut(file, unsound, "a coordinate, beam or time is not finite or beyond 1e9");
   if (numbers.size() < points.size()) points.keep(numbers);
+}
+
+void addMeasured(const GridFile& strip, std::span<const std::uint32_t> numbers,
+                 MatchPoints& points) {
+  points.delivered = strip.world<point>("Positions").at(numbers);
+  points.scanner = strip.scanner<point>("Positions").at(numbers);
+  points.times = strip.world<double>("GPSTime").at(numbers);
+  points.beams = strip.scanner<vector>("Waveforms.DirectionDelta").at(numbers);
+  points.week = strip.week();
+}
+
+MatchPoints readPlanarPoints(const path& planar, const path& strip,
+                             const Velorn::InputParameter& configuration) {
+  const GridFile found(planar, configuration, Bare::noPoints, countedByNumbers);
+  if (found.size() == 0) return {};
+  const auto numbers = columnOf<std::uint32_t>(found, numbersName);
+  const GridFile measured(strip, configuration);
+  const bool areAscending =
+      std::adjacent_find(numbers.begin(), numbers.end(), std::greater_equal<>()) == numbers.end();
+  if (!areAscending || numbers.back() >= measured.size()) {
+    found.refuse(numbersName,
+                 fmt::format("these are not numbers of the {} points of {}: rasterize again",
+                             measured.size(), strip.string()));
+  }
+  MatchPoints points;
+  addMeasured(measured, numbers, points);
+  points.normals = columnOf<vector>(found, "NormalVector");
+  points.codes = columnOf<std::uint8_t>(found, "RigorousClassification");
+  keepSound(strip, points);
+  return points;
 }
 
 MatchPoints readMatchPoints(const path& file, const Velorn::InputParameter& configuration) {

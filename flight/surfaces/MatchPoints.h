@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <span>
 #include <vector>
 
 #include "flight/strips/GridFile.h"
@@ -25,6 +26,10 @@ using Geomra::PhysicalSpace::vector;
 /// Codes of the classes that are matched, from roof to flat.
 inline constexpr std::uint8_t firstCode = codeOf(Velorn::TerrainType::ROOF),
                               lastCode = codeOf(Velorn::TerrainType::FLAT);
+
+/// Numbers of points in their strip, from 0.
+inline constexpr const char* numbersName = "PointNumber";
+inline constexpr CountedField countedByNumbers{numbersName, Strandel::ValueType::UInt32};
 
 /// Points of one strip in its order, one entry per point in every column that is not said to be
 /// empty.
@@ -69,7 +74,20 @@ std::vector<std::uint32_t> numbersOf(const MatchPoints& points, const Wanted& wa
 /// @param file  for the message
 void keepSound(const std::filesystem::path& file, MatchPoints& points);
 
-/// The sound points of a raster, or of all planar points of a strip.
+/// Places, scanner coordinates, times and beams of some points of a strip.
+/// @param numbers  ascending
+/// @throws Error that names the file
+void addMeasured(const GridFile& strip, std::span<const std::uint32_t> numbers,
+                 MatchPoints& points);
+
+/// The sound points of a strip that lie on planar surfaces; roughness and heights are empty.
+/// @param planar  what rasterizing found of them
+/// @throws Error that names the file, also where it numbers points that the strip does not have
+MatchPoints readPlanarPoints(const std::filesystem::path& planar,
+                             const std::filesystem::path& strip,
+                             const Velorn::InputParameter& configuration);
+
+/// The sound points of a raster.
 /// @throws Error that names the file
 MatchPoints readMatchPoints(const std::filesystem::path& file,
                             const Velorn::InputParameter& configuration);

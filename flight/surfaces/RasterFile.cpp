@@ -17,10 +17,15 @@ Strandel::FieldPtr add(Strandel::Chart& chart, const char* name, std::vector<T> 
   return field;
 }
 
+Strandel::GridPtr makeGrid(Strandel::Bundle& bundle, const GridFile& strip) {
+  auto grid = bundle.makeSlice(0.0)->makeGrid(strip.grid().name());
+  grid->attributes().set("WeekNumber", std::int64_t{strip.week()});
+  return grid;
+}
+
 /// @return the world chart
 Strandel::ChartPtr addPoints(Strandel::Bundle& bundle, const GridFile& strip, MatchPoints points) {
-  const auto grid = bundle.makeSlice(0.0)->makeGrid(strip.grid().name());
-  grid->attributes().set("WeekNumber", std::int64_t{strip.week()});
+  const auto grid = makeGrid(bundle, strip);
   auto world = grid->makeChart(Strandel::worldChartName);
   const auto scanner = grid->makeChart(Strandel::scannerChartName);
   add(*world, "Positions", std::move(points.delivered));
@@ -43,10 +48,13 @@ void refuseSameFile(const std::filesystem::path& points, const std::filesystem::
   }
 }
 
-Strandel::Bundle planarBundle(const GridFile& strip, MatchPoints points,
-                              std::vector<std::uint32_t> numbers) {
+Strandel::Bundle planarBundle(const GridFile& strip, std::vector<std::uint32_t> numbers,
+                              std::vector<vector> normals, std::vector<std::uint8_t> codes) {
   Strandel::Bundle bundle;
-  add(*addPoints(bundle, strip, std::move(points)), "PointNumber", std::move(numbers));
+  const auto world = makeGrid(bundle, strip)->makeChart(Strandel::worldChartName);
+  add(*world, numbersName, std::move(numbers));
+  add(*world, normalsName, std::move(normals));
+  add(*world, classesName, std::move(codes));
   return bundle;
 }
 

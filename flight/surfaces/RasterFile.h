@@ -17,14 +17,13 @@ namespace Velorn::Flights {
 /// @throws Error when the two are one file
 void refuseSameFile(const std::filesystem::path& points, const std::filesystem::path& made);
 
-/// The planar points of a strip: positions, normals, "RigorousClassification", "Roughness",
-/// "PlaneDistance" and times, scanner coordinates and beams; "PointNumber" counts in the strip,
-/// from 0.
-/// @param numbers  ascending, one per point
-Strandel::Bundle planarBundle(const GridFile& strip, MatchPoints points,
-                              std::vector<std::uint32_t> numbers);
+/// What was found of the planar points of a strip: "PointNumber", "NormalVector" and
+/// "RigorousClassification". The strip has the rest.
+/// @param numbers  ascending
+Strandel::Bundle planarBundle(const GridFile& strip, std::vector<std::uint32_t> numbers,
+                              std::vector<vector> normals, std::vector<std::uint8_t> codes);
 
-/// A raster: the same columns of the chosen points, and those that a strip has beside them.
+/// A raster: measurements and planes of the chosen points, and what a strip has beside them.
 /// @param numbers  of the chosen points in the strip, ascending
 /// @throws Error when a column of the strip cannot be read
 Strandel::Bundle rasterBundle(const GridFile& strip, MatchPoints points,

@@ -47,11 +47,12 @@ class StripRasterizing {
       chosen = choose(places);
       numbers = planarPoints();
       addPlanes(surface, numbers, points);
-      addDelivered(*delivered, numbers, points);
     }
-    addMeasured(numbers, points);
-    saveRaster(points.at(placesIn(numbers, chosen)), chosen, files.raster);
-    Strandel::Bundle made = planarBundle(strip_, std::move(points), std::move(numbers));
+    MatchPoints ofChosen = points.at(placesIn(numbers, chosen));
+    addMeasured(strip_, chosen, ofChosen);
+    saveRaster(std::move(ofChosen), chosen, files.raster);
+    Strandel::Bundle made = planarBundle(strip_, std::move(numbers), std::move(points.normals),
+                                         std::move(points.codes));
     save(made, files.planar);
     return counts_;
   }
@@ -66,11 +67,10 @@ class StripRasterizing {
       const Surface surface = classify(places, view.side);
       numbers = planarPoints();
       addPlanes(surface, numbers, points);
-      addDelivered(*delivered, numbers, points);
     }
     for (const std::uint32_t i : numbers) ++counts_.surface[classIndexOf(codes_[i])];
     counts_.representatives = counts_.surface;
-    addMeasured(numbers, points);
+    addMeasured(strip_, numbers, points);
     saveRaster(std::move(points), numbers, raster);
     return counts_;
   }
@@ -199,20 +199,6 @@ class StripRasterizing {
     }
   }
 
-  /// Positions are the delivered ones, whatever places were looked at.
-  static void addDelivered(std::span<const point> delivered, std::span<const std::uint32_t> numbers,
-                           MatchPoints& points) {
-    points.delivered.reserve(numbers.size());
-    for (const std::uint32_t i : numbers) points.delivered.push_back(delivered[i]);
-  }
-
-  void addMeasured(std::span<const std::uint32_t> numbers, MatchPoints& points) const {
-    points.scanner = strip_.scanner<point>("Positions").at(numbers);
-    points.times = strip_.world<double>("GPSTime").at(numbers);
-    points.beams = strip_.scanner<vector>("Waveforms.DirectionDelta").at(numbers);
-    points.week = strip_.week();
-  }
-
   const Velorn::InputParameter& configuration_;
   const RasterSettings& options_;
   Kestrum::LoaderProgress& progress_;
@@ -225,14 +211,13 @@ class StripRasterizing {
 
 }  // namespace
 
-RasterCounts rasterizeStrip(const fs::path& strip, const SurfaceFiles& files,
-                            const Velorn::InputParameter& configuration,
+RasterCounts rasterizeStrip(const SurfaceFiles& files, const Velorn::InputParameter& configuration,
                             const RasterSettings& options, Kestrum::LoaderProgress& progress,
                             const StripView& view) {
   check(configuration);
-  for (const auto& file : {files.planar, files.raster}) refuseSameFile(strip, file);
-  return withMemoryFor(strip.string(), [&] {
-    return StripRasterizing(strip, configuration, options, progress).run(files, view);
+  for (const auto& file : {files.planar, files.raster}) refuseSameFile(files.strip, file);
+  return withMemoryFor(files.strip.string(), [&] {
+    return StripRasterizing(files.strip, configuration, options, progress).run(files, view);
   });
 }
 

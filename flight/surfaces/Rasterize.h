@@ -4,7 +4,7 @@
 // The planar points of a strip with their normals and terrain classes, and its raster: one of them
 // per cell and class.
 //
-//     const RasterCounts counts = rasterizeStrip(strip, {planar, raster}, configuration, options,
+//     const RasterCounts counts = rasterizeStrip({strip, planar, raster}, configuration, options,
 //     progress);
 #pragma once
 
@@ -33,8 +33,7 @@ struct StripView {
 /// @param configuration  checked; cell sizes, amplitude limits and selection count
 /// @param view           its solution places the points; all of them count
 /// @throws Error, naming the strip, for one that cannot be used, or a file that cannot be written
-RasterCounts rasterizeStrip(const std::filesystem::path& strip, const SurfaceFiles& files,
-                            const Velorn::InputParameter& configuration,
+RasterCounts rasterizeStrip(const SurfaceFiles& files, const Velorn::InputParameter& configuration,
                             const RasterSettings& options, Kestrum::LoaderProgress& progress,
                             const StripView& view = {});
 

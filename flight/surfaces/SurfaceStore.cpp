@@ -11,15 +11,6 @@ namespace Velorn::Flights {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-/// Those of candidates alone are asked for.
-void leavePlanes(MatchPoints& points) {
-  points.roughness = points.heights = {};
-}
-
-}  // namespace
-
 SurfaceStore::SurfaceStore(std::vector<SurfaceFiles> strips, fs::path groundTruth,
                            Velorn::InputParameter configuration, std::size_t memory)
     : groundTruth_(std::move(groundTruth)),
@@ -61,11 +52,10 @@ void SurfaceStore::forgetAll() {
   for (std::size_t strip = 0; strip < size(); ++strip) forget(strip);
 }
 
-MatchPoints SurfaceStore::chosen(const fs::path& file, bool withPlanes, Kept& kept,
-                                 const Wanted& wanted) {
+template <typename Read>
+MatchPoints SurfaceStore::chosen(Kept& kept, const Wanted& wanted, const Read& read) {
   if (kept) return kept->at(numbersOf(*kept, wanted));
-  MatchPoints points = readMatchPoints(file, configuration_);
-  if (!withPlanes) leavePlanes(points);
+  MatchPoints points = read();
   if (take(points, kept)) return kept->at(numbersOf(*kept, wanted));
   points.keep(numbersOf(points, wanted));
   return points;
@@ -74,12 +64,15 @@ MatchPoints SurfaceStore::chosen(const fs::path& file, bool withPlanes, Kept& ke
 MatchPoints SurfaceStore::planar(std::size_t strip, const Wanted& wanted) {
   Strip& its = strips_.at(strip);
   if (its.files.planar == its.files.raster) return raster(strip, wanted);
-  return chosen(its.files.planar, false, its.planar, wanted);
+  return chosen(its.planar, wanted, [&] {
+    return readPlanarPoints(its.files.planar, its.files.strip, configuration_);
+  });
 }
 
 MatchPoints SurfaceStore::raster(std::size_t strip, const Wanted& wanted) {
   Strip& its = strips_.at(strip);
-  return chosen(its.files.raster, true, its.raster, wanted);
+  return chosen(its.raster, wanted,
+                [&] { return readMatchPoints(its.files.raster, configuration_); });
 }
 
 KnownPoints SurfaceStore::knownPoints() const {

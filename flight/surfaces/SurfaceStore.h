@@ -18,8 +18,9 @@
 
 namespace Velorn::Flights {
 
-/// Of one strip. A round from coarse to fine has one file for both.
+/// Of one strip. A round from coarse to fine has one file for planar points and raster.
 struct SurfaceFiles {
+  std::filesystem::path strip;   ///< its points as delivered
   std::filesystem::path planar;  ///< all points with a plane
   std::filesystem::path raster;  ///< one of them per cell and class
 };
@@ -60,8 +61,8 @@ class SurfaceStore {
   };
 
   bool take(MatchPoints& points, Kept& kept);
-  MatchPoints chosen(const std::filesystem::path& file, bool withPlanes, Kept& kept,
-                     const Wanted& wanted);
+  template <typename Read>
+  MatchPoints chosen(Kept& kept, const Wanted& wanted, const Read& read);
 
   std::vector<Strip> strips_;
   std::filesystem::path groundTruth_;

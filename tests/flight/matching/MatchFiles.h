@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -40,8 +41,29 @@ class GridEditor {
   Strandel::Bundle bundle_;
 };
 
-/// Writes points as a raster, or as the planar points of a strip. Those without a roughness have
-/// none to speak of.
+/// Writes points as the container of a strip.
+inline void saveMeasured(const std::filesystem::path& file,
+                         const Velorn::Flights::MatchPoints& points) {
+  GridEditor editor(file);
+  editor.grid().attributes().set("WeekNumber", std::int64_t{points.week});
+  editor.set("Positions", points.delivered).set("GPSTime", points.times);
+  editor.set("Positions", points.scanner, Strandel::scannerChartName);
+  editor.set("Waveforms.DirectionDelta", points.beams, Strandel::scannerChartName);
+  editor.save();
+}
+
+/// Writes normals and classes of all points of a strip as its planar points.
+inline void savePlanes(const std::filesystem::path& file,
+                       const Velorn::Flights::MatchPoints& points) {
+  std::vector<std::uint32_t> numbers(points.normals.size());
+  std::iota(numbers.begin(), numbers.end(), 0U);
+  GridEditor editor(file);
+  editor.set(Velorn::Flights::numbersName, std::move(numbers));
+  editor.set("NormalVector", points.normals).set("RigorousClassification", points.codes);
+  editor.save();
+}
+
+/// Writes points as a raster. Those without a roughness have none to speak of.
 inline void saveMatchPoints(const std::filesystem::path& file,
                             Velorn::Flights::MatchPoints points) {
   points.roughness.resize(points.size());

@@ -166,14 +166,18 @@ TEST(Match, RejectsPlantedOutliers) {
   MatchedFlight flight(denseFlight());
   const std::size_t before = flight.match().correspondences;
   // Some points of the second strip lie half a metre too high.
-  for (const auto& folder : {flight.planarPoints(), flight.rasters()}) {
-    const auto file = folder / flight.strips[1].filename();
-    auto points = readMatchPoints(file, flight.configuration);
+  const auto lift = [&](MatchPoints& points) {
     for (std::size_t k = 0; k < points.size(); ++k) {
       if (flight.numberOf(1, points.times[k]) % 201 == 0) points.delivered[k].z += 0.5;
     }
-    saveMatchPoints(file, points);
-  }
+  };
+  auto measured = flight.points[1];
+  lift(measured);
+  saveMeasured(flight.strips[1], measured);
+  const auto raster = flight.rasters() / flight.strips[1].filename();
+  auto candidates = readMatchPoints(raster, flight.configuration);
+  lift(candidates);
+  saveMatchPoints(raster, candidates);
   const MatchReport report = flight.match();
   EXPECT_LT(report.correspondences, before - 30);
   EXPECT_GT(report.correspondences, 0.9 * double(before));
@@ -185,9 +189,9 @@ TEST(Match, RejectsPlantedOutliers) {
 /// Some points of the second strip are turned away, and some of the first have no plane.
 void plantRefusals(const MatchedFlight& flight) {
   const auto planar = flight.planarPoints() / flight.strips[1].filename();
-  auto points = readMatchPoints(planar, flight.configuration);
+  auto points = flight.points[1];
   for (std::size_t k = 0; k < points.size(); k += 50) points.normals[k] = {1, 0, 0};
-  saveMatchPoints(planar, points);
+  savePlanes(planar, points);
   const auto raster = flight.rasters() / flight.strips[0].filename();
   auto candidates = readMatchPoints(raster, flight.configuration);
   for (std::size_t k = 0; k < candidates.size(); ++k) {
@@ -295,13 +299,13 @@ TEST(Match, SearchesWithASolutionAndStoresTheDeliveredPlaces) {
 TEST(Match, LeavesOutPointsWithoutAPlaceAndSaysSo) {
   MatchedFlight flight(denseFlight());
   const double nan = std::numeric_limits<double>::quiet_NaN();
-  const auto file = flight.planarPoints() / flight.strips[1].filename();
-  auto points = readMatchPoints(file, flight.configuration);
+  const auto& file = flight.strips[1];
+  auto points = flight.points[1];
   points.delivered[10].x = points.scanner[11].y = points.times[12] = nan;
   const std::size_t middle = points.size() / 2;
   for (std::size_t k = middle; k < middle + 100; ++k) points.times[k] = 1.0;  // no trajectory yet
   for (std::size_t k = middle + 100; k < middle + 200; ++k) points.scanner[k].x = 1e300;
-  saveMatchPoints(file, points);
+  saveMeasured(file, points);
   std::string told;
   const Morvane::ConsoleRedirection console([&](std::string_view line) { told += line; });
   const auto trajectory = trajectoryIn(flight.folder.path());

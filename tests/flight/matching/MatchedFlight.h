@@ -40,7 +40,7 @@ class MatchedFlight {
     Velorn::Flights::Watcher silent{{}};
     std::vector<Velorn::Flights::SurfaceFiles> files;
     for (const auto& strip : strips) {
-      files.push_back({planarPoints() / strip.filename(), rasters() / strip.filename()});
+      files.push_back({strip, planarPoints() / strip.filename(), rasters() / strip.filename()});
     }
     Velorn::Flights::SurfaceStore surfaces(files, rasters() / groundTruth.filename(), configuration,
                                            memory);
@@ -103,7 +103,7 @@ class MatchedFlight {
     raster.normals = all.normals;
     raster.codes = all.codes;
     raster.keep(third);
-    saveMatchPoints(planarPoints() / strips[strip].filename(), all);
+    savePlanes(planarPoints() / strips[strip].filename(), all);
     saveMatchPoints(rasters() / strips[strip].filename(), raster);
   }
 };

@@ -153,7 +153,7 @@ TEST(Thinning, TellsSlopesAndAspectsApart) {
 }
 
 TEST(MaxCorrespondences, AreWhatIsSetOrSoManyPerStripAndRefusedWhereTheyDoNotFit) {
-  EXPECT_EQ(maxCorrespondencesOf({}, 60), 600'000U);
+  EXPECT_EQ(maxCorrespondencesOf({}, 60), 1'800'000U);
   MatchSettings some;
   some.maxCorrespondences = 500;
   EXPECT_EQ(maxCorrespondencesOf(some, 60), 500U);
@@ -167,8 +167,8 @@ TEST(MaxCorrespondences, AreWhatIsSetOrSoManyPerStripAndRefusedWhereTheyDoNotFit
       "0.00 GB are free; max-correspondences 499 fits");
   EXPECT_EQ(
       refusalOf([&] { requireSolverMemory({}, 60, reference, 1'200'000'000); }, Error::BadSettings),
-      "max-correspondences 0, which is 10000 for each of 60 strips: the solver takes some "
-      "1.80 GB for 600000 correspondences, and 1.20 GB are free; max-correspondences 400000 "
+      "max-correspondences 0, which is 30000 for each of 60 strips: the solver takes some "
+      "5.40 GB for 1800000 correspondences, and 1.20 GB are free; max-correspondences 400000 "
       "fits");
 }
 

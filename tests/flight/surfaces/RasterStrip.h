@@ -58,7 +58,7 @@ inline Velorn::Flights::RasterCounts rasterize(
     const std::filesystem::path& strip, const std::filesystem::path& raster,
     const Velorn::InputParameter& configuration = rasterConfiguration()) {
   NoProgress progress;
-  return Velorn::Flights::rasterizeStrip(strip, {planarOf(raster), raster}, configuration, {},
+  return Velorn::Flights::rasterizeStrip({strip, planarOf(raster), raster}, configuration, {},
                                          progress);
 }
 

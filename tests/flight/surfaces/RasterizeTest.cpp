@@ -60,25 +60,49 @@ TEST_F(Rasterize, WritesPlanarPointsAndTheirRasterAndLeavesTheStripAsItIs) {
   EXPECT_GT(sumOf(counts.surface), 3200U);  // all but the steps about the roof
   EXPECT_NEAR(counts.medianRoughness, 0.02, 0.002);
   const auto whole = rasterStrip();
-  const OneGridFile planar(planarOf(raster));
-  const auto numbers = planar.world<std::uint32_t>("PointNumber");
+  const auto numbers = OneGridFile(planarOf(raster)).world<std::uint32_t>("PointNumber");
+  const auto planar = readPlanarPoints(planarOf(raster), strip, rasterConfiguration());
   ASSERT_EQ(numbers.size(), sumOf(counts.surface));
-  const auto times = planar.world<double>("GPSTime");
-  const auto beams = planar.column<vector>(Strandel::scannerChartName, "Waveforms.DirectionDelta");
+  ASSERT_EQ(planar.size(), numbers.size());
   for (std::size_t k = 0; k < numbers.size(); k += 7) {
-    EXPECT_EQ(times[k], whole.times[numbers[k]]);
-    EXPECT_EQ(beams[k], whole.directions[numbers[k]]);
+    EXPECT_EQ(planar.times[k], whole.times[numbers[k]]);
+    EXPECT_EQ(planar.beams[k], whole.directions[numbers[k]]);
+    EXPECT_EQ(planar.scanner[k], whole.scanner[numbers[k]]);
   }
   const auto chosen = dataOf(raster);
   ASSERT_EQ(chosen.world->size(), sumOf(counts.representatives));
   EXPECT_TRUE(std::is_sorted(chosen.times->begin(), chosen.times->end()));
   const auto first = static_cast<std::size_t>(
-      std::find(times.begin(), times.end(), chosen.times->back()) - times.begin());
-  EXPECT_EQ(planar.world<point>("Positions").at(first), chosen.world->back());
-  EXPECT_EQ(planar.world<vector>("NormalVector").at(first), chosen.normals->back());
-  EXPECT_EQ(planar.world<std::uint8_t>("RigorousClassification").at(first),
-            chosen.rigorousClasses->back());
+      std::find(planar.times.begin(), planar.times.end(), chosen.times->back()) -
+      planar.times.begin());
+  EXPECT_EQ(planar.delivered.at(first), chosen.world->back());
+  EXPECT_EQ(planar.normals.at(first), chosen.normals->back());
+  EXPECT_EQ(planar.codes.at(first), chosen.rigorousClasses->back());
   EXPECT_EQ(chosen.amplitudes->back(), whole.amplitude[numbers[first]]);
+}
+
+TEST_F(Rasterize, RefusesPlanarPointsOfAnotherStrip) {
+  save();
+  rasterize(strip, raster);
+  const auto refusal = [&] {
+    return refusalOf([&] { readPlanarPoints(planarOf(raster), strip, rasterConfiguration()); });
+  };
+  auto shorter = rasterStrip();
+  const auto shorten = [](auto&... columns) { (columns.resize(100), ...); };
+  shorten(shorter.world, shorter.scanner, shorter.times, shorter.directions, shorter.returnNumber,
+          shorter.numberOfReturns, shorter.classification, shorter.amplitude,
+          shorter.pointSourceId);
+  save(shorter);
+  EXPECT_THAT(refusal(), AllOf(HasSubstr(planarOf(raster).string()), HasSubstr(strip.string()),
+                               HasSubstr("not numbers of the 100 points")));
+  save();
+  change(planarOf(raster), [](Strandel::Grid& grid) {
+    const auto field = grid.chart(Strandel::worldChartName)->field("PointNumber");
+    auto numbers = *field->values<std::uint32_t>({0}).values;
+    std::swap(numbers.at(3), numbers.at(4));
+    EXPECT_EQ(field->setValues<std::uint32_t>({0}, std::move(numbers)), "");
+  });
+  EXPECT_THAT(refusal(), HasSubstr("not numbers of the 3600 points"));
 }
 
 TEST_F(Rasterize, SaysHowFarRepresentativesLieFromTheirPlanes) {
@@ -198,7 +222,7 @@ TEST_F(Rasterize, OfPointsWithoutSurfaceIsAReadableRasterWithoutPoints) {
   EXPECT_EQ(counts.notFinite, 2U);
   EXPECT_EQ(counts.notTerrain, 3598U);
   EXPECT_THAT(OneGridFile(raster).world<point>("Positions"), IsEmpty());
-  EXPECT_THAT(OneGridFile(planarOf(raster)).world<point>("Positions"), IsEmpty());
+  EXPECT_EQ(readPlanarPoints(planarOf(raster), strip, rasterConfiguration()).size(), 0U);
   save();
   change(strip, [](Strandel::Grid& grid) {
     for (const auto& [chartName, chart] : grid.charts()) {
@@ -272,7 +296,7 @@ TEST_F(Rasterize, ThatIsInterruptedLeavesTheStripAsItIs) {
   const std::string before = contentOf(strip);
   EXPECT_EQ(
       refusalOf([&] {
-        rasterizeStrip(strip, {planarOf(raster), raster}, rasterConfiguration(), {}, progress);
+        rasterizeStrip({strip, planarOf(raster), raster}, rasterConfiguration(), {}, progress);
       }),
       "interrupted");
   EXPECT_TRUE(contentOf(strip) == before);

@@ -62,6 +62,25 @@ TEST(Strandel, ASharedFieldStaysOneFieldWithOneSetOfData) {
   EXPECT_EQ(fieldOf(read, worldChartName, "GPSTime"), fieldOf(read, scannerChartName, "GPSTime"));
 }
 
+TEST(Strandel, AFileTakesWhatItsValuesNeed) {
+  const TemporaryFolder folder;
+  const auto bytesOf = [&]<typename T>(ValueType type, std::vector<T> values) {
+    Bundle bundle;
+    const auto chart = bundle.makeSlice(0)->makeGrid("g")->makeChart(worldChartName);
+    EXPECT_EQ(chart->makeField("f", type)->template setValues<T>({0}, std::move(values)), "");
+    EXPECT_EQ(flushed.save(bundle, folder / "a.kx", "wd"), "");
+    return std::filesystem::file_size(folder / "a.kx");
+  };
+  constexpr std::size_t rows = 140000, ofStructure = 8192;
+  std::vector<double> doubles(rows);
+  std::vector<std::uint64_t> ascending(rows);
+  for (std::size_t i = 0; i < rows; ++i) doubles[i] = std::sin(double(ascending[i] = i));
+  // A second chunk that holds a few values is not filled up to a megabyte.
+  EXPECT_LT(bytesOf(ValueType::Double, doubles), 8 * rows + ofStructure);
+  EXPECT_LT(bytesOf(ValueType::UInt64, ascending), rows / 2 + ofStructure);
+  EXPECT_LT(bytesOf(ValueType::UInt8, std::vector<std::uint8_t>(rows, 2)), rows / 50 + ofStructure);
+}
+
 TEST(Strandel, AnInPlaceChangeChangesThatFieldAlone) {
   const TemporaryFolder folder;
   Bundle strip = smallStrip();
