@@ -29,10 +29,10 @@ struct alignas(64) BatchSide {
 /// Correspondences of two sections and of one class. Those beyond the count, up to a multiple of
 /// lanesAtOnce, have a zero normal and are otherwise like another one.
 struct alignas(64) Batch {
-  const LocalPlace* place;  ///< near all of them; may be null
   std::array<BatchSide, 2> sides;
   std::array<BatchArray, 3> normal;
   std::size_t count = 0;
+  const LocalPlace* place = nullptr;  ///< near all of them; may be null
 
   std::size_t filled() const { return (count + lanesAtOnce - 1) / lanesAtOnce * lanesAtOnce; }
 };

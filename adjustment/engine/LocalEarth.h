@@ -42,16 +42,16 @@ class LocalEarth {
     const Matrix3<T>& localLevel() const { return localLevel_; }
 
     Vector3<T> gradient(const Vector3<T>& by, const Vector3<T>& torque) const {
-      const auto& [phi, lambda, meridian, parallel] = place_.ofSensor;
+      const auto& of = place_.ofSensor;
       const T &e = position_[0], &n = position_[1];
       const auto& [sp, cp] = latitude_;
       const T height = position_[2] + place_.polynomials.centre[2];
-      const T byPhi = (OnLanes::falling<3>(meridian, e, n) + height) * by[0] - torque[1];
-      const T byLambda = (OnLanes::falling<3>(parallel, e, n) + height * cp) * by[1] +
+      const T byPhi = (OnLanes::falling<3>(of.meridian, e, n) + height) * by[0] - torque[1];
+      const T byLambda = (OnLanes::falling<3>(of.parallel, e, n) + height * cp) * by[1] +
                          cp * torque[0] - sp * torque[2];
       const auto byGrid = [&](std::size_t i) {
-        return T(byPhi * OnLanes::falling<4>(phi[i], e, n) +
-                 byLambda * OnLanes::falling<4>(lambda[i], e, n));
+        return T(byPhi * OnLanes::falling<4>(of.phi[i], e, n) +
+                 byLambda * OnLanes::falling<4>(of.lambda[i], e, n));
       };
       return {byGrid(0), byGrid(1), -by[2]};
     }
