@@ -32,6 +32,14 @@ bool isDeflated(const ColumnSource& column, const ColumnStyle& style) {
   return style.compressed || !infoOf(column.valueType()).floating;
 }
 
+/// Filters that may be left out would be where memory is short, and the same data become other
+/// bytes.
+void deflate(hid_t properties, unsigned int level) {
+  checked(H5Pset_filter(properties, H5Z_FILTER_SHUFFLE, H5Z_FLAG_MANDATORY, 0, nullptr),
+          notWritten);
+  checked(H5Pset_filter(properties, H5Z_FILTER_DEFLATE, H5Z_FLAG_MANDATORY, 1, &level), notWritten);
+}
+
 Handle creationOf(const ColumnSource* column, int rank, const ColumnStyle& style) {
   Handle properties = checked(H5Pcreate(H5P_DATASET_CREATE), H5Pclose, notWritten);
   setCommonProperties(properties.id());
@@ -39,8 +47,7 @@ Handle creationOf(const ColumnSource* column, int rank, const ColumnStyle& style
   const hsize_t chunk[2] = {chunkRowsOf(*column), 3};
   checked(H5Pset_chunk(properties.id(), rank, chunk), notWritten);
   if (isDeflated(*column, style)) {
-    checked(H5Pset_shuffle(properties.id()), notWritten);
-    checked(H5Pset_deflate(properties.id(), style.compressed ? thoroughly : quickly), notWritten);
+    deflate(properties.id(), style.compressed ? thoroughly : quickly);
   }
   if (style.checksums) checked(H5Pset_fletcher32(properties.id()), notWritten);
   return properties;
