@@ -18,22 +18,22 @@ using testing::AllOf, testing::HasSubstr;
 
 namespace {
 
-using Values = std::array<double, 10>;
+using AccuracyValues = std::array<double, 10>;
 
-Values valuesAt(double time) {
+AccuracyValues accuracyAt(double time) {
   return {time, 0.012, 0.011, 0.02, 0.001, 0.001, 0.002, 0.15, 0.14, 0.3};
 }
 
-std::string bytesOf(const std::vector<Values>& records) {
-  return {reinterpret_cast<const char*>(records.data()), records.size() * sizeof(Values)};
+std::string accuracyBytes(const std::vector<AccuracyValues>& records) {
+  return {reinterpret_cast<const char*>(records.data()), records.size() * sizeof(AccuracyValues)};
 }
 
 }  // namespace
 
 TEST(AccuracyFile, IsReadWithItsAxesAndUnitsInTheOrderOfOurs) {
   const TemporaryFolder folder;
-  Values second{100002.0, 1, 2, 3, 4, 5, 6, 10, 20, 60};
-  writeContent(folder / "smrmsg.out", bytesOf({valuesAt(100001.0), second}));
+  AccuracyValues second{100002.0, 1, 2, 3, 4, 5, 6, 10, 20, 60};
+  writeContent(folder / "smrmsg.out", accuracyBytes({accuracyAt(100001.0), second}));
   const auto records = readAccuracy(folder / "smrmsg.out");
   ASSERT_EQ(records.size(), 2U);
   EXPECT_EQ(records[0].time, 100001.0);
@@ -58,11 +58,11 @@ TEST(AccuracyFile, OverAStripIsTheRootMeanSquareOfTheRecordsInIt) {
 
 TEST(AccuracyFile, WhatIsNoneIsRefusedWithFileRecordAndValue) {
   const auto with = [](std::size_t place, double value) {
-    std::vector<Values> records{valuesAt(1.0), valuesAt(2.0), valuesAt(3.0)};
+    std::vector<AccuracyValues> records{accuracyAt(1.0), accuracyAt(2.0), accuracyAt(3.0)};
     records[1][place] = value;
-    return bytesOf(records);
+    return accuracyBytes(records);
   };
-  std::string reversed = bytesOf({valuesAt(400000.1), valuesAt(400000.2)});
+  std::string reversed = accuracyBytes({accuracyAt(400000.1), accuracyAt(400000.2)});
   for (auto value = reversed.begin(); value != reversed.end(); value += 8) {
     std::reverse(value, value + 8);
   }
@@ -73,7 +73,7 @@ TEST(AccuracyFile, WhatIsNoneIsRefusedWithFileRecordAndValue) {
   const TemporaryFolder folder;
   for (const auto& [bytes, told] :
        {Case{"", "is empty"},
-        Case{bytesOf({valuesAt(1.0), valuesAt(2.0)}).substr(0, 150),
+        Case{accuracyBytes({accuracyAt(1.0), accuracyAt(2.0)}).substr(0, 150),
              "its 150 bytes are not whole records of 80 bytes each: 1 records and 70 bytes; it is "
              "cut off or no accuracy file"},
         Case{with(1, -0.01), "record 2 of 3: the north error is -0.01 m, not between 1e-09 and"},
@@ -83,7 +83,7 @@ TEST(AccuracyFile, WhatIsNoneIsRefusedWithFileRecordAndValue) {
         Case{with(5, std::numeric_limits<double>::infinity()), "the east velocity error is inf"},
         Case{with(9, 10801.0), "the heading error is 10801 minutes of arc"},
         Case{with(0, -1.0), "record 2 of 3: the time is -1 s"},
-        Case{bytesOf({valuesAt(604799.0), valuesAt(1.0)}), "where a GPS week ends"},
+        Case{accuracyBytes({accuracyAt(604799.0), accuracyAt(1.0)}), "where a GPS week ends"},
         Case{reversed, "an accuracy file has to be little-endian"}}) {
     SCOPED_TRACE(told);
     writeContent(folder / "smrmsg.out", bytes);
