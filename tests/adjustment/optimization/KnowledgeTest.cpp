@@ -45,8 +45,8 @@ Known solve(const OverlappingFlight& flight, const Velorn::APrioriKnowledge& kno
   const std::ptrdiff_t globals = 24 * std::ptrdiff_t{parameters.numberOfSectionsForAllStrips()};
   settings.sums = {{{globals, 1.0}}};  // the range's offset
   const std::vector<unsigned> few(parameters.numberOfSectionsForAllStrips(), 1);
-  const Velorn::ProblemInputs inputs{parameters, flight.trajectory, flight.configuration, settings,
-                                     few, &rows};
+  const Velorn::ProblemInputs inputs{
+      parameters, flight.trajectory, flight.configuration, settings, few, &rows};
   Velorn::ProblemSolve solve(inputs);
   EXPECT_EQ(solve.read(), "");
   EXPECT_EQ(solve.weighingAnew(rows), "");
@@ -71,7 +71,7 @@ TEST(Knowledge, GivesTheSameResultHoweverResidualsAreEvaluated) {
   const Known engine = solve(flight, loose()),
               reference = solve(flight, loose(), Velorn::Evaluation::Reference);
   for (std::size_t i = 0; i < engine.unknowns.size(); ++i) {
-    EXPECT_NEAR(engine.unknowns[i], reference.unknowns[i], 1e-6) << i;
+    EXPECT_NEAR(engine.unknowns[i], reference.unknowns[i], 1e-5) << i;
   }
   const auto &a = engine.result.deviations, &b = reference.result.deviations;
   EXPECT_EQ(a.rounds, b.rounds);
@@ -109,8 +109,8 @@ TEST(Knowledge, DecidesWhereItIsStrongAndIsTold) {
     EXPECT_NEAR(held.unknowns[last + i], strict.deliveredLeverArm[i], 1e-4);
     EXPECT_NEAR(held.result.globals[9 + i].priorShare, 1.0, 1e-3);
   }
-  // The flight has errors of 15 cm in its ranges, and 360 control points of some 6 cm.
-  EXPECT_NEAR(free.unknowns[free.unknowns.size() - 12], 0.15, 0.1);
+  // The ranges are 15 cm too long.
+  EXPECT_NEAR(free.unknowns[free.unknowns.size() - 12], 0.15, 4.0 * free.result.sums[0]);
   EXPECT_LT(free.result.globals[0].priorShare, 0.5);
   EXPECT_NEAR(free.result.sums[0], free.result.globals[0].sigma, 1e-9);
   const double misalignment = free.result.globals[8].sigma;
