@@ -165,8 +165,7 @@ std::string globalsTable(const GlobalCorrections& globals) {
          globalsRow("misalignment", globals.misalignment, {"roll", "pitch", "yaw"},
                     {"deg", "deg", "deg"}, 6) +
          globalsRow("lever arm", globals.leverArm, {"forward", "right", "down"}, {"m", "m", "m"},
-                    4) +
-         "Single values are only partly separable; judge by the fit and by where the points lie.\n";
+                    4);
 }
 
 double farthestForwardOf(const std::vector<StripFacts>& strips) {
@@ -278,6 +277,10 @@ std::string textOf(const RunReport& run) {
             globalsTable(adjustment.globals);
     if (adjustment.globalSigmas) {
       text += "standard deviations of them\n" + globalsTable(*adjustment.globalSigmas);
+    } else {
+      text +=
+          "Single values are only partly separable; judge by the fit and by where the points "
+          "lie.\n";
     }
     text += idleScaleText(adjustment.globals.scales[1], farthestForwardOf(run.strips)) + "\n" +
             solverText(adjustment);

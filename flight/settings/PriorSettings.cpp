@@ -14,7 +14,7 @@ namespace {
 const Velorn::InstrumentClass& classNamed(const std::string& name) {
   const auto found = std::ranges::find(instrumentClasses, name, &InstrumentClass::name);
   if (found != instrumentClasses.end()) return *found;
-  throw Error("instrument: " + name + " is no class", Error::BadSettings);
+  throw Error("instrument: " + name + ": unknown", Error::BadSettings);
 }
 
 /// What is given, and of the class where that is zero.

@@ -43,7 +43,7 @@ struct Change {
   }
   void operator()(fs::path* value) const { *value /= "elsewhere"; }
   void operator()(std::vector<int>* value) const { value->push_back(0); }
-  void operator()(std::vector<double>* value) const { value->front() *= 0.9; }
+  void operator()(std::vector<double>* value) const { (*this)(&value->front()); }
   void operator()(std::vector<std::string>* value) const {
     if (setting.isPath) {
       value->back() = copied(value->back());
