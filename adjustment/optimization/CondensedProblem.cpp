@@ -30,6 +30,12 @@ std::vector<Section> sectionsOf(const SectionPair& pair) {
   return sections;
 }
 
+/// Of a problem that fill made.
+std::size_t rowsOf(const ceres::CostFunction& cost) {
+  const auto* const condensed = dynamic_cast<const CondensedCostFunction*>(&cost);
+  return condensed ? condensed->pair().size() : static_cast<std::size_t>(cost.num_residuals());
+}
+
 bool isFixed(const ceres::Problem& problem, ceres::ResidualBlockId residual) {
   std::vector<double*> blocks;
   problem.GetParameterBlocksForResidualBlock(residual, &blocks);
@@ -80,12 +86,9 @@ void putTrueCounts(const ceres::Problem& problem, int threads, ceres::Solver::Su
   std::vector<ceres::ResidualBlockId> residuals;
   problem.GetResidualBlocks(&residuals);
   for (const auto& residual : residuals) {
-    const auto* const cost = problem.GetCostFunctionForResidualBlock(residual);
-    const auto* const condensed = dynamic_cast<const CondensedCostFunction*>(cost);
-    const std::size_t correspondences =
-        condensed ? condensed->pair().size() : static_cast<std::size_t>(cost->num_residuals());
-    all += correspondences;
-    if (!isFixed(problem, residual)) free += correspondences;
+    const std::size_t rows = rowsOf(*problem.GetCostFunctionForResidualBlock(residual));
+    all += rows;
+    if (!isFixed(problem, residual)) free += rows;
   }
   summary.num_residuals = summary.num_residual_blocks = static_cast<int>(all);
   summary.num_residuals_reduced = summary.num_residual_blocks_reduced = static_cast<int>(free);

@@ -177,6 +177,7 @@ std::vector<DesignEffect> designEffects(const ProblemInputs& inputs, const Conde
     }
   });
   std::vector<DesignEffect> effects;
+  effects.reserve(scatters.size());
   for (const auto& scatter : scatters) effects.push_back(designEffectOf(scatter));
   return effects;
 }

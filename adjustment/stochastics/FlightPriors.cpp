@@ -32,6 +32,7 @@ std::array<Process, 6> processesOf(const APrioriKnowledge& known) {
 
 FlightPrior priorOf(const Process& process, const std::vector<StripSections>& strips) {
   std::vector<StripCorrection> corrections;
+  corrections.reserve(strips.size());
   for (const auto& strip : strips) {
     corrections.push_back({piecesOf(strip, process.component), process.sigma});
   }

@@ -35,7 +35,7 @@ Known solve(const OverlappingFlight& flight, const Velorn::APrioriKnowledge& kno
   auto parameters = flight.parameters();
   auto strips = parameters.getStripSections();
   for (auto& strip : strips) {
-    strip.minTime = flight.startOf(strip.stripIndex);
+    strip.minTime = OverlappingFlight::startOf(strip.stripIndex);
     strip.maxTime = strip.minTime + OverlappingFlight::seconds;
   }
   const std::size_t classes = flight.configuration.CellSizeWeights.size();
