@@ -41,8 +41,8 @@ std::vector<AccuracyRecord> readAccuracy(const std::filesystem::path& file) {
   std::vector<AccuracyRecord> records;
   records.reserve(countDoubleRecords(file, accuracyFormat));
   readDoubleRecords(
-      file, accuracyFormat, [&](std::span<const double> values) { records.push_back(recordOf(values)); },
-      TimeOrder::Any);
+      file, accuracyFormat,
+      [&](std::span<const double> values) { records.push_back(recordOf(values)); }, TimeOrder::Any);
   return records;
 }
 
