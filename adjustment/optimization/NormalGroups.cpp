@@ -24,10 +24,10 @@ std::vector<bool> estimatedUnknowns(const ProblemInputs& inputs) {
     for (const auto& [start, section] : strip.sections) {
       if (isConstant(inputs, section)) continue;
       const auto [position, angles] = usedPowers(section.type);
-      const std::size_t first = sectionSize * std::size_t{section.sectionID};
-      for (std::size_t j = 0; j < 3; ++j) {
-        for (int m = 0; m < position; ++m) isEstimated[first + 4 * j + m] = true;
-        for (int m = 0; m < angles; ++m) isEstimated[first + positionSize + 4 * j + m] = true;
+      const auto first = isEstimated.begin() + sectionSize * std::ptrdiff_t{section.sectionID};
+      for (std::ptrdiff_t j = 0; j < 3; ++j) {
+        std::fill_n(first + 4 * j, position, true);
+        std::fill_n(first + positionSize + 4 * j, angles, true);
       }
     }
   }

@@ -90,7 +90,7 @@ void addPriors(ceres::Problem& problem, const ProblemInputs& inputs) {
     for (const auto& [start, section] : strip.sections) {
       if (!isConstant(inputs, section)) continue;
       const auto blocks = parameterBlocks(parameters, {section});
-      for (const std::size_t block : {4, 5}) {
+      for (const std::size_t block : {4U, 5U}) {
         if (problem.HasParameterBlock(blocks[block])) {
           problem.SetParameterBlockConstant(blocks[block]);
         }
