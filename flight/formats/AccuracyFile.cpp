@@ -15,7 +15,7 @@ constexpr double minuteOfArc = std::numbers::pi / (180.0 * 60.0);
 
 // Without satellites a position may be lost by hundreds of metres; nothing is known without error.
 constexpr double leastError = 1e-9, mostMetres = 1000.0, halfTurn = 180.0 * 60.0;
-constexpr std::array limitsOfValues{
+constexpr std::array accuracyLimits{
     ValueLimits{0, "time", 0.0, 2 * weekSeconds, "s"},
     ValueLimits{1, "north error", leastError, mostMetres, "m"},
     ValueLimits{2, "east error", leastError, mostMetres, "m"},
@@ -27,9 +27,9 @@ constexpr std::array limitsOfValues{
     ValueLimits{8, "pitch error", leastError, halfTurn, "minutes of arc"},
     ValueLimits{9, "heading error", leastError, halfTurn, "minutes of arc"}};
 
-constexpr DoubleRecordFormat accuracyFormat{"accuracy", 10, limitsOfValues};
+constexpr DoubleRecordFormat accuracyFormat{"accuracy", 10, accuracyLimits};
 
-AccuracyRecord recordOf(std::span<const double> values) {
+AccuracyRecord accuracyRecordOf(std::span<const double> values) {
   return {values[0],
           {{values[2], values[1], values[3]},
            {values[7] * minuteOfArc, values[8] * minuteOfArc, values[9] * minuteOfArc}}};
@@ -42,7 +42,8 @@ std::vector<AccuracyRecord> readAccuracy(const std::filesystem::path& file) {
   records.reserve(countDoubleRecords(file, accuracyFormat));
   readDoubleRecords(
       file, accuracyFormat,
-      [&](std::span<const double> values) { records.push_back(recordOf(values)); }, TimeOrder::Any);
+      [&](std::span<const double> values) { records.push_back(accuracyRecordOf(values)); },
+      TimeOrder::Any);
   return records;
 }
 
