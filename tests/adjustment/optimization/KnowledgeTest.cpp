@@ -109,8 +109,8 @@ TEST(Knowledge, DecidesWhereItIsStrongAndIsTold) {
     EXPECT_NEAR(held.unknowns[last + i], strict.deliveredLeverArm[i], 1e-4);
     EXPECT_NEAR(held.result.globals[9 + i].priorShare, 1.0, 1e-3);
   }
-  // The ranges are 15 cm too long.
-  EXPECT_NEAR(free.unknowns[free.unknowns.size() - 12], 0.15, 4.0 * free.result.sums[0]);
+  // The ranges are 15 cm too long, by which they are corrected.
+  EXPECT_NEAR(free.unknowns[free.unknowns.size() - 12], -0.15, 4.0 * free.result.sums[0]);
   EXPECT_LT(free.result.globals[0].priorShare, 0.5);
   EXPECT_NEAR(free.result.sums[0], free.result.globals[0].sigma, 1e-9);
   const double misalignment = free.result.globals[8].sigma;

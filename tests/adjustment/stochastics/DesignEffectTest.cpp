@@ -14,9 +14,9 @@ using namespace Velorn;
 namespace {
 
 Eigen::Vector3d draw(double sigma, std::mt19937& random) {
-  std::normal_distribution<double> normal(0.0, sigma);
+  std::normal_distribution<double> normal;
   const double x = normal(random), y = normal(random), z = normal(random);
-  return {x, y, z};
+  return sigma * Eigen::Vector3d(x, y, z);
 }
 
 /// Distances of planes that face all ways, in chunks of 20 that are shifted together; the shift of
