@@ -59,7 +59,7 @@ struct Shifted {
 
 TEST(DesignEffect, IsTheFactorByWhichVariancesOfEstimatesGrow) {
   std::mt19937 random(11);
-  constexpr int draws = 500;
+  constexpr int draws = 120;
   for (const double common : {0.0, 0.3, 1.0}) {
     double found = 0.0, squares = 0.0, variance = 0.0;
     for (int k = 0; k < draws; ++k) {
@@ -72,8 +72,8 @@ TEST(DesignEffect, IsTheFactorByWhichVariancesOfEstimatesGrow) {
       // Of n planes that face all ways N is n/3 times the unit matrix.
       variance += 9.0 / count * shifted.scatter.squares / count / draws;
     }
-    // A variance of 1,500 draws scatters by 4 %.
-    EXPECT_NEAR(squares / (variance * found), 1.0, 0.15) << common;
+    // A variance of 360 draws scatters by 7 %.
+    EXPECT_NEAR(squares / (variance * found), 1.0, 0.25) << common;
     EXPECT_NEAR(found, 1.0 + 19.0 * common * common / (3.0 + 3.0 * common * common), 0.4) << common;
   }
 }
