@@ -7,6 +7,7 @@
 
 #include "adjustment/correspondence/ClassCode.h"
 #include "adjustment/georef/TrajectoryCorrection.h"
+#include "adjustment/model/Layout.h"
 #include "adjustment/observability/SelectedInverse.h"
 #include "adjustment/optimization/ParameterBlocks.h"
 #include "adjustment/optimization/PlacedCorrespondences.h"
@@ -14,7 +15,8 @@
 namespace Velorn {
 namespace {
 
-constexpr Eigen::Index sectionSize = 24, positionSize = 12, globalSize = 3;
+constexpr Eigen::Index sectionSize = localParameters, positionSize = positionParameters,
+                       globalSize = globalBlock;
 
 /// By place in the vector of unknowns.
 std::vector<bool> estimatedUnknowns(const ProblemInputs& inputs) {
@@ -184,10 +186,15 @@ std::vector<DesignEffect> designEffects(const ProblemInputs& inputs, const Conde
 
 void estimateDeviations(const ProblemInputs& inputs, CondensedRun& run, Knowledge& knowledge) {
   auto& model = knowledge.model;
-  const auto effects = designEffects(inputs, run, normalGroups(inputs, run));
-  for (std::size_t k = 0; k < effects.size(); ++k) model.setDesignEffect(k, effects[k]);
-  run.store.weigh(model.weights(), model.costFactors());
-  const NormalGroups groups = normalGroups(inputs, run);
+  NormalGroups groups = normalGroups(inputs, run);
+  const auto effects = designEffects(inputs, run, groups);
+  for (std::size_t k = 0; k < effects.size(); ++k) {
+    const double before = model.costFactors()[k];
+    model.setDesignEffect(k, effects[k]);
+    const double change = model.costFactors()[k] / before;
+    groups.classes[k].normals *= change;
+    groups.classes[k].sums.sumOfSquares *= change;
+  }
   const SelectedInverse inverse(Cofactors(groups.sum()));
   const auto sumsOf = [&](const NormalGroup& group) {
     GroupSums sums = group.sums;
@@ -208,7 +215,7 @@ void addPrecision(const ProblemInputs& inputs, const CondensedRun& run, Adjustme
   const SelectedInverse inverse(cofactors);
   const Eigen::VectorXd shares = inverse.sharesOf(groups.prior());
   const Eigen::VectorXd variances = inverse.diagonal();
-  constexpr Eigen::Index globals = 12;
+  constexpr auto globals = static_cast<Eigen::Index>(globalParameters);
   for (Eigen::Index i = variances.size() - globals; i < variances.size(); ++i) {
     result.globals.push_back({std::sqrt(variances[i]), shares[i]});
   }

@@ -6,10 +6,13 @@
 
 #include <fmt/format.h>
 
+#include "adjustment/model/Layout.h"
+
 namespace Velorn {
 namespace {
 
-constexpr std::size_t ofSection = 24, ofPosition = 12, globals = 12;
+constexpr std::size_t ofSection = localParameters, ofPosition = positionParameters,
+                      globals = globalParameters;
 
 }  // namespace
 

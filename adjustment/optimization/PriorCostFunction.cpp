@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "adjustment/model/Layout.h"
 #include "adjustment/optimization/ParameterBlocks.h"
 
 namespace Velorn {
@@ -17,7 +18,8 @@ struct BlockOfUnknown {
 };
 
 BlockOfUnknown blockOf(Eigen::Index unknown, SolverParameters& parameters) {
-  constexpr Eigen::Index ofSection = 24, ofPosition = 12, ofGlobal = 3;
+  constexpr Eigen::Index ofSection = localParameters, ofPosition = positionParameters,
+                         ofGlobal = globalBlock;
   const Eigen::Index section = unknown / ofSection;
   if (section < parameters.numberOfSectionsForAllStrips()) {
     Section its;

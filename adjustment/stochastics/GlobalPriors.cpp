@@ -3,7 +3,6 @@
 #include "adjustment/stochastics/GlobalPriors.h"
 
 #include <cmath>
-#include <numbers>
 #include <stdexcept>
 
 #include <fmt/format.h>
@@ -11,19 +10,6 @@
 #include "adjustment/model/Layout.h"
 
 namespace Velorn {
-namespace {
-
-constexpr double degree = std::numbers::pi / 180.0, ppm = 1e-6;
-
-}  // namespace
-
-GlobalSigmas defaultGlobalSigmas() {
-  return {{{0.05, 0.02 * degree, 0.02 * degree},
-           {100 * ppm, 500 * ppm, 500 * ppm},
-           {0.5 * degree, 0.5 * degree, 0.5 * degree},
-           {0.02, 0.02, 0.02}}};
-}
-
 PriorRows globalPriorRows(const std::array<double, 3>& sigmas,
                           const std::array<double, 3>& delivered, Eigen::Index firstUnknown) {
   std::vector<LinearSum> sums;

@@ -22,9 +22,6 @@ inline constexpr std::array globalBlocks{GlobalBlock::Offsets, GlobalBlock::Scal
 /// yaw [rad]; lever arm [m]. Infinite where nothing is known.
 using GlobalSigmas = std::array<std::array<double, 3>, globalBlocks.size()>;
 
-/// Loose ones, which a calibrated system keeps by far: 5 cm and 0.02°, 100 and 500 ppm, 0.5°, 2 cm.
-GlobalSigmas defaultGlobalSigmas();
-
 /// (x − delivered) / σ of the unknowns of one block whose σ is finite.
 /// @param delivered     what the unknowns are expected to be, in their units
 /// @param firstUnknown  place of the block in the vector of unknowns

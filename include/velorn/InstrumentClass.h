@@ -22,11 +22,4 @@ inline constexpr std::array<InstrumentClass, 3> instrumentClasses{{
     {"unknown", {0.10, 0.10, 0.15}, {0.05, 0.05, 0.15}},
 }};
 
-inline constexpr double positionCorrelationTime = 60.0;   ///< [s]
-inline constexpr double attitudeCorrelationTime = 120.0;  ///< [s]
-
-/// Standard deviations of steps between sections of a strip.
-inline constexpr double largestPositionStep = 0.001;  ///< [m]
-inline constexpr double largestAttitudeStep = 1e-5;   ///< [degree]
-
 }  // namespace Velorn

@@ -49,15 +49,17 @@ struct PriorSettings {
   std::string instrument = "unknown";     ///< class of the trajectory, for the zeros below
   std::vector<double> position{0, 0, 0};  ///< σ east, north, height [m]; zeros: of the class
   std::vector<double> attitude{0, 0, 0};  ///< σ of roll, pitch, yaw [degree]; zeros: of the class
-  double positionTime = 60.0;             ///< correlation time of the position [s]
-  double attitudeTime = 120.0;            ///< correlation time of the attitude [s]
-  double control = 0.02;                  ///< σ of the ground truth [m]
-  double misalignment = 0.5;              ///< σ [degree]
-  double leverArm = 0.02;                 ///< σ [m]
-  double rangeOffset = 0.05;              ///< σ [m]
-  double angleOffset = 0.02;              ///< σ [degree]
-  double rangeScale = 100.0;              ///< σ [ppm]
-  double angleScale = 500.0;              ///< σ [ppm]
+  double positionTime =
+      Velorn::APrioriKnowledge().positionTime;  ///< correlation time of the position [s]
+  double attitudeTime =
+      Velorn::APrioriKnowledge().attitudeTime;  ///< correlation time of the attitude [s]
+  double control = 0.02;                        ///< σ of the ground truth [m]
+  double misalignment = 0.5;                    ///< σ [degree]
+  double leverArm = 0.02;                       ///< σ [m]
+  double rangeOffset = 0.05;                    ///< σ [m]
+  double angleOffset = 0.02;                    ///< σ [degree]
+  double rangeScale = 100.0;                    ///< σ [ppm]
+  double angleScale = 500.0;                    ///< σ [ppm]
 };
 
 /// What is estimated, and how.
