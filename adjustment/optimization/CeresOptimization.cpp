@@ -5,7 +5,6 @@
 
 #include <fmt/format.h>
 
-#include "adjustment/optimization/CorrespondenceFolder.h"
 #include "adjustment/optimization/ProblemSolve.h"
 #include "adjustment/optimization/SectionReport.h"
 #include "platform/morvane/Console.h"
@@ -54,33 +53,27 @@ std::string CeresOptimization::run() {
 
 std::string CeresOptimization::solve(const std::vector<unsigned>& correspondencesPerSection,
                                      std::string& fullReport) {
-  const std::size_t entries = entriesOfCorrespondenceFolder(inputParameter);
   ProblemInputs inputs{solverParameters, trajectory, inputParameter, settings,
                        correspondencesPerSection};
-  std::optional<Knowledge> knowledge;
   try {
+    std::optional<Knowledge> knowledge;
     if (settings.knowledge) knowledge = knowledgeOf(*settings.knowledge, inputs);
+    if (knowledge) inputs.knowledge = &*knowledge;
+    ProblemSolve solve(inputs);
+    auto fault = knowledge ? solve.weighingAnew(*knowledge) : solve.once();
+    if (!fault.empty()) return fault;
+    if (knowledge) {
+      outcome.deviations = knowledge->model.deviations();
+      if (solve.end().isConvergence()) solve.addPrecision(outcome);
+    }
+    outcome.end = solve.end();
+    outcome.end.estimated = estimatedUnknowns(outcome.sections, settings);
+    fullReport = solve.fullReport();
+    return {};
   } catch (const std::invalid_argument& refused) {
+    if (!settings.knowledge) throw;
     return std::string("CeresOptimization::run: ") + refused.what();
   }
-  if (knowledge) inputs.knowledge = &*knowledge;
-  ProblemSolve solve(inputs);
-  if (auto fault = solve.read(); !fault.empty()) return fault;
-  Morvane::Console::writeLine(
-      fmt::format("\n7) DONE FILLING CERES:  # of total correspondence files: {}. "
-                  "GroundTruthCorrespondences: {}",
-                  entries, solve.groundTruth()));
-  if (knowledge) {
-    if (auto fault = solve.weighingAnew(*knowledge); !fault.empty()) return fault;
-    outcome.deviations = knowledge->model.deviations();
-    if (solve.end().isConvergence()) solve.addPrecision(outcome);
-  } else {
-    if (auto fault = solve.once(); !fault.empty()) return fault;
-  }
-  outcome.end = solve.end();
-  outcome.end.estimated = estimatedUnknowns(outcome.sections, settings);
-  fullReport = solve.fullReport();
-  return {};
 }
 
 /// A failure counts as finished; without this the host would take the start values for a result.

@@ -6,11 +6,14 @@
 
 #include <ceres/iteration_callback.h>
 #include <ceres/solver.h>
+#include <fmt/format.h>
 
 #include "adjustment/optimization/CondensedProblem.h"
+#include "adjustment/optimization/CorrespondenceFolder.h"
 #include "adjustment/optimization/InnerOrdering.h"
 #include "adjustment/optimization/NormalGroups.h"
 #include "adjustment/optimization/SolverOptions.h"
+#include "platform/morvane/Console.h"
 
 namespace Velorn {
 namespace {
@@ -55,22 +58,34 @@ bool ProblemSolve::isCondensed() const {
   return inputs_.settings.evaluation == Evaluation::Condensed;
 }
 
-/// The reference reads them again for every problem. What is known before needs the engine's sums
-/// either way.
-std::string ProblemSolve::read() {
-  if (!isCondensed() && !inputs_.knowledge) return {};
-  return readCondensed(inputs_, threads_, run_, groundTruth_);
+/// The reference reads the correspondences again for every problem. What is known before needs the
+/// engine's sums either way.
+std::string ProblemSolve::fillProblem(ceres::Problem& problem) {
+  std::size_t groundTruth = 0;
+  std::string fault;
+  if ((isCondensed() || inputs_.knowledge) && !run_) {
+    fault = readCondensed(inputs_, threads_, run_, groundTruth);
+  }
+  if (!fault.empty()) return fault;
+  if (isCondensed()) {
+    fillCondensed(problem, inputs_, run_);
+  } else {
+    fault = fill(problem, inputs_, groundTruth);
+  }
+  if (!fault.empty() || isFilled_) return fault;
+  isFilled_ = true;
+  Morvane::Console::writeLine(
+      fmt::format("\n7) DONE FILLING CERES:  # of total correspondence files: {}. "
+                  "GroundTruthCorrespondences: {}",
+                  entriesOfCorrespondenceFolder(inputs_.configuration), groundTruth));
+  return {};
 }
 
 std::string ProblemSolve::once() {
   ceres::Problem problem;
+  if (auto fault = fillProblem(problem); !fault.empty()) return fault;
   auto options = solverOptions(inputs_.configuration);
-  if (isCondensed()) {
-    options.num_threads = std::min(options.num_threads, 1);  // see readCondensed
-    fillCondensed(problem, inputs_, run_);
-  } else if (auto fault = fill(problem, inputs_, groundTruth_); !fault.empty()) {
-    return fault;
-  }
+  if (isCondensed()) options.num_threads = std::min(options.num_threads, 1);  // see readCondensed
   if (inputs_.knowledge) {
     endAtMinimum(options);
   } else {

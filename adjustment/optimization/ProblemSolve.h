@@ -4,9 +4,10 @@
 // The solver at work on the correspondences of a run.
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <string>
+
+#include <ceres/problem.h>
 
 #include "adjustment/optimization/AdjustmentProblem.h"
 #include "adjustment/optimization/CondensedCostFunction.h"
@@ -19,14 +20,10 @@ class ProblemSolve {
   /// @param inputs  kept
   explicit ProblemSolve(const ProblemInputs& inputs);
 
-  /// Reads the correspondences.
+  /// Reads the correspondences, unless they are read, and goes from the present values of the
+  /// unknowns to those of the solution.
   /// @return empty, or the first fault
   /// @throws as CeresOptimization::run
-  std::string read();
-  std::size_t groundTruth() const { return groundTruth_; }  ///< that were read
-
-  /// From the present values of the unknowns to those of the solution.
-  /// @return as read
   std::string once();
   /// The same, again and again, with the standard deviations that the residuals of the solution
   /// before tell, until they are settled or the solver does not converge.
@@ -42,11 +39,12 @@ class ProblemSolve {
 
  private:
   bool isCondensed() const;
+  std::string fillProblem(ceres::Problem& problem);
 
   const ProblemInputs& inputs_;
   int threads_;
   std::shared_ptr<CondensedRun> run_;
-  std::size_t groundTruth_ = 0;
+  bool isFilled_ = false;  // once at least
   SolverEnd end_;
   std::string fullReport_;
 };

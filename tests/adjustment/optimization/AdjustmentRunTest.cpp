@@ -93,7 +93,10 @@ TEST_F(AdjustmentRun, ReportsTrueNumbersAndTheSameResultHoweverItEvaluates) {
     }
     return kept;
   };
+  const auto filled =
+      Contains(HasSubstr("correspondence files: 3. GroundTruthCorrespondences: 120"));
   EXPECT_EQ(run(), "");
+  EXPECT_THAT(console, filled);
   const auto expectedReport = report();
   const auto expected = end();
   EXPECT_THAT(expectedReport, HasSubstr(" 277 "));
@@ -101,6 +104,7 @@ TEST_F(AdjustmentRun, ReportsTrueNumbersAndTheSameResultHoweverItEvaluates) {
   divideStrip();
   optimization.settings.evaluation = Velorn::Evaluation::Condensed;
   EXPECT_EQ(run(), "");
+  EXPECT_THAT(console, filled);
   EXPECT_EQ(report(), expectedReport);
   EXPECT_EQ(end().residuals, expected.residuals);
   EXPECT_EQ(end().parameters, expected.parameters);
@@ -136,4 +140,12 @@ TEST_F(AdjustmentRun, WarnsThatASolverWithoutAThreadMovedNothing) {
     EXPECT_EQ(end().termination, "FAILURE");
     EXPECT_THAT(console, Contains(AllOf(HasSubstr("the solver failed"), HasSubstr("num_threads"))));
   }
+}
+
+TEST_F(AdjustmentRun, RefusesKnowledgeOfStripsWhoseTimesItDoesNotKnow) {
+  Velorn::APrioriKnowledge known;
+  known.position = {0.1, 0.1, 0.1};
+  optimization.settings.knowledge = known;
+  EXPECT_THAT(run(), AllOf(HasSubstr("CeresOptimization::run: "), HasSubstr("strip 0")));
+  EXPECT_TRUE(optimization.failed());
 }

@@ -48,7 +48,6 @@ Known solve(const OverlappingFlight& flight, const Velorn::APrioriKnowledge& kno
   const Velorn::ProblemInputs inputs{
       parameters, flight.trajectory, flight.configuration, settings, few, &rows};
   Velorn::ProblemSolve solve(inputs);
-  EXPECT_EQ(solve.read(), "");
   EXPECT_EQ(solve.weighingAnew(rows), "");
   EXPECT_TRUE(solve.end().isConvergence()) << solve.end().message;
   Known known;
