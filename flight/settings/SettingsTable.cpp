@@ -1,5 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
+#include "flight/settings/KnowledgeSettings.h"
 #include <velorn/flight/SettingsTable.h>
 
 namespace Velorn::Flights {
@@ -10,7 +11,6 @@ constexpr const char* chain = "Chain";
 constexpr const char* rasterizing = "Rasterize";
 constexpr const char* matching = "Match";
 constexpr const char* adjusting = "Adjust";
-constexpr const char* knowledge = "Known before";
 constexpr const char* working = "Work";
 constexpr const char* hosts = "Of hosts";
 
@@ -300,115 +300,6 @@ std::vector<Setting> ofAdjusting() {
        .place = [](FlightSettings& all) -> SettingPlace { return &all.model.isReference; }}};
 }
 
-std::vector<Setting> ofKnowledge() {
-  return {
-      {.name = "priors",
-       .group = knowledge,
-       .sentence = "what is known of trajectory and mounting takes part, and everything weighs by "
-                   "standard deviations that are estimated, in place of the weights",
-       .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.isUsed; }},
-      {.name = "instrument",
-       .group = knowledge,
-       .sentence = "class of the trajectory where nothing else tells how good it is: survey 3, 3, "
-                   "5 cm and 0.004, 0.004, 0.008 degrees; drone 4, 4, 8 cm and 0.02, 0.02, 0.1 "
-                   "degrees; unknown 10, 10, 15 cm and 0.05, 0.05, 0.15 degrees",
-       .words = {"survey", "drone", "unknown"},
-       .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.instrument; }},
-      {.name = "position-sigma",
-       .group = knowledge,
-       .sentence = "standard deviation of the trajectory's position east, north and up; 0: of the "
-                   "class",
-       .unit = metres,
-       .high = 1000,
-       .entries = 3,
-       .placeholder = "E,N,H",
-       .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.position; }},
-      {.name = "attitude-sigma",
-       .group = knowledge,
-       .sentence = "standard deviation of roll, pitch and yaw; 0: of the class",
-       .unit = degrees,
-       .high = 90,
-       .entries = 3,
-       .placeholder = "R,P,Y",
-       .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.attitude; }},
-      {.name = "position-time",
-       .group = knowledge,
-       .sentence = "time after which errors of the position are other ones",
-       .unit = "seconds",
-       .low = 1e-3,
-       .high = 1e6,
-       .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.positionTime; }},
-      {.name = "attitude-time",
-       .group = knowledge,
-       .sentence = "time after which errors of the attitude are other ones",
-       .unit = "seconds",
-       .low = 1e-3,
-       .high = 1e6,
-       .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.attitudeTime; }},
-      {.name = "control-sigma",
-       .group = knowledge,
-       .sentence = "standard deviation of the ground truth",
-       .unit = metres,
-       .low = 1e-4,
-       .high = 1000,
-       .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.control; }},
-      {.name = "misalignment-sigma",
-       .group = knowledge,
-       .sentence = "standard deviation of the misalignment as delivered",
-       .unit = degrees,
-       .low = 1e-6,
-       .high = 180,
-       .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.misalignment; }},
-      {.name = "lever-arm-sigma",
-       .group = knowledge,
-       .sentence = "standard deviation of the lever arm as delivered",
-       .unit = metres,
-       .low = 1e-6,
-       .high = 100,
-       .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.leverArm; }},
-      {.name = "range-offset-sigma",
-       .group = knowledge,
-       .sentence = "standard deviation of the range's offset",
-       .unit = metres,
-       .low = 1e-6,
-       .high = 100,
-       .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.rangeOffset; }},
-      {.name = "angle-offset-sigma",
-       .group = knowledge,
-       .sentence = "standard deviation of the offsets of both angles",
-       .unit = degrees,
-       .low = 1e-7,
-       .high = 90,
-       .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.angleOffset; }},
-      {.name = "range-scale-sigma",
-       .group = knowledge,
-       .sentence = "standard deviation of the range's scale",
-       .unit = "ppm",
-       .low = 1e-3,
-       .high = 1e6,
-       .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.rangeScale; }},
-      {.name = "angle-scale-sigma",
-       .group = knowledge,
-       .sentence = "standard deviation of the scales of both angles",
-       .unit = "ppm",
-       .low = 1e-3,
-       .high = 1e6,
-       .steps = {Adjust},
-       .place = [](FlightSettings& all) -> SettingPlace { return &all.model.prior.angleScale; }}};
-}
-
 std::vector<Setting> ofWorking() {
   return {{.name = "threads",
            .group = working,
@@ -472,8 +363,8 @@ std::vector<Setting> ofHosts() {
 const std::vector<Setting>& settingsTable() {
   static const std::vector<Setting> table = [] {
     std::vector<Setting> all;
-    for (const auto ofGroup :
-         {filesAndChain, ofRasterizing, ofMatching, ofAdjusting, ofKnowledge, ofWorking, ofHosts}) {
+    for (const auto ofGroup : {filesAndChain, ofRasterizing, ofMatching, ofAdjusting,
+                               knowledgeSettings, ofWorking, ofHosts}) {
       const auto settings = ofGroup();
       all.insert(all.end(), settings.begin(), settings.end());
     }
