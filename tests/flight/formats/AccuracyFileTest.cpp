@@ -1,6 +1,5 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -10,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include "flight/formats/AccuracyFile.h"
+#include "tests/flight/formats/DoubleRecordBytes.h"
 #include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -24,16 +24,12 @@ AccuracyValues accuracyAt(double time) {
   return {time, 0.012, 0.011, 0.02, 0.001, 0.001, 0.002, 0.15, 0.14, 0.3};
 }
 
-std::string accuracyBytes(const std::vector<AccuracyValues>& records) {
-  return {reinterpret_cast<const char*>(records.data()), records.size() * sizeof(AccuracyValues)};
-}
-
 }  // namespace
 
 TEST(AccuracyFile, IsReadWithItsAxesAndUnitsInTheOrderOfOurs) {
   const TemporaryFolder folder;
   AccuracyValues second{100002.0, 1, 2, 3, 4, 5, 6, 10, 20, 60};
-  writeContent(folder / "smrmsg.out", accuracyBytes({accuracyAt(100001.0), second}));
+  writeContent(folder / "smrmsg.out", bytesOf<10>({accuracyAt(100001.0), second}));
   const auto records = readAccuracy(folder / "smrmsg.out");
   ASSERT_EQ(records.size(), 2U);
   EXPECT_EQ(records[0].time, 100001.0);
@@ -58,14 +54,10 @@ TEST(AccuracyFile, OverAStripIsTheRootMeanSquareOfTheRecordsInIt) {
 
 TEST(AccuracyFile, WhatIsNoneIsRefusedWithFileRecordAndValue) {
   const auto with = [](std::size_t place, double value) {
-    std::vector<AccuracyValues> records{accuracyAt(1.0), accuracyAt(2.0), accuracyAt(3.0)};
-    records[1][place] = value;
-    return accuracyBytes(records);
+    return bytesWith<10>({accuracyAt(1.0), accuracyAt(2.0), accuracyAt(3.0)}, place, value);
   };
-  std::string reversed = accuracyBytes({accuracyAt(400000.1), accuracyAt(400000.2)});
-  for (auto value = reversed.begin(); value != reversed.end(); value += 8) {
-    std::reverse(value, value + 8);
-  }
+  const std::string reversed =
+      reversedValues(bytesOf<10>({accuracyAt(400000.1), accuracyAt(400000.2)}));
   struct Case {
     std::string bytes;
     const char* told;
@@ -73,7 +65,7 @@ TEST(AccuracyFile, WhatIsNoneIsRefusedWithFileRecordAndValue) {
   const TemporaryFolder folder;
   for (const auto& [bytes, told] :
        {Case{"", "is empty"},
-        Case{accuracyBytes({accuracyAt(1.0), accuracyAt(2.0)}).substr(0, 150),
+        Case{bytesOf<10>({accuracyAt(1.0), accuracyAt(2.0)}).substr(0, 150),
              "its 150 bytes are not whole records of 80 bytes each: 1 records and 70 bytes; it is "
              "cut off or no accuracy file"},
         Case{with(1, -0.01), "record 2 of 3: the north error is -0.01 m, not between 1e-09 and"},
@@ -83,7 +75,7 @@ TEST(AccuracyFile, WhatIsNoneIsRefusedWithFileRecordAndValue) {
         Case{with(5, std::numeric_limits<double>::infinity()), "the east velocity error is inf"},
         Case{with(9, 10801.0), "the heading error is 10801 minutes of arc"},
         Case{with(0, -1.0), "record 2 of 3: the time is -1 s"},
-        Case{accuracyBytes({accuracyAt(604799.0), accuracyAt(1.0)}), "where a GPS week ends"},
+        Case{bytesOf<10>({accuracyAt(604799.0), accuracyAt(1.0)}), "where a GPS week ends"},
         Case{reversed, "an accuracy file has to be little-endian"}}) {
     SCOPED_TRACE(told);
     writeContent(folder / "smrmsg.out", bytes);

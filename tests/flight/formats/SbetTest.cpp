@@ -1,10 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velorn developers
 // SPDX-License-Identifier: Apache-2.0
-#include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
-#include <cstdint>
 #include <limits>
 #include <numbers>
 #include <stdexcept>
@@ -14,6 +11,7 @@
 
 #include "flight/formats/PoseOrder.h"
 #include "flight/formats/Sbet.h"
+#include "tests/flight/formats/DoubleRecordBytes.h"
 #include "tests/support/Refusal.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -28,25 +26,6 @@ using Values = std::array<double, 17>;
 
 Values valuesAt(double time, double heading = 0.5, double wander = 0.0) {
   return {time, 0.86, 0.15, 1150.0, 1, 2, 3, 0.01, -0.02, heading, wander, 0, 0, 9.8, 0, 0, 0};
-}
-
-/// Bytes of the records, the lowest of each value first, whatever the machine.
-std::string bytesOf(const std::vector<Values>& records) {
-  std::string bytes;
-  for (const auto& record : records) {
-    for (const double value : record) {
-      const auto bits = std::bit_cast<std::uint64_t>(value);
-      for (unsigned i = 0; i < 8; ++i) bytes += static_cast<char>(bits >> (8 * i) & 0xFFU);
-    }
-  }
-  return bytes;
-}
-
-std::string reversedValues(std::string bytes) {
-  for (auto value = bytes.begin(); value != bytes.end(); value += 8) {
-    std::reverse(value, value + 8);
-  }
-  return bytes;
 }
 
 }  // namespace
@@ -106,7 +85,7 @@ TEST(Sbet, YawGoesOnWhereTheHeadingWrapsAround) {
 
 TEST(Sbet, RecordsInAnyOrderAreReadOnRequestButNotOverTheEndOfAWeek) {
   const TemporaryFolder folder;
-  writeContent(folder / "mixed.sbet", bytesOf({valuesAt(3.0), valuesAt(2.0), valuesAt(2.0)}));
+  writeContent(folder / "mixed.sbet", bytesOf<17>({valuesAt(3.0), valuesAt(2.0), valuesAt(2.0)}));
   EXPECT_THAT(refusalOf([&] { readSbet(folder / "mixed.sbet"); }, {}),
               HasSubstr("record 2 of 3: its time 2 s"));
   const auto records = readSbet(folder / "mixed.sbet", TimeOrder::Any);
@@ -114,7 +93,7 @@ TEST(Sbet, RecordsInAnyOrderAreReadOnRequestButNotOverTheEndOfAWeek) {
   EXPECT_EQ(records[0].time, 3.0);
   EXPECT_EQ(records[2].time, 2.0);
   for (const auto& bad : {valuesAt(std::nan("")), valuesAt(1.0)}) {  // sorted, the week would break
-    writeContent(folder / "bad.sbet", bytesOf({valuesAt(604799.0), bad}));
+    writeContent(folder / "bad.sbet", bytesOf<17>({valuesAt(604799.0), bad}));
     EXPECT_THROW(readSbet(folder / "bad.sbet", TimeOrder::Any), Error);
   }
 }
@@ -122,11 +101,9 @@ TEST(Sbet, RecordsInAnyOrderAreReadOnRequestButNotOverTheEndOfAWeek) {
 TEST(Sbet, WhatIsNoTrajectoryIsRefusedWithFileRecordAndValue) {
   constexpr double nan = std::numeric_limits<double>::quiet_NaN();
   const auto with = [](std::size_t place, double value) {
-    std::vector<Values> records{valuesAt(1.0), valuesAt(2.0), valuesAt(3.0)};
-    records[1][place] = value;
-    return bytesOf(records);
+    return bytesWith<17>({valuesAt(1.0), valuesAt(2.0), valuesAt(3.0)}, place, value);
   };
-  const std::string whole = bytesOf({valuesAt(400000.1), valuesAt(400000.2)});
+  const std::string whole = bytesOf<17>({valuesAt(400000.1), valuesAt(400000.2)});
   struct Case {
     std::string bytes;
     const char* told;
